@@ -38,6 +38,7 @@ void GPSTraceMessage::storeSentence(std::string_view record) {
     gpsStrings.try_emplace(std::move(code), std::move(s));
 }
 
+// NOLINTNEXTLINE(readability-const-return-type): callers are compiled against it
 const std::string GPSTraceMessage::getString() const {
     return gpsStrings.empty() ? std::string() : gpsStrings.begin()->second;
 }

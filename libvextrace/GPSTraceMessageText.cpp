@@ -1,10 +1,10 @@
 #include <iomanip>
-#include <sstream>
 #include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/nmeaFields.h"
 #include "libvextrace/nmeaNumber.h"
+#include "libvextrace/textStream.h"
 #include "libvextrace/traceFormat.h"
 
 namespace {
@@ -68,13 +68,13 @@ std::ostream& GPSTraceMessage::print(std::ostream& os) const {
 }
 
 std::string GPSTraceMessage::toString() const {
-    std::ostringstream os;
+    TextStream os;
     os << *this;
     return os.str();
 }
 
 std::string GPSTraceMessage::formatForRDB() {
-    std::ostringstream os;
+    TextStream os;
     if (parseGGA() && NmeaNumberReader::integer(gpgga.numberSatellites) != 0) {
         writePosition(os, gpgga);
         if (!gpgga.antennaAltitude.empty()) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <iomanip>
-#include <sstream>
 
 #include "libvextrace/InvalidMessageException.h"
+#include "libvextrace/textStream.h"
 #include "libvextrace/traceFormat.h"
 #include "libvexutil/datablock.h"
 
@@ -56,7 +56,7 @@ std::ostream& InvalidMessage::print(std::ostream& os) const {
 }
 
 std::string InvalidMessage::toString() const {
-    std::ostringstream os;
+    TextStream os;
     print(os);
     return os.str();
 }

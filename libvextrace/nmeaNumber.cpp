@@ -31,7 +31,7 @@ unsigned digitValue(char c) {
 NmeaNumberReader::NmeaNumberReader() {
     // Unlike localeconv, strtod may be called by several threads at once.
     char* end = nullptr;
-    std::strtod("0.", &end);
+    static_cast<void>(std::strtod("0.", &end));
     pointIsFullStop = *end == '\0';
 }
 

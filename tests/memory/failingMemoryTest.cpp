@@ -1,0 +1,180 @@
+#include "tests/memory/failingMemory.h"
+
+#include <sstream>
+
+#include "tests/support/messages.h"
+
+namespace {
+
+// Longer than what a string keeps inside itself, so that each text takes an allocation.
+const std::string LONG_FIELDS_RMC =
+    "$GNRMC,123519.00000000000,A,4807.0380000000000,N,01131.0000000000000,E,022.4000000000000,"
+    "084.4000000000000,230394,003.1000000000000,W,A*00\r\n";
+const std::string LONG_FIELDS_GGA =
+    "$GNGGA,123519.00000000000,4807.0380000000000,N,01131.0000000000000,E,1,08,0.9,"
+    "545.40000000000000,M,46.900000000000000,M,,*00\r\n";
+const std::string PROPRIETARY = "$PXYZE,1,2,3,4,5,6,7,8,9,10,11,12*00\r\n";
+
+GPSTraceMessage fullMessage() {
+    GPSTraceMessage message(258, LONG_FIELDS_RMC);
+    message.addRecord(LONG_FIELDS_GGA);
+    return message;
+}
+
+// Asks everything that a message answers without changing.
+void expectAnswers(const GPSTraceMessage& message, const std::string& payload) {
+    EXPECT_EQ(payloadOf(message), payload);
+    GPSTraceMessage::numeric_gprmc_t gprmc;
+    EXPECT_EQ(message.getGPRMC(gprmc), message.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC));
+    EXPECT_FALSE(message.getString().empty());
+    EXPECT_FALSE(static_cast<const MessageBase&>(message).toString().empty());
+}
+
+}  // namespace
+
+TEST(FailingMemory, ConstructionFromTextPassesTheFailureOn) {
+    EXPECT_EQ(failEachAllocation([] { GPSTraceMessage message(1, LONG_FIELDS_RMC); }), 2u);
+}
+
+TEST(FailingMemory, ConstructionFromBytesPassesTheFailureOn) {
+    const Bytes bytes = bytesOf(LONG_FIELDS_RMC);
+    EXPECT_EQ(failEachAllocation([&] { GPSTraceMessage message(1, bytes.data(), bytes.size()); }),
+              2u);
+}
+
+TEST(FailingMemory, MessageThatCouldNotBeExtendedStillAnswers) {
+    GPSTraceMessage message(1, PROPRIETARY);
+    const std::string before = payloadOf(message);
+    std::string payload = before;
+    const auto extend = [&] {
+        GPSTraceMessage extended = message;
+        try {
+            extended.addRecord(LONG_FIELDS_RMC);
+        } catch (const std::bad_alloc&) {
+            failingMemory::failAt(0);
+            payload = payloadOf(extended);
+            expectAnswers(extended, payload);
+            // Either the sentence is held whole, or the message is what it was.
+            EXPECT_TRUE(payload == before ||
+                        payload.size() == before.size() + LONG_FIELDS_RMC.size());
+            throw;
+        }
+    };
+    EXPECT_GT(failEachAllocation(extend), 4u);
+    expectAnswers(message, before);
+}
+
+TEST(FailingMemory, SentenceWhoseFieldsCouldNotBeSplitIsSplitByTheNextCall) {
+    GPSTraceMessage message(1, LONG_FIELDS_RMC);
+    failingMemory::failAt(3);
+    EXPECT_THROW(message.addRecord(LONG_FIELDS_RMC), std::bad_alloc);
+    failingMemory::failAt(0);
+    message.addRecord(LONG_FIELDS_RMC);
+    EXPECT_EQ(message.getRMC().latitude, "4807.0380000000000");
+    EXPECT_EQ(message.getRMC().modeIndicator, "A");
+}
+
+TEST(FailingMemory, CloneReturnsNothingAndLeavesTheMessage) {
+    const GPSTraceMessage message = fullMessage();
+    const std::string payload = payloadOf(message);
+    const size_t failures =
+        failEachAllocation([&] { const std::unique_ptr<GPSTraceMessage> copy(message.clone()); },
+                           [&] { expectAnswers(message, payload); });
+    EXPECT_GT(failures, 10u);
+}
+
+TEST(FailingMemory, DecodingReturnsNothing) {
+    const Bytes bytes = serialise(fullMessage());
+    ASSERT_TRUE(GPSTraceMessage::registerMessage());
+    const size_t failures = failEachAllocation([&] {
+        const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
+        EXPECT_NE(decoded.message, nullptr);
+    });
+    EXPECT_GT(failures, 10u);
+}
+
+TEST(FailingMemory, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
+    const Bytes bytes = serialised(0, 0, "\n");
+    ASSERT_TRUE(GPSTraceMessage::registerMessage());
+    MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
+    const size_t failures = failEachAllocation([&] {
+        const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
+        EXPECT_EQ(decoded.message->getMsgID(), MSGID_INVALID);
+        EXPECT_TRUE(decoded.error.has_value());
+    });
+    MessageBase::invalidHandling = IMH_RETURN_NULL;
+    EXPECT_GE(failures, 4u);
+}
+
+TEST(FailingMemory, RegistrationFailsWhole) {
+    constexpr msgid_t UNUSED_ID = static_cast<msgid_t>(61440);
+    const MessageFactory::Reader reader = [](const uint8_t*, size_t) -> MessageBase* {
+        return nullptr;
+    };
+    failingMemory::failAt(1);
+    EXPECT_THROW(MessageFactory::registerReader(UNUSED_ID, reader), std::bad_alloc);
+    failingMemory::failAt(0);
+    const Bytes bytes = {0, 12, 0xF0, 0x00, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    EXPECT_EQ(MessageFactory::decode(bytes.data(), bytes.size()).error->getCause(),
+              IM_INVALID_MSGID);
+    EXPECT_TRUE(MessageFactory::registerReader(UNUSED_ID, reader));
+}
+
+TEST(FailingMemory, TextsAreWholeOrNotAtAll) {
+    GPSTraceMessage message = fullMessage();
+    const MessageBase& base = message;
+    const std::string line = base.toString();
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(base.toString(), line); }), 2u);
+    const std::string rdb = message.formatForRDB();
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(message.formatForRDB(), rdb); }), 2u);
+    const Bytes unreadable(40, 0xAB);
+    MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
+    const DecodedMessage decoded = MessageFactory::decode(unreadable.data(), unreadable.size());
+    MessageBase::invalidHandling = IMH_RETURN_NULL;
+    const std::string invalid = decoded.message->toString();
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(decoded.message->toString(), invalid); }), 2u);
+    EXPECT_GE(failEachAllocation(
+                  [&] { const std::unique_ptr<MessageBase> copy(decoded.message->clone()); }),
+              3u);
+}
+
+TEST(FailingMemory, AccessorsPassTheFailureOn) {
+    const GPSTraceMessage message = fullMessage();
+    const std::string payload = payloadOf(message);
+    const auto stillAnswers = [&] { expectAnswers(message, payload); };
+    EXPECT_EQ(failEachAllocation([&] { message.getString(); }, stillAnswers), 1u);
+    EXPECT_GT(failEachAllocation([&] { message.getRMC(); }, stillAnswers), 3u);
+    EXPECT_GT(failEachAllocation([&] { message.getGGA(); }, stillAnswers), 3u);
+}
+
+TEST(FailingMemory, WritingComparingAndPlainNumbersNeedNone) {
+    GPSTraceMessage message(3, "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*00");
+    message.addRecord("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47");
+    const GPSTraceMessage same = message;
+    const MessageBase& base = message;
+    Bytes room(base.getSize() + 2);
+    EXPECT_EQ(failEachAllocation([&] {
+                  uint8_t* pdest = room.data();
+                  base.writeToByteArray(pdest, room.size(), false);
+                  EXPECT_TRUE(message == same);
+                  GPSTraceMessage::numeric_gprmc_t gprmc;
+                  GPSTraceMessage::numeric_gpgga_t gpgga;
+                  EXPECT_TRUE(message.getGPRMC(gprmc) && message.getGPGGA(gpgga));
+                  EXPECT_EQ(gpgga.antennaAltitude, 545.4);
+              }),
+              0u);
+}
+
+TEST(FailingMemory, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
+    const GPSTraceMessage message(
+        4, "$GPRMC,  +00000000000000123519,A, +4807.0380000000000000,N,,E,,,,,,A*00");
+    const std::string payload = payloadOf(message);
+    EXPECT_GT(failEachAllocation(
+                  [&] {
+                      GPSTraceMessage::numeric_gprmc_t gprmc;
+                      EXPECT_TRUE(message.getGPRMC(gprmc));
+                      EXPECT_EQ(gprmc.timeUTC, 123519u);
+                  },
+                  [&] { expectAnswers(message, payload); }),
+              0u);
+}
