@@ -12,7 +12,8 @@ public:
     InvalidMessage* clone() const override;
 
     /// Writes the bytes as they were found and advances \p pdest past them; returns getSize().
-    /// \throws InvalidMessageException (IM_INVALID_LEN) when \p maxlen is smaller than they are
+    /// \throws InvalidMessageException (IM_INVALID_LEN; value: \p maxlen, at most 65535) when
+    ///         \p maxlen is smaller than they are
     size_t writeToByteArray(uint8_t*& pdest, size_t maxlen, bool sync) const override;
 
     /// Two less than the number of bytes, as for every message; 0 when there are fewer than two.
@@ -22,7 +23,7 @@ public:
     bool operator==(const MessageBase& msg) const override;
 
     /// The common part, a column "  INVALID     |", the reason, the number of bytes in decimal and
-    /// the first 16 of them in hexadecimal.
+    /// the first 16 of them in hexadecimal, with " ..." where there are more.
     std::ostream& print(std::ostream& os) const override;
 
     std::string toString() const override;

@@ -1,0 +1,102 @@
+#include "libvextrace/InvalidMessageException.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+
+namespace {
+
+struct NamedCause {
+    invalidMessageCause_t cause;
+    int value;
+};
+
+constexpr NamedCause CAUSES[] = {
+    {IM_INVALID_MSGID, 1}, {IM_INVALID_ENUM_VALUE, 2},
+    {IM_INVALID_LEN, 3},   {IM_INVALID_PARAMETER, 4},
+    {IM_MISC, 5},
+};
+
+}  // namespace
+
+TEST(InvalidMessageExceptionTest, NumbersTheCauses) {
+    for (const NamedCause& named : CAUSES) {
+        EXPECT_EQ(static_cast<int>(named.cause), named.value);
+    }
+}
+
+TEST(InvalidMessageExceptionTest, IsMiscWithoutTextAndValueByDefault) {
+    const InvalidMessageException error;
+    EXPECT_EQ(error.getCause(), IM_MISC);
+    EXPECT_STREQ(error.what(), "");
+    EXPECT_EQ(error.getInvalidValue(), 0u);
+}
+
+TEST(InvalidMessageExceptionTest, HasValue0WhenBuiltFromCauseAndText) {
+    const InvalidMessageException error(IM_INVALID_PARAMETER, "The parameter is odd.");
+    EXPECT_EQ(error.getCause(), IM_INVALID_PARAMETER);
+    EXPECT_STREQ(error.what(), "The parameter is odd.");
+    EXPECT_EQ(error.getInvalidValue(), 0u);
+}
+
+TEST(InvalidMessageExceptionTest, CarriesCauseTextAndValue) {
+    const InvalidMessageException error(IM_INVALID_ENUM_VALUE, "No such value.", 0xFEDC);
+    EXPECT_EQ(error.getCause(), IM_INVALID_ENUM_VALUE);
+    EXPECT_STREQ(error.what(), "No such value.");
+    EXPECT_EQ(error.getInvalidValue(), 0xFEDCu);
+}
+
+TEST(InvalidMessageExceptionTest, KeepsEveryCause) {
+    for (const NamedCause& named : CAUSES) {
+        EXPECT_EQ(InvalidMessageException(named.cause, "").getCause(), named.cause);
+    }
+}
+
+TEST(InvalidMessageExceptionTest, OwnsItsText) {
+    char text[] = "before";
+    const InvalidMessageException error(IM_MISC, text);
+    text[0] = 'X';
+    EXPECT_STREQ(error.what(), "before");
+}
+
+TEST(InvalidMessageExceptionTest, TakesNullForAnEmptyText) {
+    EXPECT_STREQ(InvalidMessageException(IM_MISC, nullptr).what(), "");
+    EXPECT_STREQ(InvalidMessageException(IM_MISC, nullptr, 1).what(), "");
+}
+
+TEST(InvalidMessageExceptionTest, ChangesTheValueAlone) {
+    InvalidMessageException error(IM_INVALID_LEN, "Too long.", 0x1234);
+    error.setInvalidValue(0xABCD);
+    EXPECT_EQ(error.getInvalidValue(), 0xABCDu);
+    EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
+    EXPECT_STREQ(error.what(), "Too long.");
+}
+
+TEST(InvalidMessageExceptionTest, CopiesAllOfItself) {
+    InvalidMessageException error(IM_INVALID_MSGID, "No such id.", 0x4321);
+    const InvalidMessageException copy(error);
+    error = InvalidMessageException(IM_INVALID_LEN, "Too short.", 0x5678);
+    EXPECT_EQ(copy.getCause(), IM_INVALID_MSGID);
+    EXPECT_STREQ(copy.what(), "No such id.");
+    EXPECT_EQ(copy.getInvalidValue(), 0x4321u);
+    EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
+    EXPECT_STREQ(error.what(), "Too short.");
+    EXPECT_EQ(error.getInvalidValue(), 0x5678u);
+}
+
+TEST(InvalidMessageExceptionTest, IsCaughtAsStandardException) {
+    std::string text;
+    try {
+        throw InvalidMessageException(IM_MISC, "caught", 7);
+    } catch (const std::exception& error) {
+        text = error.what();
+    }
+    EXPECT_EQ(text, "caught");
+}
+
+TEST(InvalidMessageExceptionTest, NeverThrowsFromWhat) {
+    const InvalidMessageException error;
+    EXPECT_TRUE(noexcept(error.what()));
+    EXPECT_TRUE(std::has_virtual_destructor_v<InvalidMessageException>);
+}

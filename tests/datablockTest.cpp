@@ -1,0 +1,80 @@
+#include "libvexutil/datablock.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// Every distance from an aligned address that an access of eight bytes can have.
+constexpr size_t OFFSETS = 8;
+
+Bytes withOffset(size_t offset, const Bytes& bytes) {
+    Bytes shifted(offset + bytes.size() + 1, 0xEE);
+    std::copy(bytes.begin(), bytes.end(), shifted.begin() + static_cast<std::ptrdiff_t>(offset));
+    return shifted;
+}
+
+}  // namespace
+
+TEST(DatablockTest, Reads2BytesMostSignificantFirst) {
+    const uint8_t bytes[] = {0x12, 0x34};
+    EXPECT_EQ(byteArrayToUint16(bytes), 0x1234u);
+}
+
+TEST(DatablockTest, Reads8BytesMostSignificantFirst) {
+    const uint8_t bytes[] = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08};
+    EXPECT_EQ(byteArrayToUint64(bytes), 0x0102030405060708u);
+}
+
+TEST(DatablockTest, ReadsBytesAbove127AsUnsigned) {
+    const uint8_t bytes[] = {0xFE, 0xDC, 0xBA, 0x98, 0x87, 0x96, 0xA5, 0xB4};
+    EXPECT_EQ(byteArrayToUint16(bytes), 0xFEDCu);
+    EXPECT_EQ(byteArrayToUint64(bytes), 0xFEDCBA988796A5B4u);
+}
+
+TEST(DatablockTest, ReadsTheExtremes) {
+    const Bytes zeros(8, 0x00);
+    const Bytes ones(8, 0xFF);
+    EXPECT_EQ(byteArrayToUint16(zeros.data()), 0u);
+    EXPECT_EQ(byteArrayToUint16(ones.data()), 0xFFFFu);
+    EXPECT_EQ(byteArrayToUint64(zeros.data()), 0u);
+    EXPECT_EQ(byteArrayToUint64(ones.data()), 0xFFFFFFFFFFFFFFFFu);
+}
+
+TEST(DatablockTest, ReadsAtAnyAddress) {
+    for (size_t offset = 0; offset < OFFSETS; ++offset) {
+        const Bytes bytes = withOffset(offset, {0xF1, 0xE2, 0xD3, 0xC4, 0xB5, 0xA6, 0x97, 0x88});
+        EXPECT_EQ(byteArrayToUint16(bytes.data() + offset), 0xF1E2u) << offset;
+        EXPECT_EQ(byteArrayToUint64(bytes.data() + offset), 0xF1E2D3C4B5A69788u) << offset;
+    }
+}
+
+TEST(DatablockTest, Writes2BytesAtAnyAddressAndNoOthers) {
+    for (size_t offset = 0; offset < OFFSETS; ++offset) {
+        Bytes bytes = withOffset(offset, Bytes(2, 0x55));
+        uint16ToByteArray(0x9A8B, bytes.data() + offset);
+        EXPECT_EQ(bytes, withOffset(offset, {0x9A, 0x8B})) << offset;
+    }
+}
+
+TEST(DatablockTest, Writes8BytesAtAnyAddressAndNoOthers) {
+    for (size_t offset = 0; offset < OFFSETS; ++offset) {
+        Bytes bytes = withOffset(offset, Bytes(8, 0x55));
+        uint64ToByteArray(0xF1E2D3C4B5A69788, bytes.data() + offset);
+        EXPECT_EQ(bytes, withOffset(offset, {0xF1, 0xE2, 0xD3, 0xC4, 0xB5, 0xA6, 0x97, 0x88}))
+            << offset;
+    }
+}
+
+TEST(DatablockTest, WritesZerosOverOtherBytes) {
+    Bytes bytes = withOffset(1, Bytes(8, 0x55));
+    uint64ToByteArray(0, bytes.data() + 1);
+    EXPECT_EQ(bytes, withOffset(1, Bytes(8, 0x00)));
+    uint16ToByteArray(0xFFFF, bytes.data() + 4);
+    EXPECT_EQ(bytes, withOffset(1, {0, 0, 0, 0xFF, 0xFF, 0, 0, 0}));
+}
