@@ -25,17 +25,17 @@ void GPSTraceMessage::addRecord(const std::string& record) {
 }
 
 void GPSTraceMessage::storeSentence(std::string_view record) {
-    std::string s;
-    s.reserve(record.size() + 1);
-    s = record;
-    if (s.empty() || s.back() != '\n') {
-        s += '\n';
-    }
+    const bool ended = !record.empty() && record.back() == '\n';
+    std::string s(record.size() + (ended ? 0 : 1), '\n');
+    record.copy(s.data(), record.size());
     if (s[0] == '$' && s[1] == 'G') {
         s[2] = 'P';  // in a bare "$G" this is the line feed
     }
-    std::string code = s.substr(0, NMEA_CODE_SIZE);
-    gpsStrings.try_emplace(std::move(code), std::move(s));
+    const std::string_view code = std::string_view(s).substr(0, NMEA_CODE_SIZE);
+    const auto place = gpsStrings.lower_bound(code);
+    if (place == gpsStrings.end() || place->first != code) {
+        gpsStrings.emplace_hint(place, std::string(code), std::move(s));
+    }
 }
 
 // NOLINTNEXTLINE(readability-const-return-type): callers are compiled against it

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <string>
@@ -242,7 +243,7 @@ private:
 
     friend std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);
 
-    std::map<std::string, const std::string> gpsStrings;
+    std::map<std::string, const std::string, std::less<>> gpsStrings;
     gprmc_t gprmc;
     gpgga_t gpgga;
 };

@@ -73,7 +73,7 @@ void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& 
 }  // namespace
 
 bool GPSTraceMessage::parseRMC() {
-    const auto iter = gpsStrings.find(GPRMC);
+    const auto iter = gpsStrings.find(std::string_view(GPRMC));
     if (iter == gpsStrings.end()) {
         return false;
     }
@@ -86,7 +86,7 @@ bool GPSTraceMessage::parseRMC() {
 }
 
 bool GPSTraceMessage::parseGGA() {
-    const auto iter = gpsStrings.find(GPGGA);
+    const auto iter = gpsStrings.find(std::string_view(GPGGA));
     if (iter == gpsStrings.end()) {
         return false;
     }
@@ -100,7 +100,7 @@ bool GPSTraceMessage::parseGGA() {
 }
 
 bool GPSTraceMessage::getGPRMC(numeric_gprmc_t& numericGprmc) const {
-    const auto iter = gpsStrings.find(GPRMC);
+    const auto iter = gpsStrings.find(std::string_view(GPRMC));
     if (iter == gpsStrings.end()) {
         return false;
     }
@@ -109,7 +109,7 @@ bool GPSTraceMessage::getGPRMC(numeric_gprmc_t& numericGprmc) const {
 }
 
 bool GPSTraceMessage::getGPGGA(numeric_gpgga_t& numericGpgga) const {
-    const auto iter = gpsStrings.find(GPGGA);
+    const auto iter = gpsStrings.find(std::string_view(GPGGA));
     if (iter == gpsStrings.end()) {
         return false;
     }

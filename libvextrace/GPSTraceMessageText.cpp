@@ -29,18 +29,20 @@ std::string_view withoutLineEnd(std::string_view sentence) {
     return sentence;
 }
 
-void writeCoordinate(std::ostream& os, const std::string& text, const std::string& hemisphere) {
-    const NmeaCoordinate coordinate(NmeaNumberReader(), text);
+void writeCoordinate(std::ostream& os, const NmeaNumberReader& number, const std::string& text,
+                     const std::string& hemisphere) {
+    const NmeaCoordinate coordinate(number, text);
     os << coordinate.deg << "\xC2\xB0" << coordinate.rem << ' ' << hemisphere;
 }
 
 // Writes the position of either sentence; both name its fields alike.
 template <class Fields>
 void writePosition(std::ostream& os, const Fields& fields) {
+    const NmeaNumberReader number;
     os << std::fixed << std::setprecision(3);
-    writeCoordinate(os, fields.latitude, fields.latitudeHemisphere);
+    writeCoordinate(os, number, fields.latitude, fields.latitudeHemisphere);
     os << ", ";
-    writeCoordinate(os, fields.longitude, fields.longitudeHemisphere);
+    writeCoordinate(os, number, fields.longitude, fields.longitudeHemisphere);
 }
 
 }  // namespace

@@ -18,12 +18,26 @@ constexpr bool DIVISION_ROUNDS_ONCE = FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD ==
 // So many digits fit a long of 32 bits.
 constexpr size_t MAX_INTEGER_DIGITS = 9;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
+// Appends the digits at the front of the text to the value; gives their number.
+size_t readDigits(std::string_view text, uint64_t& value) {
+    size_t count = 0;
+    for (; count < text.size(); ++count) {
+        const unsigned digit = static_cast<unsigned>(text[count]) - '0';
+        if (digit > 9) {
+            break;
+        }
+        value = value * 10 + digit;
+    }
+    return count;
 }
 
-unsigned digitValue(char c) {
-    return static_cast<unsigned>(c - '0');
+// Kept out of the way of the fast conversions, which would save registers for it.
+[[gnu::noinline]] NmeaNumber standardNumber(std::string_view text) {
+    if (text.empty()) {
+        return {};
+    }
+    const std::string copy(text);
+    return {std::strtol(copy.c_str(), nullptr, 10), std::strtod(copy.c_str(), nullptr)};
 }
 
 }  // namespace
@@ -36,47 +50,41 @@ NmeaNumberReader::NmeaNumberReader() {
 }
 
 long NmeaNumberReader::integer(std::string_view text) {
-    unsigned value = 0;
-    size_t digits = 0;
-    while (digits < text.size() && digits <= MAX_INTEGER_DIGITS && isDigit(text[digits])) {
-        value = value * 10 + digitValue(text[digits]);
-        ++digits;
+    uint64_t value = 0;
+    const size_t digits = readDigits(text.substr(0, MAX_INTEGER_DIGITS + 1), value);
+    const bool fits = digits > 0 && digits <= MAX_INTEGER_DIGITS;
+    return fits ? static_cast<long>(value) : standardNumber(text).integer;
+}
+
+NmeaNumber NmeaNumberReader::read(std::string_view text) const {
+    if (!DIVISION_ROUNDS_ONCE || text.size() > MAX_REAL_DIGITS + 1) {
+        return standardNumber(text);
     }
-    if (digits > 0 && digits <= MAX_INTEGER_DIGITS) {
-        return static_cast<long>(value);
+    uint64_t whole = 0;
+    const size_t wholeDigits = readDigits(text, whole);
+    uint64_t value = whole;
+    size_t decimals = 0;
+    size_t length = wholeDigits;
+    if (pointIsFullStop && length < text.size() && text[length] == '.') {
+        decimals = readDigits(text.substr(length + 1), value);
+        length += 1 + decimals;
     }
-    return text.empty() ? 0 : std::strtol(std::string(text).c_str(), nullptr, 10);
+    if (length < text.size() || wholeDigits == 0 || wholeDigits > MAX_INTEGER_DIGITS ||
+        wholeDigits + decimals > MAX_REAL_DIGITS) {
+        return standardNumber(text);
+    }
+    return {static_cast<long>(whole), static_cast<double>(value) / POWERS_OF_TEN[decimals]};
 }
 
 double NmeaNumberReader::real(std::string_view text) const {
-    const auto convert = [text] { return std::strtod(std::string(text).c_str(), nullptr); };
-    if (!DIVISION_ROUNDS_ONCE || text.size() > MAX_REAL_DIGITS + 1) {
-        return convert();
-    }
-    uint64_t value = 0;
-    size_t digits = 0;
-    size_t decimals = 0;
-    bool point = false;
-    for (const char c : text) {
-        if (isDigit(c)) {
-            value = value * 10 + digitValue(c);
-            ++digits;
-            decimals += point ? 1 : 0;
-        } else if (c == '.' && pointIsFullStop && !point) {
-            point = true;
-        } else {
-            return convert();
-        }
-    }
-    if (digits == 0 || digits > MAX_REAL_DIGITS) {
-        return text.empty() ? 0.0 : convert();
-    }
-    return static_cast<double>(value) / POWERS_OF_TEN[decimals];
+    return read(text).real;
 }
 
-NmeaCoordinate::NmeaCoordinate(const NmeaNumberReader& number, std::string_view text)
-    : deg(static_cast<uint16_t>(NmeaNumberReader::integer(text) / 100)),
-      rem(number.real(text) - 100 * deg) {}
+NmeaCoordinate::NmeaCoordinate(const NmeaNumberReader& reader, std::string_view text) {
+    const NmeaNumber number = reader.read(text);
+    deg = static_cast<uint16_t>(number.integer / 100);
+    rem = number.real - 100 * deg;
+}
 
 double NmeaCoordinate::degrees() const {
     return deg + rem / 60.0;

@@ -3,6 +3,12 @@
 #include <cstdint>
 #include <string_view>
 
+/// What strtol (base 10) and strtod make of a text.
+struct NmeaNumber {
+    long integer = 0;
+    double real = 0;
+};
+
 /// Converts field texts exactly as strtol (base 10) and strtod do, bit for bit and in every locale,
 /// but fast where the text is plain digits with at most one point.
 class NmeaNumberReader {
@@ -11,6 +17,7 @@ public:
     NmeaNumberReader();
 
     static long integer(std::string_view text);
+    NmeaNumber read(std::string_view text) const;
     double real(std::string_view text) const;
 
 private:
