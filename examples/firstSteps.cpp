@@ -1,0 +1,35 @@
+#include <iostream>
+#include <vector>
+
+#include "libvextrace/GPSTraceMessage.h"
+
+int main() {
+    // Build: two sentences that a receiver sent, stamped with the time of their arrival.
+    GPSTraceMessage fix(258,
+                        "$GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*62\r\n");
+    fix.addRecord("$GNGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*59\r\n");
+
+    // Serialise.
+    const MessageBase& message = fix;
+    std::vector<uint8_t> bytes(message.getSize() + 2);
+    uint8_t* pdest = bytes.data();
+    message.writeToByteArray(pdest, bytes.size(), false);
+
+    // Rebuild, as a reader of traces does.
+    GPSTraceMessage::registerMessage();
+    const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
+    auto* gps = dynamic_cast<GPSTraceMessage*>(decoded.message.get());
+    if (gps == nullptr) {
+        std::cerr << decoded.error->what() << '\n';
+        return 1;
+    }
+
+    // Print: the trace line, the RDB text, a field, numbers.
+    GPSTraceMessage::numeric_gprmc_t rmc;
+    gps->getGPRMC(rmc);
+    std::cout << *gps << '\n'
+              << gps->formatForRDB() << '\n'
+              << gps->getGGA().numberSatellites << " satellites\n"
+              << rmc.latitude << " degrees, " << rmc.speed << " km/h\n"
+              << (fix == *gps ? "equal" : "different") << ", " << bytes.size() << " bytes\n";
+}
