@@ -25,6 +25,7 @@ void GPSTraceMessage::addRecord(const std::string& record) {
 }
 
 void GPSTraceMessage::storeSentence(std::string_view record) {
+    // One allocation, with the line feed in place from the start.
     const bool ended = !record.empty() && record.back() == '\n';
     std::string s(record.size() + (ended ? 0 : 1), '\n');
     record.copy(s.data(), record.size());

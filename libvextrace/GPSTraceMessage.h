@@ -17,7 +17,7 @@
 /// the first of each six-character code; the comma-separated fields of RMC and GGA; and on request
 /// the fix as numbers.
 ///
-///     $GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W,A*6A
+///     $GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W,A*07
 ///       0      1    2    3     4     5     6   7     8     9      10  11 12
 ///
 ///      1 UTC time hhmmss   2 status, A valid      3, 4 latitude ddmm.mmm, N or S
@@ -42,9 +42,9 @@
 ///          | size |  22  | reserved | time stamp | $GPGGA,...*47\n  $GPRMC,...*6A\n    |
 ///          +------+------+----------+------------+-------------------------------------+
 ///
-/// The message owns all its data. Threads may read one message side by side; addRecord() and
-/// formatForRDB() change it and must not overlap with any other use of the same message. There is
-/// no state outside the messages.
+/// The message owns all its data. Threads may read one message side by side. Whatever changes it
+/// (addRecord(), formatForRDB(), the setters, assignment) must not overlap with any other use of
+/// the same message. Different messages share nothing.
 class GPSTraceMessage : public MessageBase {
 public:
     /// The fields of an RMC sentence as text.
@@ -61,7 +61,8 @@ public:
         std::string magneticVariation;           ///< degrees
         std::string magneticVariationDirection;  ///< E or W; in sentences without mode indicator
                                                  ///< all the rest, with checksum and line end
-        std::string modeIndicator;               ///< all up to the "*", surplus fields included
+        std::string modeIndicator;               ///< all up to the "*", surplus fields included;
+                                                 ///< where there is no "*", up to the end
     };
 
     /// The fields of a GGA sentence as text.
@@ -80,12 +81,13 @@ public:
         std::string geoidalSeparation;      ///< geoid above the ellipsoid
         std::string geoidalSeparationUnit;  ///< M for metres
         std::string ageGPSdata;             ///< seconds since the last differential correction
-        std::string referenceId;            ///< all up to the "*", surplus fields included
+        std::string referenceId;            ///< all up to the "*", surplus fields included;
+                                            ///< where there is no "*", up to the end
     };
 
     /// The numbers of an RMC sentence.
     struct numeric_gprmc_t {
-        numeric_gprmc_t() = default;
+        numeric_gprmc_t();  ///< all zeros, false
 
         uint64_t timeUTC = 0;  ///< the number hhmmss; fractions of a second are dropped
         bool status = false;   ///< true when the status field begins with A: data valid
@@ -98,7 +100,7 @@ public:
 
     /// The numbers of a GGA sentence.
     struct numeric_gpgga_t {
-        numeric_gpgga_t() = default;
+        numeric_gpgga_t();  ///< all zeros, false
 
         uint64_t timeUTC = 0;           ///< the number hhmmss; fractions of a second are dropped
         bool status = false;            ///< true when there is a time; says nothing of the fix
@@ -108,7 +110,8 @@ public:
         double antennaAltitude = 0;     ///< in the sentence's unit, which is metres
     };
 
-    /// The sentences that are split into fields.
+    /// The sentences that are split into fields. The type is fixed, so that any value may be asked
+    /// for.
     enum nmeaDataType_t : int { NMEA_DATA_GPRMC = 0, NMEA_DATA_GPGGA = 1 };
 
     /// Length of a sentence's code.
@@ -138,13 +141,14 @@ public:
     /// Stores one more sentence, then splits the held RMC and GGA sentences into their fields.
     ///
     /// A line feed is appended where \p record ends in none; then, in a sentence that begins with
-    /// "$G", the third character becomes "P" (GN, GL, GA and the other talkers of combined
-    /// receivers are all kept as GP). The first six characters are the sentence's code. Where the
-    /// message holds a sentence of that code already, that one stays and \p record is dropped.
-    /// A text of several lines is stored whole under the code of its first line.
+    /// "$G", the third character becomes "P": GN, GL, GA and every other talker that begins with G
+    /// is kept as GP. The first six characters are the sentence's code. Where the message holds a
+    /// sentence of that code already, that one stays and \p record is dropped. A text of several
+    /// lines is stored whole under the code of its first line. A bare "$G" is stored as "$GP",
+    /// without a line feed, and so runs into the next sentence when the message is written.
     ///
-    /// \throws std::bad_alloc only; a sentence that could not be stored leaves the sentences as
-    ///         they were
+    /// \throws std::bad_alloc only. The sentence is then stored whole or not at all; the fields may
+    ///         be refreshed in part, which the next addRecord() makes good.
     void addRecord(const std::string& record);
 
     /// The held sentence with the smallest code, with its line feed; empty when there is none.
@@ -165,6 +169,8 @@ public:
     /// far as it goes, with the decimal point of the C locale in force; no digits give 0.
     ///
     /// \param gprmc  every member is written, missing fields as zeros
+    /// \throws std::bad_alloc only, and only where a field is no plain decimal number; some members
+    ///         of \p gprmc may be written then
     /// \return false, with \p gprmc untouched, when no RMC sentence is held
     bool getGPRMC(numeric_gprmc_t& gprmc) const;
 
@@ -243,10 +249,27 @@ private:
 
     friend std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);
 
-    std::map<std::string, const std::string, std::less<>> gpsStrings;
+    // Maps a code to its sentence. Unlike the map itself, whose sentences are constant, it can be
+    // assigned with every standard library; an assignment that fails changes nothing.
+    struct Sentences : std::map<std::string, const std::string, std::less<>> {
+        Sentences() = default;
+        Sentences(const Sentences&) = default;
+        Sentences(Sentences&&) noexcept = default;
+        ~Sentences() = default;
+        Sentences& operator=(const Sentences& other) { return *this = Sentences(other); }
+        Sentences& operator=(Sentences&& other) noexcept {
+            swap(other);
+            return *this;
+        }
+    };
+
+    Sentences gpsStrings;
     gprmc_t gprmc;
     gpgga_t gpgga;
 };
+
+inline GPSTraceMessage::numeric_gprmc_t::numeric_gprmc_t() = default;
+inline GPSTraceMessage::numeric_gpgga_t::numeric_gpgga_t() = default;
 
 /// Writes the fields as twelve numbered lines such as "1. UTC time = 123519", each flushed. The
 /// stream's flags and fill character are restored, except when it throws.

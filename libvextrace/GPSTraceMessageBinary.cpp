@@ -1,6 +1,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/InvalidMessageException.h"
@@ -20,7 +21,7 @@ std::string_view nextPiece(const char*& text) {
 }  // namespace
 
 size_t GPSTraceMessage::getSize() const {
-    size_t size = size_t{MO_GPS} - size_t{MO_MSGID};  // the header behind its size field
+    size_t size = MO_GPS - MSGSIZE_LENGTH;
     for (const auto& entry : gpsStrings) {
         size += entry.second.size();
     }

@@ -1,7 +1,15 @@
+#include <string_view>
+
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/NmeaFieldStream.h"
 #include "libvextrace/nmeaFields.h"
 #include "libvextrace/nmeaNumber.h"
+
+using vextrace::NmeaCoordinate;
+using vextrace::NmeaField;
+using vextrace::NmeaFieldStream;
+using vextrace::nmeaInteger;
+using vextrace::NmeaNumberReader;
 
 namespace {
 
@@ -22,52 +30,51 @@ void splitFields(NmeaFieldStream& s, std::string_view item, const NmeaField<Fiel
     }
 }
 
-// Reads the next field into the emptied buffer.
-std::string_view nextField(NmeaFieldStream& s, std::string_view& item) {
-    item = {};
+std::string_view nextField(NmeaFieldStream& s) {
+    std::string_view item;
     s.readField(item, ',');
     return item;
 }
 
 uint64_t toNumber(std::string_view item) {
-    return static_cast<uint64_t>(NmeaNumberReader::integer(item));
+    return static_cast<uint64_t>(nmeaInteger(item));
 }
 
 // Reads a coordinate and its hemisphere, whose letter makes it negative.
-double readCoordinate(const NmeaNumberReader& number, NmeaFieldStream& s, std::string_view& item,
-                      char negativeHemisphere) {
-    const double degrees = NmeaCoordinate(number, nextField(s, item)).degrees();
-    return beginsWith(nextField(s, item), negativeHemisphere) ? -degrees : degrees;
+double readCoordinate(const NmeaNumberReader& reader, NmeaFieldStream& s, char negativeHemisphere) {
+    const double degrees = NmeaCoordinate(reader, nextField(s)).degrees();
+    return beginsWith(nextField(s), negativeHemisphere) ? -degrees : degrees;
 }
 
+// The getters call these functions, in which the names of the caller's numbers cannot hide the
+// fields of the message.
 void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gprmc_t& gprmc) {
-    const NmeaNumberReader number;
+    const NmeaNumberReader reader;
     NmeaFieldStream s(sentence);
-    std::string_view item;
-    s.readField(item, ',');
-    gprmc.timeUTC = toNumber(nextField(s, item));
-    gprmc.status = beginsWith(nextField(s, item), 'A');
-    gprmc.latitude = readCoordinate(number, s, item, 'S');
-    gprmc.longitude = readCoordinate(number, s, item, 'W');
-    gprmc.speed = number.real(nextField(s, item)) * KMH_PER_KNOT;
-    gprmc.course = number.real(nextField(s, item));
-    gprmc.dateUTC = toNumber(nextField(s, item));
+    nextField(s);  // sentence code
+    gprmc.timeUTC = toNumber(nextField(s));
+    gprmc.status = beginsWith(nextField(s), 'A');
+    gprmc.latitude = readCoordinate(reader, s, 'S');
+    gprmc.longitude = readCoordinate(reader, s, 'W');
+    gprmc.speed = reader.real(nextField(s)) * KMH_PER_KNOT;
+    gprmc.course = reader.real(nextField(s));
+    gprmc.dateUTC = toNumber(nextField(s));
 }
 
 void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& gpgga) {
-    const NmeaNumberReader number;
+    const NmeaNumberReader reader;
     NmeaFieldStream s(sentence);
     std::string_view item;
-    s.readField(item, ',');
-    s.readField(item, ',');  // into the unemptied buffer, as parseGGA does
+    s.readField(item, ',');  // sentence code
+    s.readField(item, ',');  // into the unemptied buffer, as in parseGGA
     gpgga.status = !item.empty() && item.front() != '\0';
     gpgga.timeUTC = toNumber(item);
-    gpgga.latitude = readCoordinate(number, s, item, 'S');
-    gpgga.longitude = readCoordinate(number, s, item, 'W');
-    nextField(s, item);  // quality indicator
-    gpgga.numberSatellites = static_cast<uint16_t>(NmeaNumberReader::integer(nextField(s, item)));
-    nextField(s, item);  // horizontal dilution of precision
-    gpgga.antennaAltitude = number.real(nextField(s, item));
+    gpgga.latitude = readCoordinate(reader, s, 'S');
+    gpgga.longitude = readCoordinate(reader, s, 'W');
+    nextField(s);  // quality indicator
+    gpgga.numberSatellites = static_cast<uint16_t>(nmeaInteger(nextField(s)));
+    nextField(s);  // horizontal dilution of precision
+    gpgga.antennaAltitude = reader.real(nextField(s));
 }
 
 }  // namespace
@@ -79,9 +86,9 @@ bool GPSTraceMessage::parseRMC() {
     }
     NmeaFieldStream s(iter->second);
     std::string_view item;
-    s.readField(item, ',');
+    s.readField(item, ',');  // sentence code
     item = {};
-    splitFields(s, item, RMC_FIELDS, gprmc);
+    splitFields(s, item, vextrace::RMC_FIELDS, gprmc);
     return true;
 }
 
@@ -92,10 +99,10 @@ bool GPSTraceMessage::parseGGA() {
     }
     NmeaFieldStream s(iter->second);
     std::string_view item;
-    // Unlike in parseRMC the buffer is not emptied behind field 0: existing traces are read with
-    // the whole sentence as time where it holds no comma.
+    // Unlike in parseRMC the buffer is meant to keep field 0: where the sentence holds no comma,
+    // all of it becomes the time.
     s.readField(item, ',');
-    splitFields(s, item, GGA_FIELDS, gpgga);
+    splitFields(s, item, vextrace::GGA_FIELDS, gpgga);
     return true;
 }
 

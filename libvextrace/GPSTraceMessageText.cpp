@@ -7,6 +7,13 @@
 #include "libvextrace/textStream.h"
 #include "libvextrace/traceFormat.h"
 
+using vextrace::NmeaCoordinate;
+using vextrace::NmeaField;
+using vextrace::nmeaInteger;
+using vextrace::NmeaNumberReader;
+using vextrace::TextStream;
+using vextrace::TraceFormat;
+
 namespace {
 
 template <class Fields, size_t COUNT>
@@ -29,30 +36,20 @@ std::string_view withoutLineEnd(std::string_view sentence) {
     return sentence;
 }
 
-void writeCoordinate(std::ostream& os, const NmeaNumberReader& number, const std::string& text,
-                     const std::string& hemisphere) {
-    const NmeaCoordinate coordinate(number, text);
+void writeCoordinate(std::ostream& os, const NmeaNumberReader& reader, std::string_view text,
+                     std::string_view hemisphere) {
+    const NmeaCoordinate coordinate(reader, text);
     os << coordinate.deg << "\xC2\xB0" << coordinate.rem << ' ' << hemisphere;
-}
-
-// Writes the position of either sentence; both name its fields alike.
-template <class Fields>
-void writePosition(std::ostream& os, const Fields& fields) {
-    const NmeaNumberReader number;
-    os << std::fixed << std::setprecision(3);
-    writeCoordinate(os, number, fields.latitude, fields.latitudeHemisphere);
-    os << ", ";
-    writeCoordinate(os, number, fields.longitude, fields.longitudeHemisphere);
 }
 
 }  // namespace
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gprmc_t& g) {
-    return dumpFields(os, RMC_FIELDS, g);
+    return dumpFields(os, vextrace::RMC_FIELDS, g);
 }
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gpgga_t& g) {
-    return dumpFields(os, GGA_FIELDS, g);
+    return dumpFields(os, vextrace::GGA_FIELDS, g);
 }
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps) {
@@ -72,18 +69,40 @@ std::ostream& GPSTraceMessage::print(std::ostream& os) const {
 std::string GPSTraceMessage::toString() const {
     TextStream os;
     os << *this;
-    return os.str();
+    return os.takeText();
 }
 
 std::string GPSTraceMessage::formatForRDB() {
-    TextStream os;
-    if (parseGGA() && NmeaNumberReader::integer(gpgga.numberSatellites) != 0) {
-        writePosition(os, gpgga);
-        if (!gpgga.antennaAltitude.empty()) {
-            os << ", " << gpgga.antennaAltitude << gpgga.antennaAltitudeUnit;
-        }
+    std::string_view latitude;
+    std::string_view latitudeHemisphere;
+    std::string_view longitude;
+    std::string_view longitudeHemisphere;
+    std::string_view antennaAltitude;
+    std::string_view antennaAltitudeUnit;
+    if (parseGGA() && nmeaInteger(gpgga.numberSatellites) != 0) {
+        latitude = gpgga.latitude;
+        latitudeHemisphere = gpgga.latitudeHemisphere;
+        longitude = gpgga.longitude;
+        longitudeHemisphere = gpgga.longitudeHemisphere;
+        antennaAltitude = gpgga.antennaAltitude;
+        antennaAltitudeUnit = gpgga.antennaAltitudeUnit;
     } else if (parseRMC() && gprmc.status == "A") {
-        writePosition(os, gprmc);
+        latitude = gprmc.latitude;
+        latitudeHemisphere = gprmc.latitudeHemisphere;
+        longitude = gprmc.longitude;
+        longitudeHemisphere = gprmc.longitudeHemisphere;
+    } else {
+        return {};
     }
-    return os.str();
+
+    const NmeaNumberReader reader;
+    TextStream os;
+    os << std::fixed << std::setprecision(3);
+    writeCoordinate(os, reader, latitude, latitudeHemisphere);
+    os << ", ";
+    writeCoordinate(os, reader, longitude, longitudeHemisphere);
+    if (!antennaAltitude.empty()) {
+        os << ", " << antennaAltitude << antennaAltitudeUnit;
+    }
+    return os.takeText();
 }

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <iomanip>
+#include <ostream>
+#include <string>
 
 #include "libvextrace/InvalidMessageException.h"
 #include "libvextrace/textStream.h"
 #include "libvextrace/traceFormat.h"
 #include "libvexutil/datablock.h"
+
+namespace vextrace {
 
 InvalidMessage::InvalidMessage(const uint8_t* psrc, size_t len, const char* reason)
     : MessageBase(MSGID_INVALID, 0) {
@@ -32,7 +36,7 @@ size_t InvalidMessage::writeToByteArray(uint8_t*& pdest, size_t maxlen, bool /*s
 }
 
 size_t InvalidMessage::getSize() const {
-    return bytes.size() < MO_MSGID ? 0 : bytes.size() - MO_MSGID;
+    return bytes.size() < MSGSIZE_LENGTH ? 0 : bytes.size() - MSGSIZE_LENGTH;
 }
 
 bool InvalidMessage::operator==(const MessageBase& msg) const {
@@ -58,7 +62,7 @@ std::ostream& InvalidMessage::print(std::ostream& os) const {
 std::string InvalidMessage::toString() const {
     TextStream os;
     print(os);
-    return os.str();
+    return os.takeText();
 }
 
 std::string InvalidMessage::getSourceChannel() const {
@@ -68,3 +72,5 @@ std::string InvalidMessage::getSourceChannel() const {
 uint64_t InvalidMessage::getSourceChannelID() const {
     return MessageBase::getSourceChannelID(BUSID_UNKNOWN, 0, mbnr);
 }
+
+}  // namespace vextrace

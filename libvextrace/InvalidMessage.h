@@ -2,6 +2,8 @@
 
 #include "libvextrace/MessageBase.h"
 
+namespace vextrace {
+
 /// Stands for bytes that could not be decoded, so that a trace can be shown and written on without
 /// losing them. Keeps time stamp and reserved word where the bytes hold a whole header.
 class InvalidMessage : public MessageBase {
@@ -30,3 +32,5 @@ public:
     std::string getSourceChannel() const override;
     uint64_t getSourceChannelID() const override;
 };
+
+}  // namespace vextrace

@@ -33,7 +33,9 @@ public:
                             uint16_t offendingValue);
 
     InvalidMessageException(const InvalidMessageException&) = default;
+    InvalidMessageException(InvalidMessageException&&) noexcept = default;
     InvalidMessageException& operator=(const InvalidMessageException&) = default;
+    InvalidMessageException& operator=(InvalidMessageException&&) noexcept = default;
     ~InvalidMessageException() override;
 
     /// The text; valid as long as the exception is.

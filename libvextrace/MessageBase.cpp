@@ -16,7 +16,8 @@ void checkLength(size_t size, size_t maxlen) {
         throw InvalidMessageException(
             IM_INVALID_LEN, "MessageBase: The message is too long for its size field.", 0xFFFF);
     }
-    if (maxlen < size + MessageBase::MO_MSGID) {
+    const size_t length = size + MessageBase::MSGSIZE_LENGTH;
+    if (maxlen < std::max<size_t>(length, MessageBase::MO_BASE_DERIVED)) {
         throw InvalidMessageException(IM_INVALID_LEN, "MessageBase: No room for the message.",
                                       static_cast<uint16_t>(std::min(maxlen, SIZE_FIELD_MAX)));
     }
@@ -42,7 +43,7 @@ size_t MessageBase::writeToByteArray(uint8_t*& pdest, size_t maxlen, bool /*sync
 }
 
 size_t MessageBase::getSize() const {
-    return MO_BASE_DERIVED - MO_MSGID;
+    return MO_BASE_DERIVED - MSGSIZE_LENGTH;
 }
 
 void MessageBase::cascadeChannel(uint16_t channel) {

@@ -43,6 +43,9 @@ public:
         MO_BASE_DERIVED = 14  ///< the derived type's payload
     };
 
+    /// Bytes of the size field, which getSize() does not count.
+    static constexpr size_t MSGSIZE_LENGTH = MO_MSGID - MO_MSGSIZE;
+
     /// Positions in a second header, without reserved word. Named for the types that know it; no
     /// operation here reads or writes it.
     enum : size_t { MO2_MSGID = 0, MO2_MSGSIZE = 1, MO2_TIMESTAMP = 3, MO2_BASE_DERIVED = 7 };

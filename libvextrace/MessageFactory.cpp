@@ -25,10 +25,6 @@ MessageFactory::Reader findReader(const RegisteredReader* first, msgid_t id) {
     return nullptr;
 }
 
-msgid_t idOf(const uint8_t* psrc) {
-    return static_cast<msgid_t>(byteArrayToUint16(psrc + MessageBase::MO_MSGID));
-}
-
 // Gives the length of the first message, or throws where range and size field do not fit.
 size_t checkedLength(const uint8_t* psrc, size_t len) {
     if (len < MessageBase::MO_BASE_DERIVED) {
@@ -37,7 +33,7 @@ size_t checkedLength(const uint8_t* psrc, size_t len) {
                                       static_cast<uint16_t>(len));
     }
     const uint16_t size = byteArrayToUint16(psrc + MessageBase::MO_MSGSIZE);
-    const size_t messageLength = size + size_t{MessageBase::MO_MSGID};
+    const size_t messageLength = size + MessageBase::MSGSIZE_LENGTH;
     if (messageLength < MessageBase::MO_BASE_DERIVED) {
         throw InvalidMessageException(
             IM_INVALID_LEN, "MessageFactory: The size field is too small for the header.", size);
@@ -50,8 +46,8 @@ size_t checkedLength(const uint8_t* psrc, size_t len) {
 }
 
 std::unique_ptr<MessageBase> readMessage(const uint8_t* psrc, size_t messageLength) {
-    const msgid_t id = idOf(psrc);
-    const MessageFactory::Reader reader = findReader(readers.load(std::memory_order_acquire), id);
+    const auto id = static_cast<msgid_t>(byteArrayToUint16(psrc + MessageBase::MO_MSGID));
+    const MessageFactory::Reader reader = MessageFactory::getReader(id);
     if (reader == nullptr) {
         throw InvalidMessageException(IM_INVALID_MSGID,
                                       "MessageFactory: No reader for the message id.", id);
@@ -67,7 +63,7 @@ std::unique_ptr<MessageBase> invalidMessage(const uint8_t* psrc, size_t len, con
     if (MessageBase::invalidHandling == IMH_RETURN_NULL) {
         return nullptr;
     }
-    return std::make_unique<InvalidMessage>(psrc, len, reason);
+    return std::make_unique<vextrace::InvalidMessage>(psrc, len, reason);
 }
 
 }  // namespace
@@ -76,21 +72,19 @@ bool MessageFactory::registerReader(msgid_t id, Reader reader) {
     if (reader == nullptr) {
         return false;
     }
-    const RegisteredReader* first = readers.load(std::memory_order_acquire);
-    std::unique_ptr<RegisteredReader> entry;
-    for (;;) {
-        if (const Reader held = findReader(first, id); held != nullptr) {
+    auto entry = std::make_unique<RegisteredReader>();
+    *entry = {id, reader, readers.load(std::memory_order_acquire)};
+    do {
+        if (const Reader held = findReader(entry->next, id); held != nullptr) {
             return held == reader;
         }
-        if (entry == nullptr) {
-            entry = std::make_unique<RegisteredReader>();
-        }
-        *entry = RegisteredReader{id, reader, first};
-        if (readers.compare_exchange_weak(first, entry.get(), std::memory_order_acq_rel)) {
-            static_cast<void>(entry.release());
-            return true;
-        }
-    }
+    } while (!readers.compare_exchange_weak(entry->next, entry.get(), std::memory_order_acq_rel));
+    static_cast<void>(entry.release());
+    return true;
+}
+
+MessageFactory::Reader MessageFactory::getReader(msgid_t id) {
+    return findReader(readers.load(std::memory_order_acquire), id);
 }
 
 DecodedMessage MessageFactory::decode(const uint8_t* psrc, size_t len) {

@@ -14,11 +14,13 @@
 struct DecodedMessage {
     /// The message. Where the bytes could not be decoded, MessageBase::invalidHandling decides:
     /// null, or a message of id MSGID_INVALID that keeps the bytes and the reason, prints both
-    /// shortly and writes its bytes back unchanged.
+    /// shortly and writes its bytes back unchanged, whatever their number: no size field limits
+    /// them, and setHeaderReserved() does not change them.
     std::unique_ptr<MessageBase> message;
 
     /// Bytes from the front of the range that this answer stands for. Where size field and range
-    /// do not fit together, nobody knows where the next message begins: then all of the range.
+    /// do not fit together, nobody knows where the next message begins: then all of the range,
+    /// which an invalid message copies.
     size_t bytesTaken = 0;
 
     /// Why the bytes could not be decoded; empty when they could.
@@ -38,6 +40,8 @@ struct DecodedMessage {
 /// Threads may register and decode at the same time.
 class MessageFactory {
 public:
+    MessageFactory() = delete;
+
     /// Rebuilds a message from the \p len bytes at \p psrc, which are exactly one message with its
     /// header. Returns a new message that the caller owns; throws InvalidMessageException where
     /// the bytes are none.
@@ -47,6 +51,9 @@ public:
     /// \return true when \p reader is registered, also when it already was; false when it is null
     ///         or another reader holds the id, which then stays
     static bool registerReader(msgid_t id, Reader reader);
+
+    /// The reader that decodes messages of type \p id; null when there is none.
+    static Reader getReader(msgid_t id);
 
     /// Decodes the first message of the \p len bytes at \p psrc. Header, size field and range are
     /// checked against each other before anything else is read.

@@ -4,6 +4,8 @@
 
 #include "libvextrace/GPSTraceMessage.h"
 
+namespace vextrace {
+
 /// One field of a sentence: its label in the numbered dump, and where it is kept.
 template <class Fields>
 struct NmeaField {
@@ -11,7 +13,7 @@ struct NmeaField {
     std::string Fields::*member;
 };
 
-/// The fields of an RMC sentence in their order. Readers of dumps rely on the labels as they are.
+/// The fields of an RMC sentence in their order.
 inline constexpr NmeaField<GPSTraceMessage::gprmc_t> RMC_FIELDS[] = {
     {"1. UTC time = ", &GPSTraceMessage::gprmc_t::timeUTC},
     {"2. Status = ", &GPSTraceMessage::gprmc_t::status},
@@ -27,8 +29,7 @@ inline constexpr NmeaField<GPSTraceMessage::gprmc_t> RMC_FIELDS[] = {
     {"12. Mode indicator = ", &GPSTraceMessage::gprmc_t::modeIndicator},
 };
 
-/// The fields of a GGA sentence in their order. "delution" and "Geodial" are meant: readers of
-/// dumps rely on the labels as they are.
+/// The fields of a GGA sentence in their order. "delution" and "Geodial" are meant to stay.
 inline constexpr NmeaField<GPSTraceMessage::gpgga_t> GGA_FIELDS[] = {
     {"1. UTC time = ", &GPSTraceMessage::gpgga_t::timeUTC},
     {"2. Latitude = ", &GPSTraceMessage::gpgga_t::latitude},
@@ -45,3 +46,5 @@ inline constexpr NmeaField<GPSTraceMessage::gpgga_t> GGA_FIELDS[] = {
     {"13. Age GPS data = ", &GPSTraceMessage::gpgga_t::ageGPSdata},
     {"14. Reference id = ", &GPSTraceMessage::gpgga_t::referenceId},
 };
+
+}  // namespace vextrace

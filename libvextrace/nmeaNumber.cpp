@@ -1,16 +1,19 @@
 #include "libvextrace/nmeaNumber.h"
 
 #include <cfloat>
+#include <cstddef>
 #include <cstdlib>
 #include <string>
+
+namespace vextrace {
 
 namespace {
 
 // So many digits are exact in a double, and so is the power of ten below them: one division gives
 // the correctly rounded quotient, which is what strtod gives.
 constexpr size_t MAX_REAL_DIGITS = 15;
-constexpr double POWERS_OF_TEN[MAX_REAL_DIGITS + 1] = {
-    1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr double POWERS_OF_TEN[MAX_REAL_DIGITS] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
 
 // Where quotients are kept in more precision than double's they are rounded twice.
 constexpr bool DIVISION_ROUNDS_ONCE = FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1;
@@ -31,16 +34,23 @@ size_t readDigits(std::string_view text, uint64_t& value) {
     return count;
 }
 
-// Kept out of the way of the fast conversions, which would save registers for it.
-[[gnu::noinline]] NmeaNumber standardNumber(std::string_view text) {
+// Kept out of the way of the fast conversion, which would save registers for it.
+[[gnu::noinline]] NmeaNumberReader::Number standardNumber(std::string_view text) {
     if (text.empty()) {
-        return {};
+        return {0, 0.0};
     }
     const std::string copy(text);
     return {std::strtol(copy.c_str(), nullptr, 10), std::strtod(copy.c_str(), nullptr)};
 }
 
 }  // namespace
+
+long nmeaInteger(std::string_view text) {
+    uint64_t value = 0;
+    const size_t digits = readDigits(text.substr(0, MAX_INTEGER_DIGITS + 1), value);
+    const bool fits = digits > 0 && digits <= MAX_INTEGER_DIGITS;
+    return fits ? static_cast<long>(value) : standardNumber(text).integer;
+}
 
 NmeaNumberReader::NmeaNumberReader() {
     // Unlike localeconv, strtod may be called by several threads at once.
@@ -49,14 +59,7 @@ NmeaNumberReader::NmeaNumberReader() {
     pointIsFullStop = *end == '\0';
 }
 
-long NmeaNumberReader::integer(std::string_view text) {
-    uint64_t value = 0;
-    const size_t digits = readDigits(text.substr(0, MAX_INTEGER_DIGITS + 1), value);
-    const bool fits = digits > 0 && digits <= MAX_INTEGER_DIGITS;
-    return fits ? static_cast<long>(value) : standardNumber(text).integer;
-}
-
-NmeaNumber NmeaNumberReader::read(std::string_view text) const {
+NmeaNumberReader::Number NmeaNumberReader::read(std::string_view text) const {
     if (!DIVISION_ROUNDS_ONCE || text.size() > MAX_REAL_DIGITS + 1) {
         return standardNumber(text);
     }
@@ -76,16 +79,15 @@ NmeaNumber NmeaNumberReader::read(std::string_view text) const {
     return {static_cast<long>(whole), static_cast<double>(value) / POWERS_OF_TEN[decimals]};
 }
 
-double NmeaNumberReader::real(std::string_view text) const {
-    return read(text).real;
-}
-
 NmeaCoordinate::NmeaCoordinate(const NmeaNumberReader& reader, std::string_view text) {
-    const NmeaNumber number = reader.read(text);
+    const NmeaNumberReader::Number number = reader.read(text);
     deg = static_cast<uint16_t>(number.integer / 100);
     rem = number.real - 100 * deg;
 }
 
 double NmeaCoordinate::degrees() const {
-    return deg + rem / 60.0;
+    const double fraction = rem / 60.0;
+    return deg + fraction;
 }
+
+}  // namespace vextrace

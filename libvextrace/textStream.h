@@ -1,10 +1,45 @@
 #pragma once
 
-#include <sstream>
+#include <ostream>
+#include <streambuf>
+#include <string>
+#include <utility>
 
-/// Collects a text. Passes std::bad_alloc on, where a string stream would swallow it and hand out a
-/// text that lacks its end.
-class TextStream : public std::ostringstream {
+namespace vextrace {
+
+/// Appends what is written to a string.
+class TextBuffer : public std::streambuf {
 public:
-    TextStream() { exceptions(std::ios_base::badbit); }
+    std::string text;
+
+protected:
+    int_type overflow(int_type c) override {
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            text += traits_type::to_char_type(c);
+        }
+        return traits_type::not_eof(c);
+    }
+
+    std::streamsize xsputn(const char* characters, std::streamsize count) override {
+        text.append(characters, static_cast<size_t>(count));
+        return count;
+    }
 };
+
+/// A string stream that lets std::bad_alloc through, where that of the standard library swallows it
+/// and hands out a text that lacks its end.
+class TextStream : public std::ostream {
+public:
+    TextStream() : std::ostream(nullptr) {
+        rdbuf(&buffer);
+        exceptions(std::ios_base::badbit);
+    }
+
+    /// Gives the text away.
+    std::string takeText() { return std::move(buffer.text); }
+
+private:
+    TextBuffer buffer;
+};
+
+}  // namespace vextrace

@@ -3,6 +3,8 @@
 #include <ios>
 #include <ostream>
 
+namespace vextrace {
+
 /// The format state of trace texts: hexadecimal and fixed notation, every other flag cleared, and
 /// "0" as fill character. Restoring is a call, not a destructor, because a stream that throws is
 /// left in the trace format.
@@ -23,3 +25,5 @@ private:
     std::ios_base::fmtflags oldflags;
     char oldfill;
 };
+
+}  // namespace vextrace

@@ -10,6 +10,8 @@
 #include "tests/support/TestMessage.h"
 #include "tests/support/messages.h"
 
+using vextrace::InvalidMessage;
+
 namespace {
 
 // A whole header and two bytes of payload; the size field tells more than there is.

@@ -163,6 +163,12 @@ std::vector<DecodedMessage> walk(const Bytes& bytes) {
 
 }  // namespace
 
+TEST_F(MessageFactoryTest, TellsTheReaderOfAnId) {
+    ASSERT_TRUE(MessageFactory::registerReader(testID(60), readPayload));
+    EXPECT_EQ(MessageFactory::getReader(testID(60)), &readPayload);
+    EXPECT_EQ(MessageFactory::getReader(testID(61)), nullptr);
+}
+
 TEST_F(MessageFactoryTest, RegistersAReaderOnceAndAgain) {
     EXPECT_TRUE(MessageFactory::registerReader(testID(10), &readNumber<1>));
     EXPECT_TRUE(MessageFactory::registerReader(testID(10), &readNumber<1>));

@@ -1,0 +1,229 @@
+#include "libvextrace/nmeaNumber.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "tests/support/CommaLocale.h"
+#include "tests/support/doubleBits.h"
+
+using namespace std::string_literals;
+
+using vextrace::NmeaCoordinate;
+using vextrace::nmeaInteger;
+using vextrace::NmeaNumberReader;
+
+namespace {
+
+const std::vector<std::string> TEXTS = {
+    // plain
+    "0", "1", "7", "9", "00", "007", "123519", "002153.000", "4807.038", "01131.000", "022.4",
+    "084.4", "230394", "545.4", "0.9", "46.9", "08", "1.852", "0.1", "0.3", "2.675", "99.99",
+    "4859.9996", "0000.000", "0.0", "1.", ".5", "00.50", "5.", "0.000000000000001",
+    // none, blanks, signs
+    "", " ", "\t", "\n", "\r\n", " 12.5", "\t\n\v\f\r 12.5", "12.5 ", "1 2", "+12.5", "-12.5", "-0",
+    "-0.0", "+0", "+-1", "--1", "- 1", "+", "-", " -7.25", "-.5", "+.5",
+    // points and commas
+    ".", "..", "1..2", "1.2.3", "..5", "-.", "1,5", "1,5.5", "1.5,5", ",5",
+    // exponents
+    "1e3", "1E3", "1.5e-3", "1e", "1e+", "1e400", "-1e400", "1e-400", "5e-324", "2e-324",
+    "4.9406564584124654e-324", "2.2250738585072014e-308", "1.7976931348623157e308",
+    "1.7976931348623159e308", ".e1", "e1", "1e3.5", "0e9",
+    // hexadecimal, octal, infinity, nan
+    "0x1A", "0X1a.8p1", "-0x1p-2", "0x", "0xg", "010", "0b1", "inf", "-inf", "INF", "infinity",
+    "Infinity5", "in", "nan", "-nan", "NAN", "nan(12)", "nan(", "na",
+    // trailing letters
+    "4807.038abc", "12N", "12.5N", "12.N", "N12", "W*6A\n", "1f", "1.5L", "1_000", "1'000",
+    // embedded NUL
+    "12\0"
+    "34"s,
+    "12.5\0"
+    "6"s,
+    "\0"
+    "12"s,
+    "1\0"s, ".\0"s,
+    // bytes above 127
+    "\xC2\xB0", "12\xC2\xB0", "\xFF\x31",
+    // around the limits of the short ways
+    "999999999", "000000001", "123456789", "1234567890", "2147483647", "2147483648", "4294967295",
+    "4294967296", "9999999999", "-2147483648", "-2147483649", "0000000000", "0000000007",
+    "00000000012345", "123456789.5", "1234567890.5", "12345678X", "123456789X", "1234567890X",
+    "999999999999999", "999999999999999.", ".999999999999999", "99999999.9999999",
+    "9007199254740991", "9007199254740992", "9007199254740993", "900719925474099.3",
+    "1234567890123456", "1234567.890123456", ".1234567890123456", "12345678901234567",
+    "123456789.01234567", "0.12345678901234567", "000000000000000", "0000000000000000",
+    "000000000000001", "0000000000000001", "00000000000000001", "0000000000000.01",
+    "00000000000000.1", "12345678901234..", "123456789012345N", "1234567890123456N",
+    "1234567890123456789012345", "0.1234567890123456789012345", "1234567890123.123456789012",
+    "9999999999999999999999999", "0000000000000000000000001",
+    // around and beyond the range of long
+    "9223372036854775807", "9223372036854775808", "-9223372036854775808", "-9223372036854775809",
+    "18446744073709551615", "18446744073709551616", "99999999999999999999",
+    "-99999999999999999999"};
+
+// Converts a view with digits right behind it, which are none of its business.
+void expectAsTheStandardLibrary(const NmeaNumberReader& number, const std::string& text) {
+    const std::string longer = text + "99";
+    const std::string_view view = std::string_view(longer).substr(0, text.size());
+    const long integer = std::strtol(text.c_str(), nullptr, 10);
+    const uint64_t realBits = bitsOf(std::strtod(text.c_str(), nullptr));
+    EXPECT_EQ(nmeaInteger(view), integer) << testing::PrintToString(text);
+    EXPECT_EQ(bitsOf(number.real(view)), realBits) << testing::PrintToString(text);
+    const NmeaNumberReader::Number both = number.read(view);
+    EXPECT_EQ(both.integer, integer) << testing::PrintToString(text);
+    EXPECT_EQ(bitsOf(both.real), realBits) << testing::PrintToString(text);
+}
+
+void expectTextsAsTheStandardLibrary() {
+    const NmeaNumberReader number;
+    for (const std::string& text : TEXTS) {
+        expectAsTheStandardLibrary(number, text);
+    }
+}
+
+// Digits with a point before, between or behind them, or none. Only the engine is used, whose
+// numbers are the same everywhere.
+std::string plainDecimal(std::mt19937& random, size_t digits) {
+    std::string text;
+    for (size_t i = 0; i < digits; ++i) {
+        text += static_cast<char>('0' + random() % 10);
+    }
+    const size_t point = random() % (digits + 2);
+    return point > digits ? text : text.insert(point, ".");
+}
+
+void expectDecimalsAsTheStandardLibrary(const std::string& point) {
+    const NmeaNumberReader number;
+    std::mt19937 random(20010);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    for (int i = 0; i < 6000; ++i) {
+        std::string text = plainDecimal(random, 1 + random() % 18);
+        if (const size_t found = text.find('.'); found != std::string::npos) {
+            text.replace(found, 1, point);
+        }
+        expectAsTheStandardLibrary(number, text);
+    }
+}
+
+constexpr char NO_COMMA_LOCALE[] =
+    "The localedef command of the GNU C library could not make a locale with a decimal comma.";
+
+}  // namespace
+
+TEST(nmeaNumber, ReadsTextsAsTheStandardLibraryDoes) {
+    expectTextsAsTheStandardLibrary();
+}
+
+TEST(nmeaNumber, ReadsPlainDecimalsAsTheStandardLibraryDoes) {
+    expectDecimalsAsTheStandardLibrary(".");
+}
+
+TEST(nmeaNumber, ReadsKnownIntegers) {
+    EXPECT_EQ(nmeaInteger("123519.00"), 123519);
+    EXPECT_EQ(nmeaInteger("010"), 10);
+    EXPECT_EQ(nmeaInteger(" -42x"), -42);
+    EXPECT_EQ(nmeaInteger("2147483647"), 2147483647);
+    EXPECT_EQ(nmeaInteger("x1"), 0);
+    EXPECT_EQ(nmeaInteger(""), 0);
+    EXPECT_EQ(nmeaInteger({}), 0);
+}
+
+TEST(nmeaNumber, SaturatesIntegersAtTheRangeOfLong) {
+    EXPECT_EQ(nmeaInteger("99999999999999999999"), std::numeric_limits<long>::max());
+    EXPECT_EQ(nmeaInteger("-99999999999999999999"), std::numeric_limits<long>::min());
+}
+
+TEST(nmeaNumber, ReadsKnownReals) {
+    const NmeaNumberReader number;
+    EXPECT_EQ(bitsOf(number.real("022.4")), 0x4036666666666666U);
+    EXPECT_EQ(bitsOf(number.real("1.852")), 0x3FFDA1CAC083126FU);
+    EXPECT_EQ(bitsOf(number.real("-0")), 0x8000000000000000U);
+    EXPECT_EQ(bitsOf(number.real("1e400")), 0x7FF0000000000000U);
+    EXPECT_EQ(bitsOf(number.real("9007199254740993")), 0x4340000000000000U);
+    EXPECT_EQ(bitsOf(number.real("1.7976931348623157e308")), 0x7FEFFFFFFFFFFFFFU);
+    EXPECT_EQ(bitsOf(number.real("5e-324")), 1U);
+    EXPECT_EQ(bitsOf(number.real("0x1A")), bitsOf(26.0));
+    EXPECT_EQ(bitsOf(number.real("abc")), 0U);
+    EXPECT_EQ(bitsOf(number.real("")), 0U);
+    EXPECT_EQ(bitsOf(number.real({})), 0U);
+    EXPECT_TRUE(std::isnan(number.real("nan")));
+}
+
+TEST(nmeaNumber, ReadsTheDecimalPointOfTheCLocale) {
+    const CommaLocale locale;
+    if (!locale.inForce()) {
+        GTEST_SKIP() << NO_COMMA_LOCALE;
+    }
+    const NmeaNumberReader number;
+    EXPECT_EQ(number.real("1,5"), 1.5);
+    EXPECT_EQ(number.real("1.5"), 1.0);
+    EXPECT_EQ(number.real(".5"), 0.0);
+    EXPECT_EQ(number.real("15"), 15.0);
+    EXPECT_EQ(nmeaInteger("1,5"), 1);
+    EXPECT_EQ(nmeaInteger("1.5"), 1);
+}
+
+TEST(nmeaNumber, ReadsAsTheStandardLibraryDoesWithADecimalComma) {
+    const CommaLocale locale;
+    if (!locale.inForce()) {
+        GTEST_SKIP() << NO_COMMA_LOCALE;
+    }
+    expectTextsAsTheStandardLibrary();
+    expectDecimalsAsTheStandardLibrary(".");
+    expectDecimalsAsTheStandardLibrary(",");
+}
+
+TEST(nmeaNumber, MessagesReadTheDecimalPointOfTheCLocale) {
+    const CommaLocale locale;
+    if (!locale.inForce()) {
+        GTEST_SKIP() << NO_COMMA_LOCALE;
+    }
+    GPSTraceMessage message(1, "$GPGGA,123519.75,4807.038,N,01131.900,E,1,08,0.9,545.4,M,46.9*47");
+    GPSTraceMessage::numeric_gpgga_t numbers;
+    ASSERT_TRUE(message.getGPGGA(numbers));
+    EXPECT_EQ(numbers.timeUTC, 123519U);
+    EXPECT_EQ(numbers.latitude, 48 + 7 / 60.0);
+    EXPECT_EQ(numbers.longitude, 11 + 31 / 60.0);
+    EXPECT_EQ(numbers.antennaAltitude, 545.0);
+    EXPECT_EQ(message.formatForRDB(), "48°7.000 N, 11°31.000 E, 545.4M");
+}
+
+TEST(nmeaNumber, TakesACoordinateApart) {
+    const NmeaNumberReader number;
+    const struct {
+        const char* text;
+        uint16_t deg;
+        double rem;
+    } cases[] = {
+        {"4807.038", 48, 4807.038 - 4800},
+        {"01131.000", 11, 31},
+        {"18000.0", 180, 0},
+        {"12.5", 0, 12.5},
+        {"-99.5", 0, -99.5},
+        {"-100", 65535, -6553600},
+        {"-4807.038", 65488, -4807.038 - 6548800},
+        {"6553599.5", 65535, 99.5},
+        {"6553600.0", 0, 6553600},
+        {"4861.5", 48, 61.5},
+        {"north", 0, 0},
+        {"", 0, 0},
+    };
+    for (const auto& c : cases) {
+        const NmeaCoordinate coordinate(number, c.text);
+        EXPECT_EQ(coordinate.deg, c.deg) << c.text;
+        EXPECT_EQ(bitsOf(coordinate.rem), bitsOf(c.rem)) << c.text;
+    }
+}
+
+TEST(nmeaNumber, PutsACoordinateTogether) {
+    const NmeaNumberReader number;
+    EXPECT_EQ(bitsOf(NmeaCoordinate(number, "4807.038").degrees()), 0x40480F03AFB7E90FU);
+    EXPECT_EQ(NmeaCoordinate(number, "4890").degrees(), 49.5);
+    EXPECT_EQ(NmeaCoordinate(number, "18000.0").degrees(), 180.0);
+    EXPECT_EQ(NmeaCoordinate(number, "").degrees(), 0.0);
+}
