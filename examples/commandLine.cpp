@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
+#include "numberText.h"
+
 namespace {
 
 bool isOption(const std::string& argument) {
@@ -28,14 +30,14 @@ CommandLine parse(const Program& program, const std::vector<std::string>& argume
         }
     }
     if (line.files.size() != program.fileCount) {
-        throw UsageError("takes " + std::to_string(program.fileCount) + " file name(s), not " +
+        throw UsageError("takes " + counted(program.fileCount, "file name") + ", not " +
                          std::to_string(line.files.size()) + ", try --help");
     }
     return line;
 }
 
 void runOrHelp(const Program& program, const std::vector<std::string>& arguments) {
-    if (contains(arguments, "--help")) {
+    if (contains(arguments, "--help") || contains(arguments, "-h")) {
         std::cout << program.usage;
     } else {
         program.run(parse(program, arguments));

@@ -21,8 +21,8 @@ struct CommandLine {
 
 struct Program {
     const char* name;
-    const char* usage;                 ///< the text that --help prints
-    std::vector<std::string> options;  ///< the options it knows, beside --help
+    const char* usage;                 ///< the text that --help and -h print
+    std::vector<std::string> options;  ///< the options it knows, beside those two
     size_t fileCount;                  ///< how many file names it takes
     void (*run)(const CommandLine& arguments);
 };

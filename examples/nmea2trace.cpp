@@ -1,6 +1,6 @@
 /// \file
 /// Records an NMEA log as a trace file, one message per fix.
-#include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -8,77 +8,20 @@
 #include <optional>
 
 #include "commandLine.h"
+#include "inputFile.h"
 #include "nmeaLog.h"
+#include "numberText.h"
 #include "traceFile.h"
+#include "utc.h"
 
 namespace {
 
 constexpr const char* USAGE =
     "Usage: nmea2trace IN OUT\n"
-    "Records the NMEA log IN (- is standard input) as the trace file OUT, one message per fix,\n"
-    "stamped with its UTC in nanoseconds since 1970. Lines that are no sentence are skipped.\n";
-
-constexpr uint64_t NANOSECONDS = 1'000'000'000;
-constexpr uint64_t SECONDS_PER_DAY = 86400;
-
-bool allDigits(const std::string& text) {
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-unsigned twoDigits(const std::string& text, size_t pos) {
-    return static_cast<unsigned>(text[pos] - '0') * 10 + static_cast<unsigned>(text[pos + 1] - '0');
-}
-
-// Of hhmmss, with or without a fraction; empty when it is no time of day.
-std::optional<uint64_t> nanosecondsOfDay(const std::string& text) {
-    const size_t point = std::min(text.find('.'), text.size());
-    const std::string whole = text.substr(0, point);
-    std::string fraction = point < text.size() ? text.substr(point + 1) : "0";
-    if (whole.size() != 6 || !allDigits(whole) || !allDigits(fraction)) {
-        return std::nullopt;
-    }
-    const unsigned hour = twoDigits(whole, 0);
-    const unsigned minute = twoDigits(whole, 2);
-    const unsigned second = twoDigits(whole, 4);
-    const unsigned lastSecond = hour == 23 && minute == 59 ? 60 : 59;  // with a leap second
-    if (hour > 23 || minute > 59 || second > lastSecond) {
-        return std::nullopt;
-    }
-    fraction.resize(9, '0');
-    return (hour * 3600 + minute * 60 + second) * NANOSECONDS + std::stoul(fraction);
-}
-
-unsigned daysInMonth(unsigned year, unsigned month) {
-    constexpr unsigned DAYS[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return DAYS[month - 1] + (month == 2 && year % 4 == 0 ? 1 : 0);  // also right in 2000
-}
-
-// Of ddmmyy from 1980 to 2079; empty when it is no date.
-std::optional<uint64_t> daysSince1970(const std::string& text) {
-    if (text.size() != 6 || !allDigits(text)) {
-        return std::nullopt;
-    }
-    const unsigned day = twoDigits(text, 0);
-    const unsigned month = twoDigits(text, 2);
-    const unsigned year = twoDigits(text, 4) + (twoDigits(text, 4) < 80 ? 2000 : 1900);
-    if (month < 1 || month > 12 || day < 1 || day > daysInMonth(year, month)) {
-        return std::nullopt;
-    }
-    unsigned days = (year - 1970) * 365 + (year - 1969) / 4 + day - 1;
-    for (unsigned earlier = 1; earlier < month; ++earlier) {
-        days += daysInMonth(year, earlier);
-    }
-    return days;
-}
-
-std::optional<timeStamp_t> utcOf(const GPSTraceMessage::gprmc_t& rmc) {
-    const std::optional<uint64_t> days = daysSince1970(rmc.dateUTC);
-    const std::optional<uint64_t> time = nanosecondsOfDay(rmc.timeUTC);
-    if (!days || !time) {
-        return std::nullopt;
-    }
-    return *days * SECONDS_PER_DAY * NANOSECONDS + *time;
-}
+    "Records the NMEA log IN (- is standard input) as the trace file OUT, one message per fix.\n"
+    "Its time stamp is the UTC of its RMC sentence in nanoseconds since 1970; without date and\n"
+    "time the one of the message before, 0 in front of the first. Lines that are no sentence are\n"
+    "skipped. Without a single sentence OUT is an empty file and the exit status 1.\n";
 
 // Sentences that make one message. Its stamp is known only when they are complete.
 struct Fix {
@@ -158,7 +101,7 @@ void Recorder::endMessage() {
 
 void checkWritten(const std::ostream& trace, const std::string& path) {
     if (!trace) {
-        throw std::runtime_error(path + ": cannot be written");
+        throw std::runtime_error(withReason(path + ": cannot be written"));
     }
 }
 
@@ -170,6 +113,7 @@ void run(const CommandLine& arguments) {
         throw UsageError(out + ": is the log itself");
     }
     NmeaLog log(in);
+    errno = 0;
     std::ofstream trace(out, std::ios::binary);
     checkWritten(trace, out);
     Recorder recorder(trace);
@@ -181,10 +125,13 @@ void run(const CommandLine& arguments) {
     recorder.endMessage();
     trace.close();
     checkWritten(trace, out);
-    std::cout << log.linesRead() << " lines read, " << log.linesSkipped() << " skipped, "
-              << log.linesRead() - log.linesSkipped() << " sentences stored, "
-              << recorder.messagesWritten() << " messages, " << recorder.bytesWritten()
-              << " bytes\n";
+    std::cout << counted(log.linesRead(), "line") << " read, " << log.linesSkipped() << " skipped, "
+              << counted(log.linesRead() - log.linesSkipped(), "sentence") << " stored, "
+              << counted(recorder.messagesWritten(), "message") << ", "
+              << counted(recorder.bytesWritten(), "byte") << '\n';
+    if (recorder.messagesWritten() == 0) {
+        throw std::runtime_error(in + ": holds no NMEA sentence");
+    }
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "nmeaLog.h"
 
-#include <iostream>
-
-#include "commandLine.h"
 #include "traceFile.h"
 
 namespace {
@@ -25,30 +22,18 @@ bool isSentence(const std::string& line) {
 
 }  // namespace
 
-NmeaLog::NmeaLog(const std::string& path)
-    : name(path), stream(path == "-" ? std::cin : static_cast<std::istream&>(file)) {
+NmeaLog::NmeaLog(const std::string& path) : file(path) {
     GPSTraceMessage::registerMessage();
-    if (&stream == &file) {
-        file.open(path, std::ios::binary);
-    }
-    stream.peek();  // a directory can be opened, but not read
-    checkReadable();
 }
 
 bool NmeaLog::next(std::string& sentence) {
-    while (std::getline(stream, sentence)) {
+    while (std::getline(file.bytes(), sentence)) {
         ++lines;
         if (isSentence(sentence)) {
             return true;
         }
         ++skipped;
     }
-    checkReadable();
+    file.checkRead();
     return false;
-}
-
-void NmeaLog::checkReadable() const {
-    if (stream.bad() || (&stream == &file && !file.is_open())) {
-        throw UsageError(name + ": cannot be read");
-    }
 }

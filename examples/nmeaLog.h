@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstddef>
-#include <fstream>
-#include <istream>
 #include <string>
+
+#include "inputFile.h"
 
 /// Reads the sentences of a log one after the other. Skipped are lines that begin with neither "$"
 /// nor "!", and lines that a trace file would not give back as they were: those with a NUL byte,
@@ -26,11 +26,7 @@ public:
     size_t linesSkipped() const { return skipped; }
 
 private:
-    void checkReadable() const;
-
-    std::string name;
-    std::ifstream file;
-    std::istream& stream;
+    InputFile file;
     size_t lines = 0;
     size_t skipped = 0;
 };

@@ -6,15 +6,15 @@
 #include <sstream>
 
 #include "commandLine.h"
-#include "decimal.h"
+#include "numberText.h"
 #include "traceFile.h"
 
 namespace {
 
 constexpr const char* USAGE =
     "Usage: trace2gpx FILE\n"
-    "Writes the valid fixes of the trace file FILE as a GPX 1.1 track to standard output. Time\n"
-    "stamps are taken as nanoseconds since 1970, 0 as no time.\n";
+    "Writes the valid fixes of the trace file FILE (- is standard input) as a GPX 1.1 track to\n"
+    "standard output. Time stamps are taken as nanoseconds since 1970, 0 as no time.\n";
 
 constexpr const char* HEAD =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"

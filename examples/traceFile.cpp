@@ -1,32 +1,41 @@
 #include "traceFile.h"
 
 #include <algorithm>
-#include <fstream>
+#include <utility>
 
-#include "commandLine.h"
+#include "inputFile.h"
+#include "numberText.h"
 
 namespace {
 
 std::vector<uint8_t> readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    InputFile file(path);
+    std::istream& bytes = file.bytes();
     std::vector<uint8_t> content;
     std::vector<char> part(65536);
-    while (file.read(part.data(), static_cast<std::streamsize>(part.size())), file.gcount() > 0) {
-        content.insert(content.end(), part.begin(), part.begin() + file.gcount());
+    while (bytes.read(part.data(), static_cast<std::streamsize>(part.size())), bytes.gcount() > 0) {
+        content.insert(content.end(), part.begin(), part.begin() + bytes.gcount());
     }
-    if (!file.is_open() || file.bad()) {
-        throw UsageError(path + ": cannot be read");
-    }
+    file.checkRead();
     return content;
 }
 
-std::string reasonOf(const InvalidMessageException& error) {
-    const uint16_t value = error.getInvalidValue();
-    return error.what() + (value == 0 ? "" : " (value " + std::to_string(value) + ")");
+// What the value of the error means follows from its cause.
+std::string reasonOf(const InvalidMessageException& error, size_t bytesLeft) {
+    const std::string value = std::to_string(error.getInvalidValue());
+    const std::string left = counted(bytesLeft, "byte") + " left";
+    if (error.getCause() == IM_INVALID_MSGID) {
+        return std::string(error.what()) + " (id " + value + ")";
+    }
+    if (error.getCause() != IM_INVALID_LEN) {
+        return error.what();
+    }
+    const bool holdsHeader = bytesLeft >= MessageBase::MO_BASE_DERIVED;
+    return error.what() + (holdsHeader ? " (size field " + value + ", " + left : " (" + left) + ")";
 }
 
-// Decoding ends at a NUL byte. Most likely it is in the header of another message, into which a wrong
-// size field reaches; that message would be passed over in silence.
+// Decoding ends at a NUL byte. Most likely it is in the header of another message, into which a
+// wrong size field reaches; that message would be passed over in silence.
 bool holdsNul(const uint8_t* message, size_t length) {
     return std::find(message + MessageBase::MO_BASE_DERIVED, message + length, 0) !=
            message + length;
@@ -60,24 +69,45 @@ TraceReader::TraceReader(const std::string& path) : name(path), content(readFile
 }
 
 std::unique_ptr<GPSTraceMessage> TraceReader::next() {
-    if (pos == content.size()) {
-        return nullptr;
+    while (end < content.size()) {
+        begin = end;
+        if (std::unique_ptr<MessageBase> message = decode()) {
+            // The one reader that is registered makes nothing else.
+            return std::unique_ptr<GPSTraceMessage>(
+                static_cast<GPSTraceMessage*>(message.release()));
+        }
     }
-    const uint8_t* const source = content.data() + pos;
-    DecodedMessage decoded = MessageFactory::decode(source, content.size() - pos);
+    if (passedOver != 0) {
+        throw DamagedTrace(name + ": " + counted(passedOver, "message") +
+                           " passed over, the first at byte " + firstPassedOver);
+    }
+    return nullptr;
+}
+
+std::unique_ptr<MessageBase> TraceReader::decode() {
+    const uint8_t* const source = content.data() + begin;
+    const size_t bytesLeft = content.size() - begin;
+    DecodedMessage decoded = MessageFactory::decode(source, bytesLeft);
     if (decoded.error) {
-        throw damage(reasonOf(*decoded.error));
-    }
-    if (holdsNul(source, decoded.bytesTaken)) {
+        passOver(*decoded.error, bytesLeft);
+    } else if (holdsNul(source, decoded.bytesTaken)) {
         throw damage("The message holds a NUL byte, behind which nothing would be read.");
     }
-    pos += decoded.bytesTaken;
-    // The one reader that is registered makes nothing else.
-    return std::unique_ptr<GPSTraceMessage>(
-        static_cast<GPSTraceMessage*>(decoded.message.release()));
+    end = begin + decoded.bytesTaken;
+    return std::move(decoded.message);
+}
+
+void TraceReader::passOver(const InvalidMessageException& error, size_t bytesLeft) {
+    const std::string reason = reasonOf(error, bytesLeft);
+    if (error.getCause() != IM_INVALID_MSGID) {
+        throw damage(reason);
+    }
+    if (passedOver == 0) {
+        firstPassedOver = std::to_string(begin) + ": " + reason;
+    }
+    ++passedOver;
 }
 
 DamagedTrace TraceReader::damage(const std::string& reason) const {
-    const std::string place = name + ": damaged at byte " + std::to_string(pos);
-    return DamagedTrace{place + ": " + reason};
+    return DamagedTrace{name + ": damaged at byte " + std::to_string(begin) + ": " + reason};
 }

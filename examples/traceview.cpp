@@ -7,40 +7,46 @@
 #include <sstream>
 
 #include "commandLine.h"
-#include "decimal.h"
+#include "numberText.h"
 #include "traceFile.h"
 
 namespace {
 
 constexpr const char* USAGE =
     "Usage: traceview [OPTION]... FILE\n"
-    "Prints the trace line of each message of the trace file FILE. Options choose other views\n"
-    "instead, several may be given:\n"
-    "  --fields  the fields of its RMC and GGA sentences, numbered\n"
+    "Prints the trace line of each GPS message of the trace file FILE (- is standard input).\n"
+    "Options choose other views instead, several may be given:\n"
+    "  --fields  the fields of its RMC and GGA sentences, numbered, without line ends\n"
     "  --fix     its RMC and GGA sentences as numbers\n"
     "  --rdb     the RDB text; nothing where there is no position\n"
     "  --hex     its bytes in the file\n"
     "and which messages:\n"
     "  --first   only the first one that has a position\n";
 
-bool holdsRMC(const GPSTraceMessage& gps) {
-    return gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC);
-}
-
-bool holdsGGA(const GPSTraceMessage& gps) {
-    return gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA);
-}
-
 void showLine(const GPSTraceMessage& gps) {
     std::cout << gps << '\n';
 }
 
-void showFields(const GPSTraceMessage& gps) {
-    if (holdsRMC(gps)) {
-        std::cout << "RMC\n" << gps.getRMC();
+// The last field of a sentence may hold the line end, which would show as a blank line.
+template <class Fields>
+void showFields(const char* title, const Fields& fields) {
+    std::ostringstream text;
+    text << title << '\n' << fields;
+    char previous = '\0';
+    for (const char character : text.str()) {
+        if (character != '\r' && (character != '\n' || previous != '\n')) {
+            std::cout << character;
+            previous = character;
+        }
     }
-    if (holdsGGA(gps)) {
-        std::cout << "GGA\n" << gps.getGGA();
+}
+
+void showFields(const GPSTraceMessage& gps) {
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
+        showFields("RMC", gps.getRMC());
+    }
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA)) {
+        showFields("GGA", gps.getGGA());
     }
 }
 
@@ -52,24 +58,33 @@ std::string sixDigits(uint64_t number) {
 }
 
 // Receivers send up to eight decimals of a minute, which take ten of a degree.
-template <class Numbers>
-std::string position(const Numbers& numbers) {
+template <class Fields, class Numbers>
+std::string position(const Fields& fields, const Numbers& numbers) {
+    if (fields.latitude.empty() || fields.longitude.empty()) {
+        return "no position";
+    }
     return "latitude " + decimal(numbers.latitude, 10) + " deg, longitude " +
            decimal(numbers.longitude, 10) + " deg";
+}
+
+std::string quality(const GPSTraceMessage::gpgga_t& fields) {
+    const std::string digit = fields.gpsQualityIndicator.substr(0, 1);
+    return digit.find_first_of("0123456789") == 0 ? "quality " + digit : "quality unknown";
 }
 
 void showFix(const GPSTraceMessage& gps) {
     GPSTraceMessage::numeric_gprmc_t rmc;
     if (gps.getGPRMC(rmc)) {
         std::cout << "RMC: time " << sixDigits(rmc.timeUTC) << ", date " << sixDigits(rmc.dateUTC)
-                  << (rmc.status ? ", valid, " : ", not valid, ") << position(rmc) << ", speed "
-                  << decimal(rmc.speed, 6) << " km/h, course " << decimal(rmc.course, 4)
-                  << " deg\n";
+                  << (rmc.status ? ", valid, " : ", not valid, ") << position(gps.getRMC(), rmc)
+                  << ", speed " << decimal(rmc.speed, 6) << " km/h, course "
+                  << decimal(rmc.course, 4) << " deg\n";
     }
     GPSTraceMessage::numeric_gpgga_t gga;
     if (gps.getGPGGA(gga)) {
-        std::cout << "GGA: time " << sixDigits(gga.timeUTC) << ", " << position(gga) << ", "
-                  << gga.numberSatellites << " satellites, altitude "
+        std::cout << "GGA: time " << sixDigits(gga.timeUTC) << ", " << quality(gps.getGGA()) << ", "
+                  << position(gps.getGGA(), gga) << ", "
+                  << counted(gga.numberSatellites, "satellite") << ", altitude "
                   << decimal(gga.antennaAltitude, 4) << " m\n";
     }
 }
