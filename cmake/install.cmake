@@ -1,28 +1,64 @@
-# Installs the libraries, their public headers, a CMake package and a pkg-config file.
+# Installs the libraries, their public headers, a CMake package and pkg-config files. What a program
+# needs when it runs is one component, what a compiler needs is the other.
 include(CMakePackageConfigHelpers)
+
+set(VEXTRACE_GENERATED_HEADERS ${PROJECT_BINARY_DIR}/include)
+set(VEXTRACE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vextrace)
 
 install(TARGETS vexutil vextrace EXPORT vextraceTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES libvexutil/datablock.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvexutil)
+                COMPONENT vextrace_runtime NAMELINK_COMPONENT vextrace_development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vextrace_development
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vextrace_runtime)
+install(FILES libvexutil/datablock.h
+              libvexutil/visibility.h
+              ${VEXTRACE_GENERATED_HEADERS}/libvexutil/export.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvexutil COMPONENT vextrace_development)
 install(FILES libvextrace/GPSTraceMessage.h
               libvextrace/InvalidMessageException.h
               libvextrace/MessageBase.h
               libvextrace/MessageFactory.h
               libvextrace/busID.h
               libvextrace/messageID.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvextrace)
+              libvextrace/visibility.h
+              ${VEXTRACE_GENERATED_HEADERS}/libvextrace/export.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvextrace COMPONENT vextrace_development)
 
-set(VEXTRACE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vextrace)
-install(EXPORT vextraceTargets NAMESPACE vextrace:: DESTINATION ${VEXTRACE_PACKAGE_DIR})
+install(EXPORT vextraceTargets NAMESPACE vextrace:: DESTINATION ${VEXTRACE_PACKAGE_DIR}
+        COMPONENT vextrace_development)
 configure_package_config_file(cmake/vextraceConfig.cmake.in vextraceConfig.cmake
-                              INSTALL_DESTINATION ${VEXTRACE_PACKAGE_DIR})
+                              INSTALL_DESTINATION ${VEXTRACE_PACKAGE_DIR}
+                              NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(vextraceConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vextraceConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/vextraceConfigVersion.cmake
-        DESTINATION ${VEXTRACE_PACKAGE_DIR})
+        DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT vextrace_development)
 
-configure_file(cmake/vextrace.pc.in vextrace.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vextrace.pc
-        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+# The pkg-config files find the prefix from where they lie, so that it can be moved. Where the
+# library folder is absolute, it says nothing about the prefix.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+    set(PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+    set(PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+else()
+    file(RELATIVE_PATH PC_UP /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+    string(REGEX REPLACE "/$" "" PC_UP ${PC_UP})
+    set(PC_PREFIX "\${pcfiledir}/${PC_UP}")
+    set(PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+if(IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+    set(PC_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+else()
+    set(PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+
+# A static library leaves it to the program to link what it uses; a shared one brings it along.
+if(BUILD_SHARED_LIBS)
+    set(PC_REQUIRES Requires.private)
+else()
+    set(PC_REQUIRES Requires)
+endif()
+foreach(library vexutil vextrace)
+    configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
+            DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT vextrace_development)
+endforeach()

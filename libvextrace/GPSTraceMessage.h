@@ -12,6 +12,7 @@
 
 #include "libvextrace/MessageBase.h"
 #include "libvextrace/MessageFactory.h"
+#include "libvextrace/visibility.h"
 
 /// What a GPS receiver reported at one time stamp: NMEA 0183 sentences, kept byte for byte as text,
 /// the first of each six-character code; the comma-separated fields of RMC and GGA; and on request
@@ -32,7 +33,10 @@
 ///     11, 12 geoidal separation, unit    13 age of the differential data   14 its station
 ///
 /// No checksum is verified and no field is checked: what the receiver sent is what is recorded.
-/// Texts may hold any bytes. Malformed fields read as empty texts or zeros.
+/// Texts may hold any bytes. Missing fields read as empty texts and zeros. Malformed ones read as
+/// they stand and as whatever number strtol and strtod make of them, which may be infinite, not a
+/// number, or absurd: check ranges as well as the status. Where a sentence was cut off, its last
+/// field holds the rest of the line, checksum and line end included.
 ///
 /// In its byte-array form the message is the header (see MessageBase) and behind it the stored
 /// sentences in ascending order of their codes, each with its line feed, nothing between them:
@@ -42,10 +46,14 @@
 ///          | size |  22  | reserved | time stamp | $GPGGA,...*47\n  $GPRMC,...*6A\n    |
 ///          +------+------+----------+------------+-------------------------------------+
 ///
+/// Not every text comes back from these bytes. A message without sentences is refused; a lone line
+/// feed is skipped; behind a NUL byte nothing is read; a sentence with inner line feeds comes back
+/// in pieces, each under its own code; for a bare "$G" see addRecord().
+///
 /// The message owns all its data. Threads may read one message side by side. Whatever changes it
-/// (addRecord(), formatForRDB(), the setters, assignment) must not overlap with any other use of
-/// the same message. Different messages share nothing.
-class GPSTraceMessage : public MessageBase {
+/// (addRecord(), formatForRDB(), setHeaderReserved(), setMbnr(), cascadeChannel(), assignment) must
+/// not overlap with any other use of the same message. Different messages share nothing.
+class VEXTRACE_EXPORT GPSTraceMessage : public MessageBase {
 public:
     /// The fields of an RMC sentence as text.
     struct gprmc_t {
@@ -112,12 +120,17 @@ public:
 
     /// The sentences that are split into fields. The type is fixed, so that any value may be asked
     /// for.
-    enum nmeaDataType_t : int { NMEA_DATA_GPRMC = 0, NMEA_DATA_GPGGA = 1 };
+    enum nmeaDataType_t : int {
+        NMEA_DATA_GPRMC = 0,  ///< RMC, held under GPRMC
+        NMEA_DATA_GPGGA = 1   ///< GGA, held under GPGGA
+    };
 
-    /// Length of a sentence's code.
+    /// Length of a sentence's code in characters.
     static constexpr size_t NMEA_CODE_SIZE = 6;
 
+    /// Code of the RMC sentence, of every talker that begins with G.
     static constexpr char GPRMC[NMEA_CODE_SIZE + 1] = "$GPRMC";
+    /// Code of the GGA sentence, likewise.
     static constexpr char GPGGA[NMEA_CODE_SIZE + 1] = "$GPGGA";
 
     /// A message without sentences, time stamp 0.
@@ -147,6 +160,10 @@ public:
     /// lines is stored whole under the code of its first line. A bare "$G" is stored as "$GP",
     /// without a line feed, and so runs into the next sentence when the message is written.
     ///
+    /// Whether the sentence was stored shows in getSize(), asked through MessageBase before and
+    /// after.
+    ///
+    /// \param record  the sentence; copied, any text is taken
     /// \throws std::bad_alloc only. The sentence is then stored whole or not at all; the fields may
     ///         be refreshed in part, which the next addRecord() makes good.
     void addRecord(const std::string& record);
@@ -185,6 +202,11 @@ public:
     /// longitude, then the altitude where there is one. From the GGA sentence when it counts any
     /// satellites; else from the RMC sentence when its status is "A", without altitude; else the
     /// empty text. Numbers are written in the C++ global locale. Refreshes the fields.
+    ///
+    /// A text does not mean that there is a position: empty coordinates give "0°0.000 , 0°0.000 ".
+    /// Hemispheres, altitude and unit are the fields as they stand, which in a sentence that was
+    /// cut off may bring its line end into the text. Minutes may be rounded to "60.000", which is
+    /// not carried into the degrees.
     std::string formatForRDB();
 
     /// Makes MessageFactory decode messages of this type. True unless another reader holds the id.
@@ -192,6 +214,7 @@ public:
         return MessageFactory::registerReader(MSGID_GPS, &readFromByteArray);
     }
 
+    /// A deep copy, owned by the caller; never null.
     GPSTraceMessage* clone() const override;
 
     /// True when \p msg is a GPSTraceMessage that holds exactly the same sentences, byte for byte.
@@ -273,13 +296,13 @@ inline GPSTraceMessage::numeric_gpgga_t::numeric_gpgga_t() = default;
 
 /// Writes the fields as twelve numbered lines such as "1. UTC time = 123519", each flushed. The
 /// stream's flags and fill character are restored, except when it throws.
-std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gprmc_t& g);
+VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gprmc_t& g);
 
 /// Writes the fields as fourteen numbered lines, as for RMC.
-std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gpgga_t& g);
+VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gpgga_t& g);
 
 /// Writes the trace line, without line end: the part common to all messages, the column
 /// "  GPS         |", then each held sentence in order of the codes, a blank before it, without
 /// its line feed and one carriage return before that. Numbers come out in hexadecimal, filled with
 /// "0". The stream's flags and fill character are restored, except when it throws.
-std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);
+VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);

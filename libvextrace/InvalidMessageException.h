@@ -6,6 +6,8 @@
 #include <exception>
 #include <string>
 
+#include "libvextrace/visibility.h"
+
 /// Why a message was refused.
 enum invalidMessageCause_t {
     IM_INVALID_MSGID = 1,       ///< no such message type
@@ -17,7 +19,7 @@ enum invalidMessageCause_t {
 
 /// Thrown, by value, when a message cannot be decoded or written: a cause to act on, a text for
 /// people, and the offending value where there is one.
-class InvalidMessageException : public std::exception {
+class VEXTRACE_EXPORT InvalidMessageException : public std::exception {
 public:
     /// IM_MISC, no text, value 0.
     InvalidMessageException();
@@ -32,17 +34,24 @@ public:
     InvalidMessageException(invalidMessageCause_t reason, const char* text,
                             uint16_t offendingValue);
 
+    /// Copies cause, text and value.
     InvalidMessageException(const InvalidMessageException&) = default;
+    /// Takes the text over.
     InvalidMessageException(InvalidMessageException&&) noexcept = default;
+    /// Copies cause, text and value.
     InvalidMessageException& operator=(const InvalidMessageException&) = default;
+    /// Takes the text over.
     InvalidMessageException& operator=(InvalidMessageException&&) noexcept = default;
+    /// Releases the text.
     ~InvalidMessageException() override;
 
-    /// The text; valid as long as the exception is.
+    /// The text, without the value; valid as long as the exception is and is not assigned to.
     const char* what() const noexcept override;
 
+    /// Why the message was refused.
     invalidMessageCause_t getCause() const;
 
+    /// Sets the offending value, for whoever knows it only later.
     void setInvalidValue(uint16_t value);
 
     /// The offending value, 0 when there is none.

@@ -10,6 +10,7 @@
 
 #include "libvextrace/busID.h"
 #include "libvextrace/messageID.h"
+#include "libvextrace/visibility.h"
 
 /// Time stamp of a trace message. The library carries it and does not interpret it; its unit is
 /// whatever the recorder uses.
@@ -31,15 +32,17 @@ enum invalidMsgHandling_t {
 ///          +------+------+----------+------------+---------------------------+
 ///          all numbers big-endian; size counts every byte behind itself
 ///
-/// A message may be read by several threads at once while none changes it.
-class MessageBase {
+/// A message owns all its data. It may be read by several threads at once while none changes it;
+/// setHeaderReserved(), setMbnr(), cascadeChannel() and assignment change it, and so do operations
+/// of the derived types, which say so.
+class VEXTRACE_EXPORT MessageBase {
 public:
     /// Byte positions in the header above.
     enum : size_t {
-        MO_MSGSIZE = 0,
-        MO_MSGID = 2,
-        MO_HDRRESERVED = 4,
-        MO_TIMESTAMP = 6,
+        MO_MSGSIZE = 0,       ///< size field, 2 bytes
+        MO_MSGID = 2,         ///< id, 2 bytes
+        MO_HDRRESERVED = 4,   ///< reserved word, 2 bytes
+        MO_TIMESTAMP = 6,     ///< time stamp, 8 bytes
         MO_BASE_DERIVED = 14  ///< the derived type's payload
     };
 
@@ -48,23 +51,32 @@ public:
 
     /// Positions in a second header, without reserved word. Named for the types that know it; no
     /// operation here reads or writes it.
-    enum : size_t { MO2_MSGID = 0, MO2_MSGSIZE = 1, MO2_TIMESTAMP = 3, MO2_BASE_DERIVED = 7 };
+    enum : size_t {
+        MO2_MSGID = 0,        ///< id
+        MO2_MSGSIZE = 1,      ///< size field
+        MO2_TIMESTAMP = 3,    ///< time stamp
+        MO2_BASE_DERIVED = 7  ///< the derived type's payload
+    };
 
+    /// Version of the framework. It is not part of the serialised form.
     static constexpr uint8_t version = 1;
 
     /// What MessageFactory answers to bytes that it cannot decode; IMH_RETURN_NULL unless set.
     /// Set it before threads decode: it is read without a lock.
     static invalidMsgHandling_t invalidHandling;
 
+    /// Virtual: a message may be deleted through its base.
     virtual ~MessageBase();
 
-    /// A deep copy, owned by the caller; never null.
+    /// A deep copy of the same type, owned by the caller; never null.
     virtual MessageBase* clone() const = 0;
 
     /// Writes the message in its byte-array form; this base part writes the header alone, and
     /// overrides write their payload behind it.
     ///
-    /// \param pdest   where to write; advanced past the last byte written
+    /// \param pdest   where to write; advanced past the last byte written. How far it moved is how
+    ///                much was written: an invalid message of 0 or 1 bytes, see DecodedMessage,
+    ///                writes less than getSize() + 2.
     /// \param maxlen  room at \p pdest in bytes, for the whole message (getSize() + 2)
     /// \param sync    does not change the bytes
     /// \return getSize(), which is two less than the bytes of the whole message
@@ -78,9 +90,14 @@ public:
     virtual size_t getSize() const;
 
     /// Whether \p msg is of the same type and says the same; what counts is the type's to define.
+    /// Messages of two different types are compared through MessageBase&; directly, C++20 finds the
+    /// call ambiguous. A derived type should add an overload for its own type, as GPSTraceMessage
+    /// does, so that two of its messages compare directly.
     virtual bool operator==(const MessageBase& msg) const = 0;
 
-    /// Writes the message as one line of text, without line end, and returns \p os.
+    /// Writes the message as one line of text, without line end, and returns \p os. This is the way
+    /// to print a message of any type; the stream operator of MessageBase writes the common part
+    /// alone.
     virtual std::ostream& print(std::ostream& os) const = 0;
 
     /// The text that print() writes to a stream in its default state.
@@ -99,36 +116,46 @@ public:
     /// to 7, the others 0.
     static uint64_t getSourceChannelID(busid_t bus, uint8_t channel, uint32_t mbnr);
 
+    /// The type of the message.
     msgid_t getMsgID() const { return msgID; }
 
+    /// The time stamp, as it was given to the constructor or read from the header.
     timeStamp_t getTimeStamp() const { return stamp; }
 
     /// The reserved word of the header, 0 unless set.
     uint16_t getHeaderReserved() const { return headerReserved; }
+    /// Sets the reserved word of the header.
     void setHeaderReserved(uint16_t r) { headerReserved = r; }
 
     /// The number that tells apart the sources of several loggers, 0 unless set. It is not part of
     /// the serialised form.
     uint32_t getMbnr() const { return mbnr; }
+    /// Sets mbnr. Unlike cascadeChannel() it takes all 32 bits.
     void setMbnr(uint32_t number) { mbnr = number; }
 
 protected:
+    /// A message of type \p id; reserved word and mbnr are 0.
     MessageBase(msgid_t id, timeStamp_t timeStamp);
 
-    // Copying is for derived types alone, so that nothing is sliced.
+    /// Copies all members. Copying and moving are for derived types alone, so that nothing is
+    /// sliced.
     explicit MessageBase(const MessageBase&) = default;
+    /// Takes text and bytes over.
     MessageBase(MessageBase&&) noexcept = default;
+    /// Copies all members, the id included.
     MessageBase& operator=(const MessageBase&) = default;
+    /// Takes text and bytes over.
     MessageBase& operator=(MessageBase&&) noexcept = default;
 
-    std::string text;            ///< for derived types that keep a text
-    std::vector<uint8_t> bytes;  ///< for derived types that keep raw bytes
-    msgid_t msgID;
-    uint16_t headerReserved = 0;
-    timeStamp_t stamp;
-    uint32_t mbnr = 0;
+    std::string text;             ///< for derived types that keep a text
+    std::vector<uint8_t> bytes;   ///< for derived types that keep raw bytes
+    msgid_t msgID;                ///< see getMsgID()
+    uint16_t headerReserved = 0;  ///< see getHeaderReserved()
+    timeStamp_t stamp;            ///< see getTimeStamp()
+    uint32_t mbnr = 0;            ///< see getMbnr()
 };
 
 /// Writes what all messages have in common, each number in the stream's own format: the time stamp
-/// in a field of width 16, a blank, mbnr in a field of width 8. Never calls print().
-std::ostream& operator<<(std::ostream& os, const MessageBase& msg);
+/// in a field of width 16, a blank, mbnr in a field of width 8. Never calls print(): what the type
+/// of the message adds is not written.
+VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const MessageBase& msg);

@@ -9,6 +9,7 @@
 
 #include "libvextrace/InvalidMessageException.h"
 #include "libvextrace/MessageBase.h"
+#include "libvextrace/visibility.h"
 
 /// What MessageFactory::decode made of the front of a byte range.
 struct DecodedMessage {
@@ -32,14 +33,20 @@ struct DecodedMessage {
 ///
 ///     while (len > 0) {
 ///         DecodedMessage decoded = MessageFactory::decode(psrc, len);
-///         // ... use decoded.message, or report decoded.error ...
+///         // ... report decoded.error where there is one; use decoded.message where it is not
+///         // null ...
 ///         psrc += decoded.bytesTaken;
 ///         len -= decoded.bytesTaken;
 ///     }
 ///
-/// Threads may register and decode at the same time.
-class MessageFactory {
+/// Only the framing of one message is known. A damaged size field that still fits the range can
+/// swallow the messages behind it without an error.
+///
+/// Threads may register and decode at the same time. MessageBase::invalidHandling is read without a
+/// lock: set it before.
+class VEXTRACE_EXPORT MessageFactory {
 public:
+    /// There are no factories; all functions are static.
     MessageFactory() = delete;
 
     /// Rebuilds a message from the \p len bytes at \p psrc, which are exactly one message with its

@@ -60,7 +60,7 @@ NmeaNumberReader::NmeaNumberReader() {
 }
 
 NmeaNumberReader::Number NmeaNumberReader::read(std::string_view text) const {
-    if (!DIVISION_ROUNDS_ONCE || text.size() > MAX_REAL_DIGITS + 1) {
+    if (!DIVISION_ROUNDS_ONCE || text.size() > MAX_REAL_DIGITS + 1) {  // one for the point
         return standardNumber(text);
     }
     uint64_t whole = 0;
@@ -72,8 +72,7 @@ NmeaNumberReader::Number NmeaNumberReader::read(std::string_view text) const {
         decimals = readDigits(text.substr(length + 1), value);
         length += 1 + decimals;
     }
-    if (length < text.size() || wholeDigits == 0 || wholeDigits > MAX_INTEGER_DIGITS ||
-        wholeDigits + decimals > MAX_REAL_DIGITS) {
+    if (length < text.size() || wholeDigits == 0 || wholeDigits > MAX_INTEGER_DIGITS) {
         return standardNumber(text);
     }
     return {static_cast<long>(whole), static_cast<double>(value) / POWERS_OF_TEN[decimals]};

@@ -270,14 +270,19 @@ TEST(GPSTraceMessageNmea, ConvertsCoordinates) {
         {" 4830", 48.5},
         {"-99.0", -99 / 60.0},
         {"6553600.0", 6553600 / 60.0},
-        {"-4807.038", 65488 + (-4807.038 - 6548800) / 60},
-        {"-100", 65535 - 6553600 / 60.0},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(bitsOf(OpenMessage::coordinateToDouble(c.text)), bitsOf(c.degrees)) << c.text;
     }
     EXPECT_NEAR(OpenMessage::coordinateToDouble("12.5"), 0.208333, 1e-6);
+}
+
+// On processors with extended precision these differ in their last bit.
+TEST(GPSTraceMessageNmea, WrapsNegativeDegrees) {
     EXPECT_NEAR(OpenMessage::coordinateToDouble("-4807.038"), -43738.78396, 1e-5);
+    EXPECT_DOUBLE_EQ(OpenMessage::coordinateToDouble("-4807.038"),
+                     65488 + (-4807.038 - 6548800) / 60);
+    EXPECT_DOUBLE_EQ(OpenMessage::coordinateToDouble("-100"), 65535 - 6553600 / 60.0);
 }
 
 TEST(GPSTraceMessageNmea, ConvertsCoordinatesToTheLastBit) {

@@ -178,6 +178,21 @@ TEST(MessageBaseTest, RefusesASizeAbove65535Untouched) {
     expectRefused(messageOf(Bytes(65524 + 65536, 0x42)), 200000, 0xFFFF);
 }
 
+TEST(MessageBaseTest, NeverWritesAHeaderBeyondTheRoomWhateverTheTypeSaysOfItsSize) {
+    class Understating : public TestMessage {
+    public:
+        using TestMessage::TestMessage;
+        size_t getSize() const override { return 3; }
+    };
+    const Understating message(MSGID_CAN, 1);
+    expectRefused(message, 5, 5);
+    expectRefused(message, 13, 13);
+    Bytes room(14);
+    uint8_t* pdest = room.data();
+    EXPECT_EQ(message.writeToByteArray(pdest, room.size(), false), 3U);
+    EXPECT_EQ(pdest, room.data() + 14);
+}
+
 TEST(MessageBaseTest, ReportsARoomAbove65535As65535) {
     expectRefused(messageOf(Bytes(65523, 0x42)), 65536, 0xFFFF);
 }

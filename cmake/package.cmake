@@ -1,0 +1,33 @@
+# "cpack" makes Debian packages of a build: libvextrace-dev, and of shared libraries libvextrace1
+# too, which the former then needs. With CMAKE_INSTALL_PREFIX=/usr they use Debian's folders.
+set(VEXTRACE_MAINTAINER "vextrace maintainers <vextrace@example.org>" CACHE STRING
+    "Who answers for the Debian packages")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vextrace)
+set(CPACK_PACKAGE_VENDOR vextrace)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES OFF)
+set(CPACK_COMPONENTS_ALL vextrace_development)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${VEXTRACE_MAINTAINER})
+
+set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_NAME libvextrace-dev)
+set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, g++, pkg-config")
+set(CPACK_COMPONENT_VEXTRACE_DEVELOPMENT_DESCRIPTION
+    "Headers and libraries to build programs with.")
+
+if(BUILD_SHARED_LIBS)
+    set(VEXTRACE_RUNTIME_PACKAGE libvextrace${PROJECT_VERSION_MAJOR})
+    list(APPEND CPACK_COMPONENTS_ALL vextrace_runtime)
+    set(CPACK_DEBIAN_VEXTRACE_RUNTIME_PACKAGE_NAME ${VEXTRACE_RUNTIME_PACKAGE})
+    set(CPACK_DEBIAN_VEXTRACE_RUNTIME_PACKAGE_SECTION libs)
+    set(CPACK_DEBIAN_VEXTRACE_RUNTIME_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+    set(CPACK_COMPONENT_VEXTRACE_RUNTIME_DESCRIPTION "The libraries that programs run with.")
+    set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_DEPENDS
+        "${VEXTRACE_RUNTIME_PACKAGE} (= ${PROJECT_VERSION})")
+endif()
+include(CPack)
