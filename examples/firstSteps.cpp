@@ -9,7 +9,7 @@ int main() {
                         "$GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*62\r\n");
     fix.addRecord("$GNGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*59\r\n");
 
-    // Serialise.
+    // Serialise. getSize, writeToByteArray and toString are reached through the base.
     const MessageBase& message = fix;
     std::vector<uint8_t> bytes(message.getSize() + 2);
     uint8_t* pdest = bytes.data();
@@ -18,10 +18,13 @@ int main() {
     // Rebuild, as a reader of traces does.
     GPSTraceMessage::registerMessage();
     const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
-    auto* gps = dynamic_cast<GPSTraceMessage*>(decoded.message.get());
-    if (gps == nullptr) {
+    if (decoded.error) {
         std::cerr << decoded.error->what() << '\n';
         return 1;
+    }
+    auto* gps = dynamic_cast<GPSTraceMessage*>(decoded.message.get());
+    if (gps == nullptr) {
+        return 1;  // a message of another type
     }
 
     // Print: the trace line, the RDB text, a field, numbers.
