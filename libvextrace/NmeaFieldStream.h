@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 namespace vextrace {
@@ -10,7 +9,8 @@ namespace vextrace {
 /// over the text. The text must outlive the stream and the fields read.
 class NmeaFieldStream {
 public:
-    explicit NmeaFieldStream(std::string_view sentence) : rest(sentence) {}
+    explicit NmeaFieldStream(std::string_view sentence)
+        : next(sentence.data()), end(next + sentence.size()) {}
 
     /// Sets \p item to the text up to the \p delimiter, which is consumed, or to all the rest where
     /// there is no further delimiter; then the stream is exhausted. An exhausted stream leaves
@@ -19,14 +19,19 @@ public:
         if (exhausted) {
             return;
         }
-        const size_t end = rest.find(delimiter);
-        exhausted = end == std::string_view::npos;
-        item = rest.substr(0, end);
-        rest.remove_prefix(exhausted ? rest.size() : end + 1);
+        // Fields are so short that a loop outruns std::memchr.
+        const char* stop = next;
+        while (stop != end && *stop != delimiter) {
+            ++stop;
+        }
+        item = {next, static_cast<size_t>(stop - next)};
+        exhausted = stop == end;
+        next = exhausted ? end : stop + 1;
     }
 
 private:
-    std::string_view rest;
+    const char* next;
+    const char* end;
     bool exhausted = false;
 };
 
