@@ -139,6 +139,7 @@ protected:
 
     /// Copies all members. Copying and moving are for derived types alone, so that nothing is
     /// sliced.
+    // NOLINTNEXTLINE(google-explicit-constructor): only derived types copy their base, by name
     explicit MessageBase(const MessageBase&) = default;
     /// Takes text and bytes over.
     MessageBase(MessageBase&&) noexcept = default;

@@ -185,7 +185,7 @@ using NameSecondPosition = decltype(Type::MO2_GPS);
 TEST(GPSTraceMessageTest, NamesTheCodes) {
     EXPECT_STREQ(GPSTraceMessage::GPRMC, "$GPRMC");
     EXPECT_STREQ(GPSTraceMessage::GPGGA, "$GPGGA");
-    EXPECT_EQ(size_t{GPSTraceMessage::NMEA_CODE_SIZE}, 6u);
+    EXPECT_EQ(size_t{GPSTraceMessage::NMEA_CODE_SIZE}, 6U);
     EXPECT_TRUE((std::is_same_v<decltype(GPSTraceMessage::GPRMC), const char[7]>));
     EXPECT_TRUE((std::is_same_v<decltype(GPSTraceMessage::GPGGA), const char[7]>));
     EXPECT_TRUE((std::is_same_v<decltype(GPSTraceMessage::NMEA_CODE_SIZE), const size_t>));
@@ -199,9 +199,9 @@ TEST(GPSTraceMessageTest, NumbersTheDataTypes) {
 TEST(GPSTraceMessageTest, HoldsNothingByDefault) {
     const GPSTraceMessage message;
     EXPECT_EQ(message.getMsgID(), MSGID_GPS);
-    EXPECT_EQ(message.getTimeStamp(), 0u);
-    EXPECT_EQ(message.getHeaderReserved(), 0u);
-    EXPECT_EQ(message.getMbnr(), 0u);
+    EXPECT_EQ(message.getTimeStamp(), 0U);
+    EXPECT_EQ(message.getHeaderReserved(), 0U);
+    EXPECT_EQ(message.getMbnr(), 0U);
     EXPECT_EQ(payloadOf(message), "");
     expectNoFields(message);
 }
@@ -419,13 +419,13 @@ TEST(GPSTraceMessageTest, NamesTheGGAFieldsInOrder) {
 TEST(GPSTraceMessageTest, ComesFromTheGPSBus) {
     GPSTraceMessage message;
     EXPECT_EQ(message.getSourceChannel(), "GPS");
-    EXPECT_EQ(message.getSourceChannelID(), 0x0D00u);
+    EXPECT_EQ(message.getSourceChannelID(), 0x0D00U);
     message.setMbnr(1);
-    EXPECT_EQ(message.getSourceChannelID(), 4294970624u);
+    EXPECT_EQ(message.getSourceChannelID(), 4294970624U);
     message.setMbnr(0x89ABCDEF);
-    EXPECT_EQ(message.getSourceChannelID(), 0x89ABCDEF00000D00u);
+    EXPECT_EQ(message.getSourceChannelID(), 0x89ABCDEF00000D00U);
     message.cascadeChannel(0xFEDC);
-    EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000D00u);
+    EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000D00U);
 }
 
 TEST(GPSTraceMessageTest, RegistersItselfAsOftenAsAsked) {

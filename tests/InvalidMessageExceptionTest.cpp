@@ -30,21 +30,21 @@ TEST(InvalidMessageExceptionTest, IsMiscWithoutTextAndValueByDefault) {
     const InvalidMessageException error;
     EXPECT_EQ(error.getCause(), IM_MISC);
     EXPECT_STREQ(error.what(), "");
-    EXPECT_EQ(error.getInvalidValue(), 0u);
+    EXPECT_EQ(error.getInvalidValue(), 0U);
 }
 
 TEST(InvalidMessageExceptionTest, HasValue0WhenBuiltFromCauseAndText) {
     const InvalidMessageException error(IM_INVALID_PARAMETER, "The parameter is odd.");
     EXPECT_EQ(error.getCause(), IM_INVALID_PARAMETER);
     EXPECT_STREQ(error.what(), "The parameter is odd.");
-    EXPECT_EQ(error.getInvalidValue(), 0u);
+    EXPECT_EQ(error.getInvalidValue(), 0U);
 }
 
 TEST(InvalidMessageExceptionTest, CarriesCauseTextAndValue) {
     const InvalidMessageException error(IM_INVALID_ENUM_VALUE, "No such value.", 0xFEDC);
     EXPECT_EQ(error.getCause(), IM_INVALID_ENUM_VALUE);
     EXPECT_STREQ(error.what(), "No such value.");
-    EXPECT_EQ(error.getInvalidValue(), 0xFEDCu);
+    EXPECT_EQ(error.getInvalidValue(), 0xFEDCU);
 }
 
 TEST(InvalidMessageExceptionTest, KeepsEveryCause) {
@@ -68,7 +68,7 @@ TEST(InvalidMessageExceptionTest, TakesNullForAnEmptyText) {
 TEST(InvalidMessageExceptionTest, ChangesTheValueAlone) {
     InvalidMessageException error(IM_INVALID_LEN, "Too long.", 0x1234);
     error.setInvalidValue(0xABCD);
-    EXPECT_EQ(error.getInvalidValue(), 0xABCDu);
+    EXPECT_EQ(error.getInvalidValue(), 0xABCDU);
     EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
     EXPECT_STREQ(error.what(), "Too long.");
 }
@@ -79,10 +79,10 @@ TEST(InvalidMessageExceptionTest, CopiesAllOfItself) {
     error = InvalidMessageException(IM_INVALID_LEN, "Too short.", 0x5678);
     EXPECT_EQ(copy.getCause(), IM_INVALID_MSGID);
     EXPECT_STREQ(copy.what(), "No such id.");
-    EXPECT_EQ(copy.getInvalidValue(), 0x4321u);
+    EXPECT_EQ(copy.getInvalidValue(), 0x4321U);
     EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
     EXPECT_STREQ(error.what(), "Too short.");
-    EXPECT_EQ(error.getInvalidValue(), 0x5678u);
+    EXPECT_EQ(error.getInvalidValue(), 0x5678U);
 }
 
 TEST(InvalidMessageExceptionTest, IsCaughtAsStandardException) {

@@ -48,26 +48,26 @@ TEST(InvalidMessageTest, HasTheIDOfNoValidMessage) {
 
 TEST(InvalidMessageTest, TakesReservedWordAndTimeStampFromAWholeHeader) {
     const InvalidMessage message = messageOf(front(14));
-    EXPECT_EQ(message.getHeaderReserved(), 0x9ABCu);
-    EXPECT_EQ(message.getTimeStamp(), 0xF1E2D3C4B5A69788u);
+    EXPECT_EQ(message.getHeaderReserved(), 0x9ABCU);
+    EXPECT_EQ(message.getTimeStamp(), 0xF1E2D3C4B5A69788U);
 }
 
 TEST(InvalidMessageTest, TakesNothingFromHalfAHeader) {
     const InvalidMessage message = messageOf(front(13));
-    EXPECT_EQ(message.getHeaderReserved(), 0u);
-    EXPECT_EQ(message.getTimeStamp(), 0u);
+    EXPECT_EQ(message.getHeaderReserved(), 0U);
+    EXPECT_EQ(message.getTimeStamp(), 0U);
 }
 
 TEST(InvalidMessageTest, HasTwoLessThanItsBytesAsSize) {
-    EXPECT_EQ(messageOf(BYTES).getSize(), 14u);
-    EXPECT_EQ(messageOf(front(3)).getSize(), 1u);
-    EXPECT_EQ(messageOf(front(2)).getSize(), 0u);
-    EXPECT_EQ(messageOf(front(1)).getSize(), 0u);
-    EXPECT_EQ(messageOf({}).getSize(), 0u);
+    EXPECT_EQ(messageOf(BYTES).getSize(), 14U);
+    EXPECT_EQ(messageOf(front(3)).getSize(), 1U);
+    EXPECT_EQ(messageOf(front(2)).getSize(), 0U);
+    EXPECT_EQ(messageOf(front(1)).getSize(), 0U);
+    EXPECT_EQ(messageOf({}).getSize(), 0U);
 }
 
 TEST(InvalidMessageTest, WritesItsBytesUnchanged) {
-    for (const size_t count : {0u, 1u, 2u, 13u, 14u, 16u}) {
+    for (const size_t count : {0U, 1U, 2U, 13U, 14U, 16U}) {
         expectWrites(messageOf(front(count)), front(count));
     }
 }
@@ -95,7 +95,7 @@ TEST(InvalidMessageTest, RefusesTooLittleRoomUntouched) {
         ADD_FAILURE() << "written";
     } catch (const InvalidMessageException& error) {
         EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
-        EXPECT_EQ(error.getInvalidValue(), 15u);
+        EXPECT_EQ(error.getInvalidValue(), 15U);
     }
     EXPECT_EQ(room, Bytes(BYTES.size(), 0x77));
     EXPECT_EQ(pdest, room.data());
@@ -139,7 +139,7 @@ TEST(InvalidMessageTest, ClonesAllItsState) {
     message.reset();
     EXPECT_EQ(clone->toString(), line);
     EXPECT_EQ(clone->getMsgID(), MSGID_INVALID);
-    EXPECT_EQ(clone->getHeaderReserved(), 0x9ABCu);
+    EXPECT_EQ(clone->getHeaderReserved(), 0x9ABCU);
     expectWrites(*clone, BYTES);
 }
 
@@ -165,7 +165,7 @@ TEST(InvalidMessageTest, DiffersFromMessagesOfOtherTypes) {
 TEST(InvalidMessageTest, ComesFromAnUnknownBus) {
     InvalidMessage message = messageOf(BYTES);
     EXPECT_EQ(message.getSourceChannel(), "INVALID");
-    EXPECT_EQ(message.getSourceChannelID(), 0u);
+    EXPECT_EQ(message.getSourceChannelID(), 0U);
     message.setMbnr(0x89ABCDEF);
-    EXPECT_EQ(message.getSourceChannelID(), 0x89ABCDEF00000000u);
+    EXPECT_EQ(message.getSourceChannelID(), 0x89ABCDEF00000000U);
 }

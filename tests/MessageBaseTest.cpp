@@ -75,22 +75,22 @@ using SetBytes = decltype(std::declval<Type&>().bytes = {});
 }  // namespace
 
 TEST(MessageBaseTest, PlacesTheHeaderFields) {
-    EXPECT_EQ(size_t{MessageBase::MO_MSGSIZE}, 0u);
-    EXPECT_EQ(size_t{MessageBase::MO_MSGID}, 2u);
-    EXPECT_EQ(size_t{MessageBase::MO_HDRRESERVED}, 4u);
-    EXPECT_EQ(size_t{MessageBase::MO_TIMESTAMP}, 6u);
-    EXPECT_EQ(size_t{MessageBase::MO_BASE_DERIVED}, 14u);
+    EXPECT_EQ(size_t{MessageBase::MO_MSGSIZE}, 0U);
+    EXPECT_EQ(size_t{MessageBase::MO_MSGID}, 2U);
+    EXPECT_EQ(size_t{MessageBase::MO_HDRRESERVED}, 4U);
+    EXPECT_EQ(size_t{MessageBase::MO_TIMESTAMP}, 6U);
+    EXPECT_EQ(size_t{MessageBase::MO_BASE_DERIVED}, 14U);
 }
 
 TEST(MessageBaseTest, PlacesTheFieldsOfTheSecondHeader) {
-    EXPECT_EQ(size_t{MessageBase::MO2_MSGID}, 0u);
-    EXPECT_EQ(size_t{MessageBase::MO2_MSGSIZE}, 1u);
-    EXPECT_EQ(size_t{MessageBase::MO2_TIMESTAMP}, 3u);
-    EXPECT_EQ(size_t{MessageBase::MO2_BASE_DERIVED}, 7u);
+    EXPECT_EQ(size_t{MessageBase::MO2_MSGID}, 0U);
+    EXPECT_EQ(size_t{MessageBase::MO2_MSGSIZE}, 1U);
+    EXPECT_EQ(size_t{MessageBase::MO2_TIMESTAMP}, 3U);
+    EXPECT_EQ(size_t{MessageBase::MO2_BASE_DERIVED}, 7U);
 }
 
 TEST(MessageBaseTest, IsOfVersion1) {
-    EXPECT_EQ(MessageBase::version, 1u);
+    EXPECT_EQ(MessageBase::version, 1U);
     EXPECT_TRUE((std::is_same_v<decltype(MessageBase::version), const uint8_t>));
 }
 
@@ -108,8 +108,8 @@ TEST(MessageBaseTest, StartsWithIDAndTimeStampAlone) {
     const TestMessage message(MSGID_CAN_TRANSPORT, TIME_STAMP);
     EXPECT_EQ(message.getMsgID(), MSGID_CAN_TRANSPORT);
     EXPECT_EQ(message.getTimeStamp(), TIME_STAMP);
-    EXPECT_EQ(message.getHeaderReserved(), 0u);
-    EXPECT_EQ(message.getMbnr(), 0u);
+    EXPECT_EQ(message.getHeaderReserved(), 0U);
+    EXPECT_EQ(message.getMbnr(), 0U);
     EXPECT_EQ(message.text, "");
     EXPECT_EQ(message.bytes, Bytes());
 }
@@ -117,15 +117,15 @@ TEST(MessageBaseTest, StartsWithIDAndTimeStampAlone) {
 TEST(MessageBaseTest, KeepsReservedWordAndMbnrApart) {
     TestMessage message(MSGID_CAN, 0);
     message.setHeaderReserved(0xFEDC);
-    EXPECT_EQ(message.getMbnr(), 0u);
+    EXPECT_EQ(message.getMbnr(), 0U);
     message.setMbnr(0x89ABCDEF);
-    EXPECT_EQ(message.getHeaderReserved(), 0xFEDCu);
-    EXPECT_EQ(message.getMbnr(), 0x89ABCDEFu);
+    EXPECT_EQ(message.getHeaderReserved(), 0xFEDCU);
+    EXPECT_EQ(message.getMbnr(), 0x89ABCDEFU);
 }
 
 TEST(MessageBaseTest, HasSize12WithoutPayload) {
-    EXPECT_EQ(messageOf({}).getSize(), 12u);
-    EXPECT_EQ(messageOf(PAYLOAD).MessageBase::getSize(), 12u);
+    EXPECT_EQ(messageOf({}).getSize(), 12U);
+    EXPECT_EQ(messageOf(PAYLOAD).MessageBase::getSize(), 12U);
 }
 
 TEST(MessageBaseTest, WritesTheHeaderInFrontOfThePayload) {
@@ -138,9 +138,9 @@ TEST(MessageBaseTest, WritesTheHeaderAloneByItself) {
     const TestMessage message = messageOf(PAYLOAD);
     Bytes bytes(20, 0x77);
     uint8_t* pdest = bytes.data() + 1;
-    EXPECT_EQ(message.MessageBase::writeToByteArray(pdest, 17, false), 15u);
+    EXPECT_EQ(message.MessageBase::writeToByteArray(pdest, 17, false), 15U);
     EXPECT_EQ(pdest, bytes.data() + 15);
-    EXPECT_EQ(bytes[0], 0x77u);
+    EXPECT_EQ(bytes[0], 0x77U);
     EXPECT_EQ(Bytes(bytes.begin() + 1, bytes.begin() + 15), HEADER);
     EXPECT_EQ(Bytes(bytes.begin() + 15, bytes.end()), Bytes(5, 0x77));
 }
@@ -149,7 +149,7 @@ TEST(MessageBaseTest, WritesTheSameBytesWithSync) {
     const TestMessage message = messageOf(PAYLOAD);
     Bytes bytes(17);
     uint8_t* pdest = bytes.data();
-    EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), true), 15u);
+    EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), true), 15U);
     EXPECT_EQ(pdest, bytes.data() + bytes.size());
     EXPECT_EQ(bytes, serialise(message));
 }
@@ -167,10 +167,10 @@ TEST(MessageBaseTest, RefusesTooLittleRoomForTheHeaderUntouched) {
 
 TEST(MessageBaseTest, WritesASizeOf65535) {
     const Bytes bytes = serialise(messageOf(Bytes(65523, 0x42)));
-    EXPECT_EQ(bytes.size(), 65537u);
-    EXPECT_EQ(bytes[0], 0xFFu);
-    EXPECT_EQ(bytes[1], 0xFFu);
-    EXPECT_EQ(bytes[65536], 0x42u);
+    EXPECT_EQ(bytes.size(), 65537U);
+    EXPECT_EQ(bytes[0], 0xFFU);
+    EXPECT_EQ(bytes[1], 0xFFU);
+    EXPECT_EQ(bytes[65536], 0x42U);
 }
 
 TEST(MessageBaseTest, RefusesASizeAbove65535Untouched) {
@@ -201,18 +201,18 @@ TEST(MessageBaseTest, SetsMbnrFromTheCascadeChannel) {
     TestMessage message = messageOf(PAYLOAD);
     const Bytes bytes = serialise(message);
     message.cascadeChannel(0xFEDC);
-    EXPECT_EQ(message.getMbnr(), 0xFEDCu);
-    EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000103u);
+    EXPECT_EQ(message.getMbnr(), 0xFEDCU);
+    EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000103U);
     EXPECT_EQ(serialise(message), bytes);
 }
 
 TEST(MessageBaseTest, NumbersSourcesByMbnrBusAndChannel) {
-    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_UNKNOWN, 0, 0), 0u);
-    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_GPS, 0, 0), 0x0D00u);
-    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_CAN, 3, 2), 0x200000103u);
+    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_UNKNOWN, 0, 0), 0U);
+    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_GPS, 0, 0), 0x0D00U);
+    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_CAN, 3, 2), 0x200000103U);
     EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_WAKEUPLINE, 0xFE, 0x89ABCDEF),
-              0x89ABCDEF000014FEu);
-    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_NUM, 0xFF, 0xFFFFFFFF), 0xFFFFFFFF000015FFu);
+              0x89ABCDEF000014FEU);
+    EXPECT_EQ(MessageBase::getSourceChannelID(BUSID_NUM, 0xFF, 0xFFFFFFFF), 0xFFFFFFFF000015FFU);
 }
 
 TEST(MessageBaseTest, WritesTheCommonPartInColumns) {
@@ -252,7 +252,7 @@ TEST(MessageBaseTest, CopiesTheBufferInItsUsedLength) {
     message.bytes.reserve(1000);
     EXPECT_EQ(TestMessage(message).bytes.capacity(), PAYLOAD.size());
     message.bytes.clear();
-    EXPECT_EQ(TestMessage(message).bytes.capacity(), 0u);
+    EXPECT_EQ(TestMessage(message).bytes.capacity(), 0U);
 }
 
 TEST(MessageBaseTest, AssignsAllItsStateDeeply) {
@@ -296,6 +296,6 @@ TEST(MessageBaseTest, ReachesTheDerivedTypeThroughTheBase) {
     EXPECT_EQ(serialise(*clone), serialise(messageOf(PAYLOAD)));
     EXPECT_EQ(clone->toString(), "the text of the type");
     EXPECT_EQ(clone->getSourceChannel(), "TEST");
-    EXPECT_EQ(clone->getSourceChannelID(), 0x13579BDF00000103u);
+    EXPECT_EQ(clone->getSourceChannelID(), 0x13579BDF00000103U);
     EXPECT_TRUE(std::has_virtual_destructor_v<MessageBase>);
 }

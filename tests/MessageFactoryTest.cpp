@@ -172,34 +172,34 @@ TEST_F(MessageFactoryTest, TellsTheReaderOfAnId) {
 TEST_F(MessageFactoryTest, RegistersAReaderOnceAndAgain) {
     EXPECT_TRUE(MessageFactory::registerReader(testID(10), &readNumber<1>));
     EXPECT_TRUE(MessageFactory::registerReader(testID(10), &readNumber<1>));
-    EXPECT_EQ(holder(testID(10)), 1u);
+    EXPECT_EQ(holder(testID(10)), 1U);
 }
 
 TEST_F(MessageFactoryTest, KeepsTheFirstReaderOfAnID) {
     EXPECT_TRUE(MessageFactory::registerReader(testID(11), &readNumber<1>));
     EXPECT_FALSE(MessageFactory::registerReader(testID(11), &readNumber<2>));
-    EXPECT_EQ(holder(testID(11)), 1u);
+    EXPECT_EQ(holder(testID(11)), 1U);
 }
 
 TEST_F(MessageFactoryTest, RefusesANullReader) {
     EXPECT_FALSE(MessageFactory::registerReader(testID(12), nullptr));
     EXPECT_TRUE(MessageFactory::registerReader(testID(12), &readNumber<1>));
     EXPECT_FALSE(MessageFactory::registerReader(testID(12), nullptr));
-    EXPECT_EQ(holder(testID(12)), 1u);
+    EXPECT_EQ(holder(testID(12)), 1U);
 }
 
 TEST_F(MessageFactoryTest, RegistersOneReaderForSeveralIDs) {
     EXPECT_TRUE(MessageFactory::registerReader(testID(13), &readNumber<1>));
     EXPECT_TRUE(MessageFactory::registerReader(testID(14), &readNumber<1>));
-    EXPECT_EQ(holder(testID(13)), 1u);
-    EXPECT_EQ(holder(testID(14)), 1u);
+    EXPECT_EQ(holder(testID(13)), 1U);
+    EXPECT_EQ(holder(testID(14)), 1U);
 }
 
 TEST_F(MessageFactoryTest, TakesBothBytesOfTheID) {
     EXPECT_TRUE(MessageFactory::registerReader(testID(0x0F), &readNumber<1>));
     EXPECT_TRUE(MessageFactory::registerReader(testID(0x10F), &readNumber<2>));
-    EXPECT_EQ(holder(testID(0x0F)), 1u);
-    EXPECT_EQ(holder(testID(0x10F)), 2u);
+    EXPECT_EQ(holder(testID(0x0F)), 1U);
+    EXPECT_EQ(holder(testID(0x10F)), 2U);
 }
 
 TEST_F(MessageFactoryTest, DecodesAMessageThatFillsTheRange) {
@@ -239,7 +239,7 @@ TEST_F(MessageFactoryTest, WalksMessagesThatLieBackToBack) {
     const Bytes bytes = messageOf(PAYLOAD_ID, {0x21, 0x43}) + gps + messageOf(PAYLOAD_ID, {}) +
                         messageOf(PAYLOAD_ID, {0x65});
     const std::vector<DecodedMessage> all = walk(bytes);
-    ASSERT_EQ(all.size(), 4u);
+    ASSERT_EQ(all.size(), 4U);
     expectPayload(all[0], {0x21, 0x43});
     EXPECT_EQ(serialise(*all[1].message), gps);
     expectPayload(all[2], {});
@@ -250,7 +250,7 @@ TEST_F(MessageFactoryTest, WalksOnBehindAMessageThatCannotBeDecoded) {
     const Bytes bytes = messageOf(FREE_ID, {0x0A}) + messageOf(REFUSING_ID, {0x0B, 0x0C}) +
                         messageOf(NULL_ID, {}) + messageOf(PAYLOAD_ID, {0x21}) + Bytes(5, 0x00);
     const std::vector<DecodedMessage> all = walk(bytes);
-    ASSERT_EQ(all.size(), 5u);
+    ASSERT_EQ(all.size(), 5U);
     expectError(all[0], {15, IM_INVALID_MSGID, FREE_ID});
     expectError(all[1], {16, IM_INVALID_ENUM_VALUE, 0xFEDC});
     expectError(all[2], {14, IM_MISC, 0});
@@ -337,7 +337,7 @@ TEST_F(MessageFactoryTest, TakesTimeStampAndReservedWordIntoTheInvalidMessage) {
     const DecodedMessage decoded = decode(messageOf(FREE_ID, {0x21}));
     ASSERT_NE(decoded.message, nullptr);
     EXPECT_EQ(decoded.message->getTimeStamp(), TIME_STAMP);
-    EXPECT_EQ(decoded.message->getHeaderReserved(), 0x9ABCu);
+    EXPECT_EQ(decoded.message->getHeaderReserved(), 0x9ABCU);
 }
 
 TEST_F(MessageFactoryTest, GivesAnIDToOneOfSeveralThreads) {
@@ -358,7 +358,7 @@ TEST_F(MessageFactoryTest, GivesAnIDToOneOfSeveralThreads) {
         thread.join();
     }
     for (unsigned i = 0; i < IDS; ++i) {
-        EXPECT_EQ(winners[i], 1u) << i;
+        EXPECT_EQ(winners[i], 1U) << i;
         EXPECT_LT(holder(testID(0x200 + i)), READERS) << i;
     }
 }
@@ -377,6 +377,6 @@ TEST_F(MessageFactoryTest, DecodesWhileAnotherThreadRegisters) {
     }
     registering.join();
     for (unsigned i = 0; i < IDS; ++i) {
-        EXPECT_EQ(holder(testID(0x400 + i)), 3u) << i;
+        EXPECT_EQ(holder(testID(0x400 + i)), 3U) << i;
     }
 }

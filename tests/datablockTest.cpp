@@ -23,34 +23,34 @@ Bytes withOffset(size_t offset, const Bytes& bytes) {
 
 TEST(DatablockTest, Reads2BytesMostSignificantFirst) {
     const uint8_t bytes[] = {0x12, 0x34};
-    EXPECT_EQ(byteArrayToUint16(bytes), 0x1234u);
+    EXPECT_EQ(byteArrayToUint16(bytes), 0x1234U);
 }
 
 TEST(DatablockTest, Reads8BytesMostSignificantFirst) {
     const uint8_t bytes[] = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08};
-    EXPECT_EQ(byteArrayToUint64(bytes), 0x0102030405060708u);
+    EXPECT_EQ(byteArrayToUint64(bytes), 0x0102030405060708U);
 }
 
 TEST(DatablockTest, ReadsBytesAbove127AsUnsigned) {
     const uint8_t bytes[] = {0xFE, 0xDC, 0xBA, 0x98, 0x87, 0x96, 0xA5, 0xB4};
-    EXPECT_EQ(byteArrayToUint16(bytes), 0xFEDCu);
-    EXPECT_EQ(byteArrayToUint64(bytes), 0xFEDCBA988796A5B4u);
+    EXPECT_EQ(byteArrayToUint16(bytes), 0xFEDCU);
+    EXPECT_EQ(byteArrayToUint64(bytes), 0xFEDCBA988796A5B4U);
 }
 
 TEST(DatablockTest, ReadsTheExtremes) {
     const Bytes zeros(8, 0x00);
     const Bytes ones(8, 0xFF);
-    EXPECT_EQ(byteArrayToUint16(zeros.data()), 0u);
-    EXPECT_EQ(byteArrayToUint16(ones.data()), 0xFFFFu);
-    EXPECT_EQ(byteArrayToUint64(zeros.data()), 0u);
-    EXPECT_EQ(byteArrayToUint64(ones.data()), 0xFFFFFFFFFFFFFFFFu);
+    EXPECT_EQ(byteArrayToUint16(zeros.data()), 0U);
+    EXPECT_EQ(byteArrayToUint16(ones.data()), 0xFFFFU);
+    EXPECT_EQ(byteArrayToUint64(zeros.data()), 0U);
+    EXPECT_EQ(byteArrayToUint64(ones.data()), 0xFFFFFFFFFFFFFFFFU);
 }
 
 TEST(DatablockTest, ReadsAtAnyAddress) {
     for (size_t offset = 0; offset < OFFSETS; ++offset) {
         const Bytes bytes = withOffset(offset, {0xF1, 0xE2, 0xD3, 0xC4, 0xB5, 0xA6, 0x97, 0x88});
-        EXPECT_EQ(byteArrayToUint16(bytes.data() + offset), 0xF1E2u) << offset;
-        EXPECT_EQ(byteArrayToUint64(bytes.data() + offset), 0xF1E2D3C4B5A69788u) << offset;
+        EXPECT_EQ(byteArrayToUint16(bytes.data() + offset), 0xF1E2U) << offset;
+        EXPECT_EQ(byteArrayToUint64(bytes.data() + offset), 0xF1E2D3C4B5A69788U) << offset;
     }
 }
 

@@ -124,12 +124,12 @@ TEST(MessageIDTest, NumbersTheControlAndOnlineMessages) {
 }
 
 TEST(MessageIDTest, Is16BitsWide) {
-    EXPECT_EQ(sizeof(msgid_t), 2u);
+    EXPECT_EQ(sizeof(msgid_t), 2U);
     EXPECT_TRUE(std::is_unsigned_v<std::underlying_type_t<msgid_t>>);
 }
 
 TEST(MessageIDTest, HoldsIDsWithoutAName) {
-    for (const unsigned value : {7u, 256u, 61440u, 61441u, 65533u}) {
+    for (const unsigned value : {7U, 256U, 61440U, 61441U, 65533U}) {
         EXPECT_EQ(unsigned{static_cast<msgid_t>(value)}, value);
     }
 }

@@ -40,6 +40,6 @@ void operator delete(void* block) noexcept {
     }
 }
 
-void operator delete(void* block, size_t) noexcept {
+void operator delete(void* block, size_t /*size*/) noexcept {
     operator delete(block);
 }

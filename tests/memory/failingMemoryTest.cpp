@@ -33,13 +33,13 @@ void expectAnswers(const GPSTraceMessage& message, const std::string& payload) {
 }  // namespace
 
 TEST(FailingMemory, ConstructionFromTextPassesTheFailureOn) {
-    EXPECT_EQ(failEachAllocation([] { GPSTraceMessage message(1, LONG_FIELDS_RMC); }), 2u);
+    EXPECT_EQ(failEachAllocation([] { GPSTraceMessage message(1, LONG_FIELDS_RMC); }), 2U);
 }
 
 TEST(FailingMemory, SentenceOfAHeldCodeTakesNoEntry) {
     GPSTraceMessage message(1, RMC_SENTENCE);
     message.addRecord(GGA_SENTENCE);
-    EXPECT_EQ(failEachAllocation([&] { message.addRecord(RMC_SENTENCE); }), 1u);
+    EXPECT_EQ(failEachAllocation([&] { message.addRecord(RMC_SENTENCE); }), 1U);
 }
 
 TEST(FailingMemory, DecodingCopiesTheInputAndEachSentenceOnce) {
@@ -50,13 +50,13 @@ TEST(FailingMemory, DecodingCopiesTheInputAndEachSentenceOnce) {
     EXPECT_EQ(failEachAllocation([&] {
                   const std::unique_ptr<MessageBase> gps(read(bytes.data(), bytes.size()));
               }),
-              6u);
+              6U);
 }
 
 TEST(FailingMemory, ConstructionFromBytesPassesTheFailureOn) {
     const Bytes bytes = bytesOf(LONG_FIELDS_RMC);
     EXPECT_EQ(failEachAllocation([&] { GPSTraceMessage message(1, bytes.data(), bytes.size()); }),
-              2u);
+              2U);
 }
 
 TEST(FailingMemory, MessageThatCouldNotBeExtendedStillAnswers) {
@@ -77,7 +77,7 @@ TEST(FailingMemory, MessageThatCouldNotBeExtendedStillAnswers) {
             throw;
         }
     };
-    EXPECT_GT(failEachAllocation(extend), 4u);
+    EXPECT_GT(failEachAllocation(extend), 4U);
     expectAnswers(message, before);
 }
 
@@ -97,7 +97,7 @@ TEST(FailingMemory, CloneReturnsNothingAndLeavesTheMessage) {
     const size_t failures =
         failEachAllocation([&] { const std::unique_ptr<GPSTraceMessage> copy(message.clone()); },
                            [&] { expectAnswers(message, payload); });
-    EXPECT_GT(failures, 10u);
+    EXPECT_GT(failures, 10U);
 }
 
 TEST(FailingMemory, DecodingReturnsNothing) {
@@ -107,7 +107,7 @@ TEST(FailingMemory, DecodingReturnsNothing) {
         const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
         EXPECT_NE(decoded.message, nullptr);
     });
-    EXPECT_GT(failures, 10u);
+    EXPECT_GT(failures, 10U);
 }
 
 TEST(FailingMemory, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
@@ -120,11 +120,11 @@ TEST(FailingMemory, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
         EXPECT_TRUE(decoded.error.has_value());
     });
     MessageBase::invalidHandling = IMH_RETURN_NULL;
-    EXPECT_GE(failures, 4u);
+    EXPECT_GE(failures, 4U);
 }
 
 TEST(FailingMemory, RegistrationFailsWhole) {
-    constexpr msgid_t UNUSED_ID = static_cast<msgid_t>(61440);
+    constexpr auto UNUSED_ID = static_cast<msgid_t>(61440);
     const MessageFactory::Reader reader = [](const uint8_t*, size_t) -> MessageBase* {
         return nullptr;
     };
@@ -141,27 +141,27 @@ TEST(FailingMemory, TextsAreWholeOrNotAtAll) {
     GPSTraceMessage message = fullMessage();
     const MessageBase& base = message;
     const std::string line = base.toString();
-    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(base.toString(), line); }), 2u);
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(base.toString(), line); }), 2U);
     const std::string rdb = message.formatForRDB();
-    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(message.formatForRDB(), rdb); }), 2u);
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(message.formatForRDB(), rdb); }), 2U);
     const Bytes unreadable(40, 0xAB);
     MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
     const DecodedMessage decoded = MessageFactory::decode(unreadable.data(), unreadable.size());
     MessageBase::invalidHandling = IMH_RETURN_NULL;
     const std::string invalid = decoded.message->toString();
-    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(decoded.message->toString(), invalid); }), 2u);
+    EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(decoded.message->toString(), invalid); }), 2U);
     EXPECT_GE(failEachAllocation(
                   [&] { const std::unique_ptr<MessageBase> copy(decoded.message->clone()); }),
-              3u);
+              3U);
 }
 
 TEST(FailingMemory, AccessorsPassTheFailureOn) {
     const GPSTraceMessage message = fullMessage();
     const std::string payload = payloadOf(message);
     const auto stillAnswers = [&] { expectAnswers(message, payload); };
-    EXPECT_EQ(failEachAllocation([&] { message.getString(); }, stillAnswers), 1u);
-    EXPECT_GT(failEachAllocation([&] { message.getRMC(); }, stillAnswers), 3u);
-    EXPECT_GT(failEachAllocation([&] { message.getGGA(); }, stillAnswers), 3u);
+    EXPECT_EQ(failEachAllocation([&] { message.getString(); }, stillAnswers), 1U);
+    EXPECT_GT(failEachAllocation([&] { message.getRMC(); }, stillAnswers), 3U);
+    EXPECT_GT(failEachAllocation([&] { message.getGGA(); }, stillAnswers), 3U);
 }
 
 TEST(FailingMemory, WritingAndComparingNeedNone) {
@@ -174,7 +174,7 @@ TEST(FailingMemory, WritingAndComparingNeedNone) {
                   base.writeToByteArray(pdest, room.size(), false);
                   EXPECT_TRUE(message == same);
               }),
-              0u);
+              0U);
 }
 
 TEST(FailingMemory, PlainNumbersNeedNone) {
@@ -190,7 +190,7 @@ TEST(FailingMemory, PlainNumbersNeedNone) {
                   EXPECT_TRUE(message.getGPRMC(gprmc) && message.getGPGGA(gpgga));
                   EXPECT_EQ(gpgga.antennaAltitude, 545.4);
               }),
-              0u);
+              0U);
 }
 
 TEST(FailingMemory, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
@@ -201,8 +201,8 @@ TEST(FailingMemory, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
                   [&] {
                       GPSTraceMessage::numeric_gprmc_t gprmc;
                       EXPECT_TRUE(message.getGPRMC(gprmc));
-                      EXPECT_EQ(gprmc.timeUTC, 123519u);
+                      EXPECT_EQ(gprmc.timeUTC, 123519U);
                   },
                   [&] { expectAnswers(message, payload); }),
-              0u);
+              0U);
 }
