@@ -67,9 +67,9 @@ std::ostream& GPSTraceMessage::print(std::ostream& os) const {
 }
 
 std::string GPSTraceMessage::toString() const {
-    TextStream os;
-    os << *this;
-    return os.takeText();
+    TextStream line;
+    line.os << *this;
+    return line.takeText();
 }
 
 std::string GPSTraceMessage::formatForRDB() {
@@ -96,7 +96,8 @@ std::string GPSTraceMessage::formatForRDB() {
     }
 
     const NmeaNumberReader reader;
-    TextStream os;
+    TextStream line;
+    std::ostream& os = line.os;
     os << std::fixed << std::setprecision(3);
     writeCoordinate(os, reader, latitude, latitudeHemisphere);
     os << ", ";
@@ -104,5 +105,5 @@ std::string GPSTraceMessage::formatForRDB() {
     if (!antennaAltitude.empty()) {
         os << ", " << antennaAltitude << antennaAltitudeUnit;
     }
-    return os.takeText();
+    return line.takeText();
 }

@@ -60,9 +60,9 @@ std::ostream& InvalidMessage::print(std::ostream& os) const {
 }
 
 std::string InvalidMessage::toString() const {
-    TextStream os;
-    print(os);
-    return os.takeText();
+    TextStream line;
+    print(line.os);
+    return line.takeText();
 }
 
 std::string InvalidMessage::getSourceChannel() const {

@@ -1,6 +1,7 @@
 #include "libvextrace/MessageFactory.h"
 
 #include <atomic>
+#include <mutex>
 
 #include "libvextrace/InvalidMessage.h"
 #include "libvexutil/datablock.h"
@@ -15,6 +16,7 @@ struct RegisteredReader {
 
 // Grows at the front and never shrinks, so that decoding threads walk it without a lock.
 std::atomic<const RegisteredReader*> readers{nullptr};
+std::mutex registration;
 
 MessageFactory::Reader findReader(const RegisteredReader* first, msgid_t id) {
     for (const RegisteredReader* entry = first; entry != nullptr; entry = entry->next) {
@@ -72,14 +74,12 @@ bool MessageFactory::registerReader(msgid_t id, Reader reader) {
     if (reader == nullptr) {
         return false;
     }
-    auto entry = std::make_unique<RegisteredReader>();
-    *entry = {id, reader, readers.load(std::memory_order_acquire)};
-    do {
-        if (const Reader held = findReader(entry->next, id); held != nullptr) {
-            return held == reader;
-        }
-    } while (!readers.compare_exchange_weak(entry->next, entry.get(), std::memory_order_acq_rel));
-    static_cast<void>(entry.release());
+    const std::lock_guard<std::mutex> lock(registration);
+    const RegisteredReader* first = readers.load(std::memory_order_relaxed);
+    if (const Reader held = findReader(first, id); held != nullptr) {
+        return held == reader;
+    }
+    readers.store(new RegisteredReader{id, reader, first}, std::memory_order_release);
     return true;
 }
 

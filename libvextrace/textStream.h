@@ -26,20 +26,20 @@ protected:
     }
 };
 
-/// A string stream that lets std::bad_alloc through, where that of the standard library swallows it
-/// and hands out a text that lacks its end.
-class TextStream : public std::ostream {
+/// A text and the stream that writes it. Lets std::bad_alloc through, where a string stream
+/// swallows it and hands out a text that lacks its end.
+class TextStream {
 public:
-    TextStream() : std::ostream(nullptr) {
-        rdbuf(&buffer);
-        exceptions(std::ios_base::badbit);
-    }
+    TextStream() { os.exceptions(std::ios_base::badbit); }
 
     /// Gives the text away.
     std::string takeText() { return std::move(buffer.text); }
 
 private:
     TextBuffer buffer;
+
+public:
+    std::ostream os{&buffer};
 };
 
 }  // namespace vextrace

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -83,6 +84,31 @@ TEST(InvalidMessageExceptionTest, CopiesAllOfItself) {
     EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
     EXPECT_STREQ(error.what(), "Too short.");
     EXPECT_EQ(error.getInvalidValue(), 0x5678U);
+}
+
+TEST(InvalidMessageExceptionTest, AssignsAllOfItself) {
+    const InvalidMessageException error(IM_INVALID_PARAMETER, "Assigned.", 0xFEDC);
+    InvalidMessageException assigned;
+    assigned = error;
+    EXPECT_EQ(assigned.getCause(), IM_INVALID_PARAMETER);
+    EXPECT_STREQ(assigned.what(), "Assigned.");
+    EXPECT_EQ(assigned.getInvalidValue(), 0xFEDCU);
+    EXPECT_STREQ(error.what(), "Assigned.");
+}
+
+TEST(InvalidMessageExceptionTest, MovesAllOfItselfWithoutFail) {
+    static_assert(std::is_nothrow_move_constructible_v<InvalidMessageException>);
+    static_assert(std::is_nothrow_move_assignable_v<InvalidMessageException>);
+    InvalidMessageException error(IM_INVALID_PARAMETER, "A text that a string allocates.", 0xFEDC);
+    InvalidMessageException moved(std::move(error));
+    EXPECT_EQ(moved.getCause(), IM_INVALID_PARAMETER);
+    EXPECT_STREQ(moved.what(), "A text that a string allocates.");
+    EXPECT_EQ(moved.getInvalidValue(), 0xFEDCU);
+    InvalidMessageException assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.getCause(), IM_INVALID_PARAMETER);
+    EXPECT_STREQ(assigned.what(), "A text that a string allocates.");
+    EXPECT_EQ(assigned.getInvalidValue(), 0xFEDCU);
 }
 
 TEST(InvalidMessageExceptionTest, IsCaughtAsStandardException) {
