@@ -35,7 +35,8 @@ void GPSTraceMessage::storeSentence(std::string_view record) {
     const std::string_view code = std::string_view(s).substr(0, NMEA_CODE_SIZE);
     const auto place = gpsStrings.lower_bound(code);
     if (place == gpsStrings.end() || place->first != code) {
-        gpsStrings.emplace_hint(place, std::string(code), std::move(s));
+        // The entry copies the code, its first member, before it takes s, which holds the code.
+        gpsStrings.emplace_hint(place, code, std::move(s));
     }
 }
 
