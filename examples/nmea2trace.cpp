@@ -58,7 +58,7 @@ public:
 
 private:
     std::ostream& trace;
-    std::optional<Fix> fix{std::in_place};
+    Fix fix;
     timeStamp_t stamp = 0;
     size_t messageCount = 0;
     size_t byteCount = 0;
@@ -70,33 +70,33 @@ void Recorder::record(const std::string& sentence) {
     const bool isRMC = alone.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC);
     const std::optional<uint64_t> time =
         nanosecondsOfDay(isRMC ? alone.getRMC().timeUTC : alone.getGGA().timeUTC);
-    if ((time && fix->time && *time != *fix->time) || !fix->hasRoomFor(alone)) {
+    if ((time && fix.time && *time != *fix.time) || !fix.hasRoomFor(alone)) {
         endMessage();
     }
-    if (!fix->store(sentence)) {
+    if (!fix.store(sentence)) {
         endMessage();
-        fix->store(sentence);
+        fix.store(sentence);
     }
     if (time) {
-        fix->time = time;
+        fix.time = time;
     }
 }
 
 void Recorder::endMessage() {
-    if (fix->sentences.empty()) {
+    if (fix.sentences.empty()) {
         return;
     }
-    stamp = utcOf(fix->held.getRMC()).value_or(stamp);
-    GPSTraceMessage message(stamp, fix->sentences.front());
-    for (size_t i = 1; i < fix->sentences.size(); ++i) {
-        message.addRecord(fix->sentences[i]);
+    stamp = utcOf(fix.held.getRMC()).value_or(stamp);
+    GPSTraceMessage message(stamp, fix.sentences.front());
+    for (size_t i = 1; i < fix.sentences.size(); ++i) {
+        message.addRecord(fix.sentences[i]);
     }
     const std::vector<uint8_t> bytes = serialise(message);
     trace.write(reinterpret_cast<const char*>(bytes.data()),
                 static_cast<std::streamsize>(bytes.size()));
     ++messageCount;
     byteCount += bytes.size();
-    fix.emplace();
+    fix = Fix();
 }
 
 void checkWritten(const std::ostream& trace, const std::string& path) {

@@ -44,7 +44,7 @@ bool holdsNul(const uint8_t* message, size_t length) {
 }  // namespace
 
 std::vector<uint8_t> serialise(const MessageBase& message) {
-    std::vector<uint8_t> bytes(sizeOf(message) + MessageBase::MO_MSGID);
+    std::vector<uint8_t> bytes(sizeOf(message) + MessageBase::MSGSIZE_LENGTH);
     uint8_t* dest = bytes.data();
     message.writeToByteArray(dest, bytes.size(), false);
     return bytes;

@@ -40,7 +40,7 @@ void GPSTraceMessage::storeSentence(std::string_view record) {
     }
 }
 
-// NOLINTNEXTLINE(readability-const-return-type): callers are compiled against it
+// NOLINTNEXTLINE(readability-const-return-type): the type is part of the interface
 const std::string GPSTraceMessage::getString() const {
     return gpsStrings.empty() ? std::string() : gpsStrings.begin()->second;
 }

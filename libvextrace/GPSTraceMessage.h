@@ -43,7 +43,7 @@
 ///
 ///     byte  0      2      4          6            14
 ///          +------+------+----------+------------+-------------------------------------+
-///          | size |  22  | reserved | time stamp | $GPGGA,...*47\n  $GPRMC,...*6A\n    |
+///          | size |  22  | reserved | time stamp | $GPGGA,...*47\n  $GPRMC,...*07\n    |
 ///          +------+------+----------+------------+-------------------------------------+
 ///
 /// Not every text comes back from these bytes. A message without sentences is refused; a lone line

@@ -34,7 +34,11 @@ size_t readDigits(std::string_view text, uint64_t& value) {
     return count;
 }
 
-// Kept out of the way of the fast conversion, which would save registers for it.
+// These two are kept out of the way of the fast conversions, which would save registers for them.
+[[gnu::noinline]] long standardInteger(std::string_view text) {
+    return std::strtol(std::string(text).c_str(), nullptr, 10);
+}
+
 [[gnu::noinline]] NmeaNumberReader::Number standardNumber(std::string_view text) {
     if (text.empty()) {
         return {0, 0.0};
@@ -49,7 +53,7 @@ long nmeaInteger(std::string_view text) {
     uint64_t value = 0;
     const size_t digits = readDigits(text.substr(0, MAX_INTEGER_DIGITS + 1), value);
     const bool fits = digits > 0 && digits <= MAX_INTEGER_DIGITS;
-    return fits ? static_cast<long>(value) : standardNumber(text).integer;
+    return fits ? static_cast<long>(value) : standardInteger(text);
 }
 
 NmeaNumberReader::NmeaNumberReader() {
