@@ -10,19 +10,11 @@ install(TARGETS vexutil vextrace EXPORT vextraceTargets
                 COMPONENT vextrace_runtime NAMELINK_COMPONENT vextrace_development
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vextrace_development
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vextrace_runtime)
-install(FILES libvexutil/datablock.h
-              libvexutil/visibility.h
-              ${VEXTRACE_GENERATED_HEADERS}/libvexutil/export.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvexutil COMPONENT vextrace_development)
-install(FILES libvextrace/GPSTraceMessage.h
-              libvextrace/InvalidMessageException.h
-              libvextrace/MessageBase.h
-              libvextrace/MessageFactory.h
-              libvextrace/busID.h
-              libvextrace/messageID.h
-              libvextrace/visibility.h
-              ${VEXTRACE_GENERATED_HEADERS}/libvextrace/export.h
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libvextrace COMPONENT vextrace_development)
+# Every header is public but those in folders named internal.
+install(DIRECTORY libvexutil libvextrace
+                  ${VEXTRACE_GENERATED_HEADERS}/libvexutil ${VEXTRACE_GENERATED_HEADERS}/libvextrace
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT vextrace_development
+        FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 
 install(EXPORT vextraceTargets NAMESPACE vextrace:: DESTINATION ${VEXTRACE_PACKAGE_DIR}
         COMPONENT vextrace_development)

@@ -1,15 +1,14 @@
 #include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
-#include "libvextrace/NmeaFieldStream.h"
-#include "libvextrace/nmeaFields.h"
-#include "libvextrace/nmeaNumber.h"
+#include "libvextrace/internal/NmeaCoordinate.h"
+#include "libvextrace/internal/NmeaFieldStream.h"
+#include "libvextrace/internal/nmeaFields.h"
 
-using vextrace::NmeaCoordinate;
-using vextrace::NmeaField;
-using vextrace::NmeaFieldStream;
-using vextrace::nmeaInteger;
-using vextrace::NmeaNumberReader;
+using vextrace::internal::NmeaCoordinate;
+using vextrace::internal::NmeaField;
+using vextrace::internal::NmeaFieldStream;
+using vextrace::internal::NmeaNumberReader;
 
 namespace {
 
@@ -37,7 +36,7 @@ std::string_view nextField(NmeaFieldStream& s) {
 }
 
 uint64_t toNumber(std::string_view item) {
-    return static_cast<uint64_t>(nmeaInteger(item));
+    return static_cast<uint64_t>(NmeaNumberReader::integer(item));
 }
 
 // Reads a coordinate and its hemisphere, whose letter makes it negative.
@@ -72,7 +71,7 @@ void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& 
     gpgga.latitude = readCoordinate(reader, s, 'S');
     gpgga.longitude = readCoordinate(reader, s, 'W');
     nextField(s);  // quality indicator
-    gpgga.numberSatellites = static_cast<uint16_t>(nmeaInteger(nextField(s)));
+    gpgga.numberSatellites = static_cast<uint16_t>(NmeaNumberReader::integer(nextField(s)));
     nextField(s);  // horizontal dilution of precision
     gpgga.antennaAltitude = reader.real(nextField(s));
 }
@@ -88,7 +87,7 @@ bool GPSTraceMessage::parseRMC() {
     std::string_view item;
     s.readField(item, ',');  // sentence code
     item = {};
-    splitFields(s, item, vextrace::RMC_FIELDS, gprmc);
+    splitFields(s, item, vextrace::internal::RMC_FIELDS, gprmc);
     return true;
 }
 
@@ -102,7 +101,7 @@ bool GPSTraceMessage::parseGGA() {
     // Unlike in parseRMC the buffer is meant to keep field 0: where the sentence holds no comma,
     // all of it becomes the time.
     s.readField(item, ',');
-    splitFields(s, item, vextrace::GGA_FIELDS, gpgga);
+    splitFields(s, item, vextrace::internal::GGA_FIELDS, gpgga);
     return true;
 }
 

@@ -1,18 +1,14 @@
-#include <iomanip>
+#include <ostream>
 #include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
-#include "libvextrace/nmeaFields.h"
-#include "libvextrace/nmeaNumber.h"
-#include "libvextrace/textStream.h"
-#include "libvextrace/traceFormat.h"
+#include "libvextrace/internal/TextStream.h"
+#include "libvextrace/internal/TraceFormat.h"
+#include "libvextrace/internal/nmeaFields.h"
 
-using vextrace::NmeaCoordinate;
-using vextrace::NmeaField;
-using vextrace::nmeaInteger;
-using vextrace::NmeaNumberReader;
-using vextrace::TextStream;
-using vextrace::TraceFormat;
+using vextrace::internal::NmeaField;
+using vextrace::internal::TextStream;
+using vextrace::internal::TraceFormat;
 
 namespace {
 
@@ -36,20 +32,14 @@ std::string_view withoutLineEnd(std::string_view sentence) {
     return sentence;
 }
 
-void writeCoordinate(std::ostream& os, const NmeaNumberReader& reader, std::string_view text,
-                     std::string_view hemisphere) {
-    const NmeaCoordinate coordinate(reader, text);
-    os << coordinate.deg << "\xC2\xB0" << coordinate.rem << ' ' << hemisphere;
-}
-
 }  // namespace
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gprmc_t& g) {
-    return dumpFields(os, vextrace::RMC_FIELDS, g);
+    return dumpFields(os, vextrace::internal::RMC_FIELDS, g);
 }
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gpgga_t& g) {
-    return dumpFields(os, vextrace::GGA_FIELDS, g);
+    return dumpFields(os, vextrace::internal::GGA_FIELDS, g);
 }
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps) {
@@ -69,41 +59,5 @@ std::ostream& GPSTraceMessage::print(std::ostream& os) const {
 std::string GPSTraceMessage::toString() const {
     TextStream line;
     line.os << *this;
-    return line.takeText();
-}
-
-std::string GPSTraceMessage::formatForRDB() {
-    std::string_view latitude;
-    std::string_view latitudeHemisphere;
-    std::string_view longitude;
-    std::string_view longitudeHemisphere;
-    std::string_view antennaAltitude;
-    std::string_view antennaAltitudeUnit;
-    if (parseGGA() && nmeaInteger(gpgga.numberSatellites) != 0) {
-        latitude = gpgga.latitude;
-        latitudeHemisphere = gpgga.latitudeHemisphere;
-        longitude = gpgga.longitude;
-        longitudeHemisphere = gpgga.longitudeHemisphere;
-        antennaAltitude = gpgga.antennaAltitude;
-        antennaAltitudeUnit = gpgga.antennaAltitudeUnit;
-    } else if (parseRMC() && gprmc.status == "A") {
-        latitude = gprmc.latitude;
-        latitudeHemisphere = gprmc.latitudeHemisphere;
-        longitude = gprmc.longitude;
-        longitudeHemisphere = gprmc.longitudeHemisphere;
-    } else {
-        return {};
-    }
-
-    const NmeaNumberReader reader;
-    TextStream line;
-    std::ostream& os = line.os;
-    os << std::fixed << std::setprecision(3);
-    writeCoordinate(os, reader, latitude, latitudeHemisphere);
-    os << ", ";
-    writeCoordinate(os, reader, longitude, longitudeHemisphere);
-    if (!antennaAltitude.empty()) {
-        os << ", " << antennaAltitude << antennaAltitudeUnit;
-    }
     return line.takeText();
 }

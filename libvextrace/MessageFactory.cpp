@@ -3,7 +3,7 @@
 #include <atomic>
 #include <mutex>
 
-#include "libvextrace/InvalidMessage.h"
+#include "libvextrace/internal/InvalidMessage.h"
 #include "libvexutil/datablock.h"
 
 namespace {
@@ -65,7 +65,7 @@ std::unique_ptr<MessageBase> invalidMessage(const uint8_t* psrc, size_t len, con
     if (MessageBase::invalidHandling == IMH_RETURN_NULL) {
         return nullptr;
     }
-    return std::make_unique<vextrace::InvalidMessage>(psrc, len, reason);
+    return std::make_unique<vextrace::internal::InvalidMessage>(psrc, len, reason);
 }
 
 }  // namespace

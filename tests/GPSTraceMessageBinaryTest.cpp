@@ -94,14 +94,14 @@ GPSTraceMessage messageOfSize(size_t size) {
 
 }  // namespace
 
-TEST(GPSTraceMessageBinary, SizeCountsHeaderBehindItsSizeFieldAndSentences) {
+TEST(GPSTraceMessageBinaryTest, SizeCountsHeaderBehindItsSizeFieldAndSentences) {
     EXPECT_EQ(sizeOf(GPSTraceMessage()), 12U);
     EXPECT_EQ(sizeOf(GPSTraceMessage(1, "")), 13U);
     EXPECT_EQ(sizeOf(GPSTraceMessage(1, "$GPRMC,A")), 21U);
     EXPECT_EQ(sizeOf(twoSentences()), 30U);
 }
 
-TEST(GPSTraceMessageBinary, SizeGrowsWithEverySentenceThatIsKept) {
+TEST(GPSTraceMessageBinaryTest, SizeGrowsWithEverySentenceThatIsKept) {
     GPSTraceMessage message(1, "$GPRMC,A");
     message.addRecord("$PGRME,15.0,M");
     EXPECT_EQ(sizeOf(message), 12U + 9U + 14U);
@@ -109,7 +109,7 @@ TEST(GPSTraceMessageBinary, SizeGrowsWithEverySentenceThatIsKept) {
     EXPECT_EQ(sizeOf(message), 12U + 9U + 14U);
 }
 
-TEST(GPSTraceMessageBinary, WritesHeaderAndSentencesInOrderOfTheirCodes) {
+TEST(GPSTraceMessageBinaryTest, WritesHeaderAndSentencesInOrderOfTheirCodes) {
     const Bytes header = {0x00, 0x1E, 0x00, 0x16, 0xFE, 0xDC, 0x01,
                           0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
     Bytes expected = header;
@@ -119,12 +119,12 @@ TEST(GPSTraceMessageBinary, WritesHeaderAndSentencesInOrderOfTheirCodes) {
     EXPECT_EQ(serialise(twoSentences()), expected);
 }
 
-TEST(GPSTraceMessageBinary, WritesTheHeaderAloneWithoutSentences) {
+TEST(GPSTraceMessageBinaryTest, WritesTheHeaderAloneWithoutSentences) {
     const Bytes expected = {0, 12, 0, 22, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     EXPECT_EQ(serialise(GPSTraceMessage()), expected);
 }
 
-TEST(GPSTraceMessageBinary, WritesSentencesOfEveryCode) {
+TEST(GPSTraceMessageBinaryTest, WritesSentencesOfEveryCode) {
     GPSTraceMessage message(1, "$PGRME,15.0,M\r\n");
     message.addRecord("$GLGSV,3,1\r\n");
     message.addRecord("$HCHDG,101.1");
@@ -133,7 +133,7 @@ TEST(GPSTraceMessageBinary, WritesSentencesOfEveryCode) {
     EXPECT_EQ(payloadOf(message), "\n$GPGSV,3,1\r\n$HCHDG,101.1\n$PGRME,15.0,M\r\nfree text\n");
 }
 
-TEST(GPSTraceMessageBinary, WritesNulBytesAndBytesOfEveryValue) {
+TEST(GPSTraceMessageBinaryTest, WritesNulBytesAndBytesOfEveryValue) {
     std::string sentence = "$GPRMC";
     for (int c = 0; c < 256; ++c) {
         sentence += static_cast<char>(c);
@@ -141,14 +141,14 @@ TEST(GPSTraceMessageBinary, WritesNulBytesAndBytesOfEveryValue) {
     EXPECT_EQ(payloadOf(GPSTraceMessage(1, sentence)), sentence + '\n');
 }
 
-TEST(GPSTraceMessageBinary, WritesTheSentenceWithoutLineFeedRightBeforeTheNext) {
+TEST(GPSTraceMessageBinaryTest, WritesTheSentenceWithoutLineFeedRightBeforeTheNext) {
     GPSTraceMessage message(1, "$G");
     message.addRecord("$GPRMC,A");
     EXPECT_EQ(payloadOf(message), "$GP$GPRMC,A\n");
     EXPECT_EQ(sentencesIn(payloadOf(message)), "$GP$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, SizeWriteAndReadAgree) {
+TEST(GPSTraceMessageBinaryTest, SizeWriteAndReadAgree) {
     GPSTraceMessage message = twoSentences();
     for (const std::string& record : {"$PGRME,15.0,M\r\n"s, "x"s, "$GPGSV"s, GGA_SENTENCE}) {
         message.addRecord(record);
@@ -160,7 +160,7 @@ TEST(GPSTraceMessageBinary, SizeWriteAndReadAgree) {
     }
 }
 
-TEST(GPSTraceMessageBinary, AdvancesPastWhatItWroteAndLeavesTheRest) {
+TEST(GPSTraceMessageBinaryTest, AdvancesPastWhatItWroteAndLeavesTheRest) {
     const GPSTraceMessage gps = twoSentences();
     const MessageBase& message = gps;
     Bytes bytes(3 + 32 + 5, 0xA5);
@@ -175,7 +175,7 @@ TEST(GPSTraceMessageBinary, AdvancesPastWhatItWroteAndLeavesTheRest) {
     EXPECT_EQ(bytes, expected);
 }
 
-TEST(GPSTraceMessageBinary, WritesTheSameBytesWhateverSyncSays) {
+TEST(GPSTraceMessageBinaryTest, WritesTheSameBytesWhateverSyncSays) {
     const GPSTraceMessage gps = twoSentences();
     const MessageBase& message = gps;
     Bytes bytes(32);
@@ -184,7 +184,7 @@ TEST(GPSTraceMessageBinary, WritesTheSameBytesWhateverSyncSays) {
     EXPECT_EQ(bytes, serialise(message));
 }
 
-TEST(GPSTraceMessageBinary, AcceptsExactRoomAndRefusesOneByteLess) {
+TEST(GPSTraceMessageBinaryTest, AcceptsExactRoomAndRefusesOneByteLess) {
     const GPSTraceMessage gps = twoSentences();
     const MessageBase& message = gps;
     Bytes bytes(32);
@@ -195,7 +195,7 @@ TEST(GPSTraceMessageBinary, AcceptsExactRoomAndRefusesOneByteLess) {
     expectRefused(message, 0, 0);
 }
 
-TEST(GPSTraceMessageBinary, WritesTheLongestMessageOfTheSizeField) {
+TEST(GPSTraceMessageBinaryTest, WritesTheLongestMessageOfTheSizeField) {
     const GPSTraceMessage message = messageOfSize(65535);
     const Bytes bytes = serialise(message);
     EXPECT_EQ(bytes.size(), 65537U);
@@ -205,12 +205,12 @@ TEST(GPSTraceMessageBinary, WritesTheLongestMessageOfTheSizeField) {
     expectRefused(message, 65536, 65535);
 }
 
-TEST(GPSTraceMessageBinary, RefusesAMessageTooLongForTheSizeField) {
+TEST(GPSTraceMessageBinaryTest, RefusesAMessageTooLongForTheSizeField) {
     expectRefused(messageOfSize(65536), 65538, 65535);
     expectRefused(messageOfSize(65536), 100000, 65535);
 }
 
-TEST(GPSTraceMessageBinary, ReadsTimeStampAndReservedWordBigEndian) {
+TEST(GPSTraceMessageBinaryTest, ReadsTimeStampAndReservedWordBigEndian) {
     Bytes bytes = serialised(0x1234, 258, "$GPRMC,A\n");
     EXPECT_EQ((Bytes(bytes.begin() + 4, bytes.begin() + 14)),
               (Bytes{0x12, 0x34, 0, 0, 0, 0, 0, 0, 1, 2}));
@@ -223,7 +223,7 @@ TEST(GPSTraceMessageBinary, ReadsTimeStampAndReservedWordBigEndian) {
     EXPECT_EQ(message->getHeaderReserved(), 0xFEDC);
 }
 
-TEST(GPSTraceMessageBinary, TakesNothingElseFromTheHeader) {
+TEST(GPSTraceMessageBinaryTest, TakesNothingElseFromTheHeader) {
     Bytes bytes = serialised(1, TIME_STAMP, "$GPRMC,A\n");
     const Bytes wrong = {0xFF, 0xEE, 0x80, 0x04};
     std::copy(wrong.begin(), wrong.end(), bytes.begin());
@@ -234,7 +234,7 @@ TEST(GPSTraceMessageBinary, TakesNothingElseFromTheHeader) {
     EXPECT_EQ(payloadOf(asGPS(*message)), "$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, SplitsThePayloadAtLineFeeds) {
+TEST(GPSTraceMessageBinaryTest, SplitsThePayloadAtLineFeeds) {
     const struct {
         std::string payload;
         std::string sentences;
@@ -258,20 +258,20 @@ TEST(GPSTraceMessageBinary, SplitsThePayloadAtLineFeeds) {
     }
 }
 
-TEST(GPSTraceMessageBinary, StopsReadingAtANul) {
+TEST(GPSTraceMessageBinaryTest, StopsReadingAtANul) {
     EXPECT_EQ(sentencesIn("$GPRMC,A\0B\n$GPGGA,C\n"s), "$GPRMC,A\n");
     EXPECT_EQ(sentencesIn("$GPRMC,A\n\0$GPGGA,C\n"s), "$GPRMC,A\n");
     EXPECT_EQ(sentencesIn("$GPRMC,A\n$GP\0GGA,C\n"s), "$GP\n$GPRMC,A\n");
     EXPECT_EQ(sentencesIn("\n$GPRMC,A\0\n"s), "$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, ANulInAStoredSentenceCutsWhatIsReadBack) {
+TEST(GPSTraceMessageBinaryTest, ANulInAStoredSentenceCutsWhatIsReadBack) {
     const GPSTraceMessage message(TIME_STAMP, "$GPRMC,A\0B"s);
     EXPECT_EQ(payloadOf(message), "$GPRMC,A\0B\n"s);
     EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, ThrowsWithoutAnySentence) {
+TEST(GPSTraceMessageBinaryTest, ThrowsWithoutAnySentence) {
     for (const std::string& payload :
          {""s, "\n"s, "\n\n"s, "\0"s, "\0$GPRMC,A\n"s, "\n\n\0$GPRMC,A\n"s, "\0"s + RMC_SENTENCE}) {
         SCOPED_TRACE(testing::PrintToString(payload));
@@ -279,7 +279,7 @@ TEST(GPSTraceMessageBinary, ThrowsWithoutAnySentence) {
     }
 }
 
-TEST(GPSTraceMessageBinary, ThrowsOnAnIncompleteHeader) {
+TEST(GPSTraceMessageBinaryTest, ThrowsOnAnIncompleteHeader) {
     const Bytes whole(14, '$');
     for (size_t len = 0; len <= whole.size(); ++len) {
         SCOPED_TRACE(len);
@@ -289,14 +289,14 @@ TEST(GPSTraceMessageBinary, ThrowsOnAnIncompleteHeader) {
     expectNoSentence([] { readFrom(nullptr, 0); });
 }
 
-TEST(GPSTraceMessageBinary, ThrowsWhateverTheHandlingOfInvalidMessages) {
+TEST(GPSTraceMessageBinaryTest, ThrowsWhateverTheHandlingOfInvalidMessages) {
     MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
     expectNoSentenceIn(serialised(1, TIME_STAMP, "\n"));
     MessageBase::invalidHandling = IMH_RETURN_NULL;
     expectNoSentenceIn(serialised(1, TIME_STAMP, "\n"));
 }
 
-TEST(GPSTraceMessageBinary, ReadsOnlyTheBytesItIsGiven) {
+TEST(GPSTraceMessageBinaryTest, ReadsOnlyTheBytesItIsGiven) {
     const std::string payload = "$GPRMC,A\n$GPGGA,B\n";
     const Bytes whole = serialised(0x1234, TIME_STAMP, payload);
     for (size_t taken = 1; taken <= payload.size(); ++taken) {
@@ -313,14 +313,14 @@ TEST(GPSTraceMessageBinary, ReadsOnlyTheBytesItIsGiven) {
     }
 }
 
-TEST(GPSTraceMessageBinary, LeavesTheInputAsItWas) {
+TEST(GPSTraceMessageBinaryTest, LeavesTheInputAsItWas) {
     const std::string payload = "$GNRMC,A\n\n$GPGGA,B\n";
     const Bytes bytes = serialised(0x1234, TIME_STAMP, payload);
     readFrom(bytes.data(), bytes.size());
     EXPECT_EQ(bytes, serialised(0x1234, TIME_STAMP, payload));
 }
 
-TEST(GPSTraceMessageBinary, OneSentenceLeavesTheFieldsEmpty) {
+TEST(GPSTraceMessageBinaryTest, OneSentenceLeavesTheFieldsEmpty) {
     for (const std::string& sentence : {RMC_SENTENCE, GGA_SENTENCE}) {
         const std::unique_ptr<GPSTraceMessage> message =
             rebuild(serialised(1, TIME_STAMP, "\n" + sentence + "\n\n"));
@@ -329,7 +329,7 @@ TEST(GPSTraceMessageBinary, OneSentenceLeavesTheFieldsEmpty) {
     }
 }
 
-TEST(GPSTraceMessageBinary, TwoSentencesFillTheFieldsOfBoth) {
+TEST(GPSTraceMessageBinaryTest, TwoSentencesFillTheFieldsOfBoth) {
     const std::unique_ptr<GPSTraceMessage> message =
         rebuild(serialised(1, TIME_STAMP, RMC_SENTENCE + "\n" + GGA_SENTENCE + "\n"));
     EXPECT_EQ(fieldTexts(message->getRMC()),
@@ -340,13 +340,13 @@ TEST(GPSTraceMessageBinary, TwoSentencesFillTheFieldsOfBoth) {
                      "46.9", "M", "", ""}));
 }
 
-TEST(GPSTraceMessageBinary, ASecondSentenceThatIsDroppedStillFillsTheFields) {
+TEST(GPSTraceMessageBinaryTest, ASecondSentenceThatIsDroppedStillFillsTheFields) {
     const std::unique_ptr<GPSTraceMessage> message =
         rebuild(serialised(1, TIME_STAMP, "$GPRMC,1,A\n$GPRMC,2,V\n"));
     EXPECT_EQ(message->getRMC().timeUTC, "1");
 }
 
-TEST(GPSTraceMessageBinary, ReadsBackWhatItWrote) {
+TEST(GPSTraceMessageBinaryTest, ReadsBackWhatItWrote) {
     GPSTraceMessage message(TIME_STAMP, RMC_SENTENCE + "\r\n");
     message.setHeaderReserved(0xFEDC);
     message.addRecord(GGA_SENTENCE);
@@ -360,7 +360,7 @@ TEST(GPSTraceMessageBinary, ReadsBackWhatItWrote) {
     EXPECT_EQ(fieldTexts(back->getGGA()), fieldTexts(message.getGGA()));
 }
 
-TEST(GPSTraceMessageBinary, LosesALoneLineFeedOnTheWayBack) {
+TEST(GPSTraceMessageBinaryTest, LosesALoneLineFeedOnTheWayBack) {
     GPSTraceMessage message(TIME_STAMP, "");
     expectNoSentenceIn(serialise(message));
     message.addRecord("$GPRMC,A");
@@ -368,20 +368,20 @@ TEST(GPSTraceMessageBinary, LosesALoneLineFeedOnTheWayBack) {
     EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, SplitsATextOfSeveralLinesOnTheWayBack) {
+TEST(GPSTraceMessageBinaryTest, SplitsATextOfSeveralLinesOnTheWayBack) {
     const GPSTraceMessage message(TIME_STAMP, "$GPRMC,A\n$GPGGA,B");
     EXPECT_EQ(payloadOf(message), "$GPRMC,A\n$GPGGA,B\n");
     EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPGGA,B\n$GPRMC,A\n");
 }
 
-TEST(GPSTraceMessageBinary, LeavesAScanOfTheCallerAlone) {
+TEST(GPSTraceMessageBinaryTest, LeavesAScanOfTheCallerAlone) {
     std::string words = "first,second";
     EXPECT_STREQ(std::strtok(words.data(), ","), "first");
     readFrom(serialised(1, TIME_STAMP, "$GPRMC,A\n$GPGGA,B\n"));
     EXPECT_STREQ(std::strtok(nullptr, ","), "second");
 }
 
-TEST(GPSTraceMessageBinary, TwoThreadsReadAtOnce) {
+TEST(GPSTraceMessageBinaryTest, TwoThreadsReadAtOnce) {
     std::atomic<int> wrong{0};
     std::atomic<int> waiting{2};
     const auto readAgainAndAgain = [&](const std::string& payload) {

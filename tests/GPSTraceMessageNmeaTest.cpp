@@ -125,46 +125,46 @@ constexpr uint64_t SIGN_BIT = 0x8000000000000000;
 
 }  // namespace
 
-TEST(GPSTraceMessageNmea, SplitsARecentRMC) {
+TEST(GPSTraceMessageNmeaTest, SplitsARecentRMC) {
     expectRMC(RMC_FIELDS_1_TO_10 + ",W,A*6A\n", rmcTexts("W", "A"));
 }
 
-TEST(GPSTraceMessageNmea, SplitsAnOlderRMCWithTheRestAsDirection) {
+TEST(GPSTraceMessageNmeaTest, SplitsAnOlderRMCWithTheRestAsDirection) {
     expectRMC(RMC_SENTENCE, rmcTexts("W*6A\n", ""));
     expectRMC(RMC_SENTENCE + "\r\n", rmcTexts("W*6A\r\n", ""));
 }
 
-TEST(GPSTraceMessageNmea, SplitsAGGA) {
+TEST(GPSTraceMessageNmeaTest, SplitsAGGA) {
     expectGGA(GGA_SENTENCE, ggaTexts("", ""));
     expectGGA(GGA_FIELDS_1_TO_12 + ",5.0,0001*47", ggaTexts("5.0", "0001"));
 }
 
-TEST(GPSTraceMessageNmea, FieldsHoldNoLineEndBehindTheChecksum) {
+TEST(GPSTraceMessageNmeaTest, FieldsHoldNoLineEndBehindTheChecksum) {
     expectRMC(RMC_FIELDS_1_TO_10 + ",W,A*6A\r\n", rmcTexts("W", "A"));
     expectGGA(GGA_SENTENCE + "\r\n", ggaTexts("", ""));
 }
 
-TEST(GPSTraceMessageNmea, KeepsSurplusFieldsInTheLast) {
+TEST(GPSTraceMessageNmeaTest, KeepsSurplusFieldsInTheLast) {
     expectRMC(RMC_FIELDS_1_TO_10 + ",W,A,V,,x*6A\n", rmcTexts("W", "A,V,,x"));
     expectGGA(GGA_FIELDS_1_TO_12 + ",,0000,EXTRA*47\n", ggaTexts("", "0000,EXTRA"));
 }
 
-TEST(GPSTraceMessageNmea, KeepsTheLineEndInTheLastFieldWithoutChecksum) {
+TEST(GPSTraceMessageNmeaTest, KeepsTheLineEndInTheLastFieldWithoutChecksum) {
     expectRMC(RMC_FIELDS_1_TO_10 + ",W,A\r\n", rmcTexts("W", "A\r\n"));
     expectGGA(GGA_FIELDS_1_TO_12 + ",,0000\r\n", ggaTexts("", "0000\r\n"));
 }
 
-TEST(GPSTraceMessageNmea, OnlyAStarInTheLastFieldEndsTheReading) {
+TEST(GPSTraceMessageNmeaTest, OnlyAStarInTheLastFieldEndsTheReading) {
     expectRMC(RMC_FIELDS_1_TO_10 + ",W*x,A*6A*6B\n", rmcTexts("W*x", "A"));
     expectGGA(GGA_FIELDS_1_TO_12 + ",5.0*x,0000*47*48\n", ggaTexts("5.0*x", "0000"));
 }
 
-TEST(GPSTraceMessageNmea, GivesEmptyTextsForEmptyFields) {
+TEST(GPSTraceMessageNmeaTest, GivesEmptyTextsForEmptyFields) {
     expectRMC("$GPRMC,,V,,,,,,,,,,N*53\r\n", {"", "V", "", "", "", "", "", "", "", "", "", "N"});
     expectGGA("$GPGGA,,,,,,0,00,99.99,,,,,,*48\r\n", {"", "", "", "", "", "0", "00", "99.99"});
 }
 
-TEST(GPSTraceMessageNmea, GivesEmptyTextsForMissingFields) {
+TEST(GPSTraceMessageNmeaTest, GivesEmptyTextsForMissingFields) {
     expectRMC("$GPRMC,123519,A,4807", {"123519", "A", "4807\n"});
     expectRMC("$GPRMC,123519,A,", {"123519", "A", "\n"});
     expectGGA("$GPGGA,123519,4807", {"123519", "4807\n"});
@@ -172,17 +172,17 @@ TEST(GPSTraceMessageNmea, GivesEmptyTextsForMissingFields) {
     expectGGA("$GPGGA,\n", {"\n"});
 }
 
-TEST(GPSTraceMessageNmea, GivesAnRMCWithoutCommaNoFields) {
+TEST(GPSTraceMessageNmeaTest, GivesAnRMCWithoutCommaNoFields) {
     expectRMC("$GPRMC", {});
     expectRMC("$GPRMC*4B\r\n", {});
 }
 
-TEST(GPSTraceMessageNmea, GivesAGGAWithoutCommaTheSentenceAsTime) {
+TEST(GPSTraceMessageNmeaTest, GivesAGGAWithoutCommaTheSentenceAsTime) {
     expectGGA("$GPGGA", {"$GPGGA\n"});
     expectGGA("$GPGGA*56\r\n", {"$GPGGA*56\r\n"});
 }
 
-TEST(GPSTraceMessageNmea, TrimsAndChecksNothing) {
+TEST(GPSTraceMessageNmeaTest, TrimsAndChecksNothing) {
     expectRMC(
         "$GPRMC, 12 ,\tA,48\0"s
         "07,n,x\"y',\xC2\xB0,-1,+2,31.02.,0x1,w,?*ZZ\n",
@@ -192,14 +192,14 @@ TEST(GPSTraceMessageNmea, TrimsAndChecksNothing) {
          "n", "x\"y'", "\xC2\xB0", "-1", "+2", "31.02.", "0x1", "w", "?"});
 }
 
-TEST(GPSTraceMessageNmea, DoesNotLookAtTheCode) {
+TEST(GPSTraceMessageNmeaTest, DoesNotLookAtTheCode) {
     expectRMC("$GNRMC,123519,A*6A\n", {"123519", "A*6A\n"});
     expectRMC("$GPRMCextra,123519,A*6A\n", {"123519", "A*6A\n"});
     expectGGA("$GLGGA,123519,4807.038\n", {"123519", "4807.038\n"});
     expectGGA("$GPGGAextra,123519,4807.038\n", {"123519", "4807.038\n"});
 }
 
-TEST(GPSTraceMessageNmea, LeavesTheFieldsWithoutTheSentence) {
+TEST(GPSTraceMessageNmeaTest, LeavesTheFieldsWithoutTheSentence) {
     OpenMessage rmc(1, RMC_SENTENCE);
     EXPECT_FALSE(rmc.parseGGA());
     EXPECT_EQ(fieldTexts(rmc.getGGA()), Texts(14));
@@ -215,7 +215,7 @@ TEST(GPSTraceMessageNmea, LeavesTheFieldsWithoutTheSentence) {
     EXPECT_FALSE(neither.parseGGA());
 }
 
-TEST(GPSTraceMessageNmea, SplitsNoSentenceOfAnotherTalker) {
+TEST(GPSTraceMessageNmeaTest, SplitsNoSentenceOfAnotherTalker) {
     OpenMessage message(1, "$PGRMC,123519,A\n");
     message.addRecord("$HCGGA,123519\n");
     message.addRecord("$gpgga,123519\n");
@@ -223,7 +223,7 @@ TEST(GPSTraceMessageNmea, SplitsNoSentenceOfAnotherTalker) {
     EXPECT_FALSE(message.parseGGA());
 }
 
-TEST(GPSTraceMessageNmea, SplitsTheSameAgain) {
+TEST(GPSTraceMessageNmeaTest, SplitsTheSameAgain) {
     OpenMessage message(1, RMC_SENTENCE);
     message.addRecord("$GPGGA");
     const Texts rmc = fieldTexts(message.getRMC());
@@ -236,7 +236,7 @@ TEST(GPSTraceMessageNmea, SplitsTheSameAgain) {
     EXPECT_EQ(gga[0], "$GPGGA\n");
 }
 
-TEST(GPSTraceMessageNmea, KeepsTheFieldsOfTheFirstSentence) {
+TEST(GPSTraceMessageNmeaTest, KeepsTheFieldsOfTheFirstSentence) {
     OpenMessage message(1, "$GPRMC,first,A*00\n");
     message.addRecord("$GPRMC,second,V,x,y*00\n");
     message.addRecord("$GPGGA,third*00\n");
@@ -245,7 +245,7 @@ TEST(GPSTraceMessageNmea, KeepsTheFieldsOfTheFirstSentence) {
     EXPECT_EQ(fieldTexts(message.getGGA()), withEmptyFieldsUpTo(14, {"third*00\n"}));
 }
 
-TEST(GPSTraceMessageNmea, SplittingLeavesTheSentences) {
+TEST(GPSTraceMessageNmeaTest, SplittingLeavesTheSentences) {
     OpenMessage message(1, RMC_SENTENCE);
     message.addRecord("$GPGGA");
     const std::string before = payloadOf(message);
@@ -254,7 +254,7 @@ TEST(GPSTraceMessageNmea, SplittingLeavesTheSentences) {
     EXPECT_EQ(payloadOf(message), before);
 }
 
-TEST(GPSTraceMessageNmea, ConvertsCoordinates) {
+TEST(GPSTraceMessageNmeaTest, ConvertsCoordinates) {
     const struct {
         std::string text;
         double degrees;
@@ -278,14 +278,14 @@ TEST(GPSTraceMessageNmea, ConvertsCoordinates) {
 }
 
 // On processors with extended precision these differ in their last bit.
-TEST(GPSTraceMessageNmea, WrapsNegativeDegrees) {
+TEST(GPSTraceMessageNmeaTest, WrapsNegativeDegrees) {
     EXPECT_NEAR(OpenMessage::coordinateToDouble("-4807.038"), -43738.78396, 1e-5);
     EXPECT_DOUBLE_EQ(OpenMessage::coordinateToDouble("-4807.038"),
                      65488 + (-4807.038 - 6548800) / 60);
     EXPECT_DOUBLE_EQ(OpenMessage::coordinateToDouble("-100"), 65535 - 6553600 / 60.0);
 }
 
-TEST(GPSTraceMessageNmea, ConvertsCoordinatesToTheLastBit) {
+TEST(GPSTraceMessageNmeaTest, ConvertsCoordinatesToTheLastBit) {
     EXPECT_EQ(bitsOf(OpenMessage::coordinateToDouble("4807.038")), LATITUDE_BITS);
     EXPECT_EQ(bitsOf(OpenMessage::coordinateToDouble("4807.038abc")), LATITUDE_BITS);
     EXPECT_EQ(bitsOf(OpenMessage::coordinateToDouble("4807.038\0"s
@@ -294,7 +294,7 @@ TEST(GPSTraceMessageNmea, ConvertsCoordinatesToTheLastBit) {
     EXPECT_EQ(bitsOf(OpenMessage::coordinateToDouble("01131.000")), LONGITUDE_BITS);
 }
 
-TEST(GPSTraceMessageNmea, GivesTheNumbersOfAnRMC) {
+TEST(GPSTraceMessageNmeaTest, GivesTheNumbersOfAnRMC) {
     const NumericRMC numbers = numbersOfRMC(RMC_SENTENCE);
     EXPECT_EQ(numbers.timeUTC, 123519U);
     EXPECT_TRUE(numbers.status);
@@ -308,7 +308,7 @@ TEST(GPSTraceMessageNmea, GivesTheNumbersOfAnRMC) {
     EXPECT_NEAR(numbers.speed, 41.4848, 1e-9);
 }
 
-TEST(GPSTraceMessageNmea, GivesTheNumbersOfAGGA) {
+TEST(GPSTraceMessageNmeaTest, GivesTheNumbersOfAGGA) {
     const NumericGGA numbers = numbersOfGGA(GGA_SENTENCE);
     EXPECT_EQ(numbers.timeUTC, 123519U);
     EXPECT_TRUE(numbers.status);
@@ -318,12 +318,12 @@ TEST(GPSTraceMessageNmea, GivesTheNumbersOfAGGA) {
     EXPECT_EQ(bitsOf(numbers.antennaAltitude), bitsOf(545.4));
 }
 
-TEST(GPSTraceMessageNmea, KnotsAreTimes1852) {
+TEST(GPSTraceMessageNmeaTest, KnotsAreTimes1852) {
     EXPECT_EQ(bitsOf(numbersOfRMC("$GPRMC,,,,,,,1,").speed), 0x3FFDA1CAC083126FU);
     EXPECT_EQ(numbersOfRMC("$GPRMC,,,,,,,-1000,").speed, -1852.0);
 }
 
-TEST(GPSTraceMessageNmea, SouthAndWestAreNegative) {
+TEST(GPSTraceMessageNmeaTest, SouthAndWestAreNegative) {
     const NumericRMC rmc = numbersOfRMC("$GPRMC,1,A,4807.038,S,01131.000,W,");
     EXPECT_EQ(bitsOf(rmc.latitude), LATITUDE_BITS | SIGN_BIT);
     EXPECT_EQ(bitsOf(rmc.longitude), LONGITUDE_BITS | SIGN_BIT);
@@ -332,13 +332,13 @@ TEST(GPSTraceMessageNmea, SouthAndWestAreNegative) {
     EXPECT_EQ(bitsOf(gga.longitude), LONGITUDE_BITS | SIGN_BIT);
 }
 
-TEST(GPSTraceMessageNmea, OnlyTheFirstLetterOfTheHemisphereCounts) {
+TEST(GPSTraceMessageNmeaTest, OnlyTheFirstLetterOfTheHemisphereCounts) {
     const NumericRMC words = numbersOfRMC("$GPRMC,1,A,4807.038,South,01131.000,West,");
     EXPECT_EQ(bitsOf(words.latitude), LATITUDE_BITS | SIGN_BIT);
     EXPECT_EQ(bitsOf(words.longitude), LONGITUDE_BITS | SIGN_BIT);
 }
 
-TEST(GPSTraceMessageNmea, NoOtherHemisphereIsNegative) {
+TEST(GPSTraceMessageNmeaTest, NoOtherHemisphereIsNegative) {
     for (const std::string& end : {"s,01131.000,w,"s, "W,01131.000,S,"s, " S,01131.000, W,"s,
                                    ",01131.000,,"s, "N,01131.000,E,"s, "\0S,01131.000,\0W,"s}) {
         const NumericRMC rmc = numbersOfRMC("$GPRMC,1,A,4807.038," + end);
@@ -350,7 +350,7 @@ TEST(GPSTraceMessageNmea, NoOtherHemisphereIsNegative) {
     }
 }
 
-TEST(GPSTraceMessageNmea, ZeroInTheSouthOrWestIsNegativeZero) {
+TEST(GPSTraceMessageNmeaTest, ZeroInTheSouthOrWestIsNegativeZero) {
     const NumericRMC rmc = numbersOfRMC("$GPRMC,1,A,0000.000,S,,W,");
     EXPECT_EQ(bitsOf(rmc.latitude), SIGN_BIT);
     EXPECT_EQ(bitsOf(rmc.longitude), SIGN_BIT);
@@ -362,7 +362,7 @@ TEST(GPSTraceMessageNmea, ZeroInTheSouthOrWestIsNegativeZero) {
     EXPECT_EQ(bitsOf(positive.longitude), 0U);
 }
 
-TEST(GPSTraceMessageNmea, AStatusThatBeginsWithAIsValid) {
+TEST(GPSTraceMessageNmeaTest, AStatusThatBeginsWithAIsValid) {
     for (const std::string& status : {"A"s, "Active"s, "A "s, "A\0"s}) {
         EXPECT_TRUE(numbersOfRMC("$GPRMC,1," + status + ",").status) << status;
     }
@@ -371,7 +371,7 @@ TEST(GPSTraceMessageNmea, AStatusThatBeginsWithAIsValid) {
     }
 }
 
-TEST(GPSTraceMessageNmea, AGGAWithATimeIsValidWhateverItsQuality) {
+TEST(GPSTraceMessageNmeaTest, AGGAWithATimeIsValidWhateverItsQuality) {
     EXPECT_TRUE(numbersOfGGA("$GPGGA,123519,,,,,0,00,99.99,,,,,,*48").status);
     EXPECT_TRUE(numbersOfGGA("$GPGGA,x,").status);
     EXPECT_TRUE(numbersOfGGA("$GPGGA, ,").status);
@@ -385,7 +385,7 @@ TEST(GPSTraceMessageNmea, AGGAWithATimeIsValidWhateverItsQuality) {
     EXPECT_EQ(noTime.antennaAltitude, 545.4);
 }
 
-TEST(GPSTraceMessageNmea, ATimeThatBeginsWithANulCountsAsEmpty) {
+TEST(GPSTraceMessageNmeaTest, ATimeThatBeginsWithANulCountsAsEmpty) {
     const NumericGGA numbers = numbersOfGGA(
         "$GPGGA,\0"s
         "123519,4807.038,S,");
@@ -401,7 +401,7 @@ TEST(GPSTraceMessageNmea, ATimeThatBeginsWithANulCountsAsEmpty) {
               1U);
 }
 
-TEST(GPSTraceMessageNmea, ReadsTimeAndDateAsPlainIntegers) {
+TEST(GPSTraceMessageNmeaTest, ReadsTimeAndDateAsPlainIntegers) {
     const struct {
         std::string text;
         uint64_t value;
@@ -428,7 +428,7 @@ TEST(GPSTraceMessageNmea, ReadsTimeAndDateAsPlainIntegers) {
     }
 }
 
-TEST(GPSTraceMessageNmea, CutsTheSatellitesTo16Bits) {
+TEST(GPSTraceMessageNmeaTest, CutsTheSatellitesTo16Bits) {
     const struct {
         std::string text;
         uint16_t value;
@@ -440,7 +440,7 @@ TEST(GPSTraceMessageNmea, CutsTheSatellitesTo16Bits) {
     }
 }
 
-TEST(GPSTraceMessageNmea, ReadsRealsFromTheFrontOfTheField) {
+TEST(GPSTraceMessageNmeaTest, ReadsRealsFromTheFrontOfTheField) {
     const struct {
         std::string text;
         double value;
@@ -464,7 +464,7 @@ TEST(GPSTraceMessageNmea, ReadsRealsFromTheFrontOfTheField) {
     }
 }
 
-TEST(GPSTraceMessageNmea, MissingFieldsAreZeros) {
+TEST(GPSTraceMessageNmeaTest, MissingFieldsAreZeros) {
     expectEqual(numbersOfRMC("$GPRMC"), NumericRMC());
     expectEqual(numbersOfRMC("$GPRMC,"), NumericRMC());
     expectEqual(numbersOfRMC("$GPRMC,,V,,,,,,,,,,N*53"), NumericRMC());
@@ -475,26 +475,26 @@ TEST(GPSTraceMessageNmea, MissingFieldsAreZeros) {
     expectEqual(numbersOfRMC("$GPRMC,123519"), timeOnly);
 }
 
-TEST(GPSTraceMessageNmea, AGGAWithoutCommaTakesTheSentenceAsTime) {
+TEST(GPSTraceMessageNmeaTest, AGGAWithoutCommaTakesTheSentenceAsTime) {
     expectEqual(numbersOfGGA("$GPGGA"), zerosOfGGA(true));
     expectEqual(numbersOfGGA("$GPGGA*56\r\n"), zerosOfGGA(true));
 }
 
-TEST(GPSTraceMessageNmea, ReadsNothingBehindTheLastNumber) {
+TEST(GPSTraceMessageNmeaTest, ReadsNothingBehindTheLastNumber) {
     expectEqual(numbersOfRMC(RMC_FIELDS_1_TO_10 + ",W,A*6A\r\n"), numbersOfRMC(RMC_SENTENCE));
     expectEqual(numbersOfRMC(RMC_FIELDS_1_TO_10), numbersOfRMC(RMC_SENTENCE));
     expectEqual(numbersOfGGA("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4"),
                 numbersOfGGA(GGA_SENTENCE));
 }
 
-TEST(GPSTraceMessageNmea, IgnoresQualityAndDilution) {
+TEST(GPSTraceMessageNmeaTest, IgnoresQualityAndDilution) {
     expectEqual(numbersOfGGA("$GPGGA,123519,4807.038,N,01131.000,E,0,08,99.99,545.4,M"),
                 numbersOfGGA(GGA_SENTENCE));
     expectEqual(numbersOfGGA("$GPGGA,123519,4807.038,N,01131.000,E,,08,,545.4,M"),
                 numbersOfGGA(GGA_SENTENCE));
 }
 
-TEST(GPSTraceMessageNmea, LeavesTheNumbersWithoutTheSentence) {
+TEST(GPSTraceMessageNmeaTest, LeavesTheNumbersWithoutTheSentence) {
     NumericRMC rmc = oldRMC();
     EXPECT_FALSE(GPSTraceMessage(1, GGA_SENTENCE).getGPRMC(rmc));
     EXPECT_FALSE(GPSTraceMessage().getGPRMC(rmc));
@@ -506,7 +506,7 @@ TEST(GPSTraceMessageNmea, LeavesTheNumbersWithoutTheSentence) {
     expectEqual(gga, oldGGA());
 }
 
-TEST(GPSTraceMessageNmea, GivesTheNumbersWithoutASplitAndChangesNothing) {
+TEST(GPSTraceMessageNmeaTest, GivesTheNumbersWithoutASplitAndChangesNothing) {
     const GPSTraceMessage rmc(1, RMC_SENTENCE);
     NumericRMC first;
     NumericRMC second = oldRMC();
@@ -525,7 +525,7 @@ TEST(GPSTraceMessageNmea, GivesTheNumbersWithoutASplitAndChangesNothing) {
     EXPECT_EQ(payloadOf(gga), GGA_SENTENCE + "\n");
 }
 
-TEST(GPSTraceMessageNmea, GivesTheSameNumbersBehindASplit) {
+TEST(GPSTraceMessageNmeaTest, GivesTheSameNumbersBehindASplit) {
     GPSTraceMessage message(1, RMC_SENTENCE);
     message.addRecord(GGA_SENTENCE);
     NumericRMC rmc;
@@ -536,7 +536,7 @@ TEST(GPSTraceMessageNmea, GivesTheSameNumbersBehindASplit) {
     expectEqual(gga, numbersOfGGA(GGA_SENTENCE));
 }
 
-TEST(GPSTraceMessageNmea, NewNumbersAreZeros) {
+TEST(GPSTraceMessageNmeaTest, NewNumbersAreZeros) {
     EXPECT_EQ(exactly(NumericRMC()), std::make_tuple(0U, false, 0U, 0U, 0U, 0U, 0U));
     EXPECT_EQ(exactly(NumericGGA()), std::make_tuple(0U, false, 0U, 0U, 0U, 0U));
 }

@@ -63,7 +63,7 @@ private:
 
 }  // namespace
 
-TEST(GPSTraceMessageRDB, FormatsTheFixWithItsAltitude) {
+TEST(GPSTraceMessageRDBTest, FormatsTheFixWithItsAltitude) {
     EXPECT_EQ(formatted(GGA_SENTENCE), "48°7.038 N, 11°31.000 E, 545.4M");
     EXPECT_EQ(formatted(GGA_SENTENCE),
               "48\xC2\xB0"
@@ -71,18 +71,18 @@ TEST(GPSTraceMessageRDB, FormatsTheFixWithItsAltitude) {
               "31.000 E, 545.4M");
 }
 
-TEST(GPSTraceMessageRDB, FormatsAnRMCPositionWithoutAltitude) {
+TEST(GPSTraceMessageRDBTest, FormatsAnRMCPositionWithoutAltitude) {
     EXPECT_EQ(formatted(RMC_SENTENCE), POSITION_TEXT);
 }
 
-TEST(GPSTraceMessageRDB, PrefersTheGGAPosition) {
+TEST(GPSTraceMessageRDBTest, PrefersTheGGAPosition) {
     const std::string gga = ggaWith("08", POSITION, "545.4,M");
     EXPECT_EQ(formatted(gga, OTHER_RMC), POSITION_TEXT + ", 545.4M");
     EXPECT_EQ(formatted(OTHER_RMC, gga), POSITION_TEXT + ", 545.4M");
     EXPECT_EQ(formatted(gga, rmcWith("V", "3356.111,S,15112.222,W")), POSITION_TEXT + ", 545.4M");
 }
 
-TEST(GPSTraceMessageRDB, AnySatellitesMakeTheGGAPositionCount) {
+TEST(GPSTraceMessageRDBTest, AnySatellitesMakeTheGGAPositionCount) {
     for (const std::string& satellites :
          {"1"s, "08"s, "12abc"s, " 7"s, "-1"s, "+3"s, "1.5"s, "65536"s, "99999999999999999999"s}) {
         EXPECT_EQ(formatted(ggaWith(satellites, POSITION, "545.4,M"), OTHER_RMC),
@@ -91,7 +91,7 @@ TEST(GPSTraceMessageRDB, AnySatellitesMakeTheGGAPositionCount) {
     }
 }
 
-TEST(GPSTraceMessageRDB, FallsBackToTheRMCWithoutSatellites) {
+TEST(GPSTraceMessageRDBTest, FallsBackToTheRMCWithoutSatellites) {
     for (const std::string& satellites :
          {""s, "0"s, "00"s, "-0"s, "0.9"s, "many"s, "x1"s, " "s, "0x8"s,
           "\0"s
@@ -104,13 +104,13 @@ TEST(GPSTraceMessageRDB, FallsBackToTheRMCWithoutSatellites) {
     EXPECT_EQ(formatted("$GPGGA,123519," + POSITION + ",1", OTHER_RMC), OTHER_TEXT);
 }
 
-TEST(GPSTraceMessageRDB, LooksAtNothingElseOfTheGGA) {
+TEST(GPSTraceMessageRDBTest, LooksAtNothingElseOfTheGGA) {
     EXPECT_EQ(formatted("$GPGGA,," + POSITION + ",0,08,,545.4,M,,,,*47"),
               POSITION_TEXT + ", 545.4M");
     EXPECT_EQ(formatted("$GPGGA,," + POSITION + ",,08"), POSITION_TEXT);
 }
 
-TEST(GPSTraceMessageRDB, TakesAnRMCOfStatusAAlone) {
+TEST(GPSTraceMessageRDBTest, TakesAnRMCOfStatusAAlone) {
     for (const std::string& status :
          {""s, "V"s, "a"s, "AA"s, "A "s, " A"s, "Active"s, "A\0"s, "D"s}) {
         EXPECT_EQ(formatted(rmcWith(status, POSITION)), "") << testing::PrintToString(status);
@@ -119,14 +119,14 @@ TEST(GPSTraceMessageRDB, TakesAnRMCOfStatusAAlone) {
     }
 }
 
-TEST(GPSTraceMessageRDB, GivesTheEmptyTextWithoutEitherSentence) {
+TEST(GPSTraceMessageRDBTest, GivesTheEmptyTextWithoutEitherSentence) {
     EXPECT_EQ(GPSTraceMessage().formatForRDB(), "");
     EXPECT_EQ(formatted(""), "");
     EXPECT_EQ(formatted("$PGRME,15.0,M,45.0,M", "$HCHDG,101.1"), "");
     EXPECT_EQ(formatted("$GPRMC"), "");
 }
 
-TEST(GPSTraceMessageRDB, WritesTheAltitudeAsStored) {
+TEST(GPSTraceMessageRDBTest, WritesTheAltitudeAsStored) {
     const struct {
         std::string altitude;
         std::string text;
@@ -145,7 +145,7 @@ TEST(GPSTraceMessageRDB, WritesTheAltitudeAsStored) {
     }
 }
 
-TEST(GPSTraceMessageRDB, WritesDegreesMinutesAndHemisphere) {
+TEST(GPSTraceMessageRDBTest, WritesDegreesMinutesAndHemisphere) {
     const struct {
         std::string position;
         std::string text;
@@ -174,7 +174,7 @@ TEST(GPSTraceMessageRDB, WritesDegreesMinutesAndHemisphere) {
     }
 }
 
-TEST(GPSTraceMessageRDB, RefreshesTheFields) {
+TEST(GPSTraceMessageRDBTest, RefreshesTheFields) {
     GPSTraceMessage gga(1, GGA_SENTENCE);
     EXPECT_EQ(gga.getGGA().timeUTC, "");
     gga.formatForRDB();
@@ -190,7 +190,7 @@ TEST(GPSTraceMessageRDB, RefreshesTheFields) {
     EXPECT_EQ(fieldTexts(rmc.getGGA()), Texts(14));
 }
 
-TEST(GPSTraceMessageRDB, RefreshesTheFieldsOfASentenceThatIsNotUsed) {
+TEST(GPSTraceMessageRDBTest, RefreshesTheFieldsOfASentenceThatIsNotUsed) {
     GPSTraceMessage gga(1, ggaWith("00", POSITION, "545.4,M"));
     EXPECT_EQ(gga.formatForRDB(), "");
     EXPECT_EQ(gga.getGGA().numberSatellites, "00");
@@ -200,7 +200,7 @@ TEST(GPSTraceMessageRDB, RefreshesTheFieldsOfASentenceThatIsNotUsed) {
     EXPECT_EQ(rmc.getRMC().status, "V");
 }
 
-TEST(GPSTraceMessageRDB, FormatsTheSameAgainAndLeavesTheSentences) {
+TEST(GPSTraceMessageRDBTest, FormatsTheSameAgainAndLeavesTheSentences) {
     GPSTraceMessage message(1, OTHER_RMC);
     message.addRecord(GGA_SENTENCE);
     const std::string sentences = payloadOf(message);
@@ -209,7 +209,7 @@ TEST(GPSTraceMessageRDB, FormatsTheSameAgainAndLeavesTheSentences) {
     EXPECT_EQ(payloadOf(message), sentences);
 }
 
-TEST(GPSTraceMessageRDB, WritesNumbersInTheGlobalLocaleOfTheCall) {
+TEST(GPSTraceMessageRDBTest, WritesNumbersInTheGlobalLocaleOfTheCall) {
     GPSTraceMessage message(1, ggaWith("08", "-4807.038,N,01131.000,E", "1545.4,M"));
     {
         const GlobalCommaAndDots locale;

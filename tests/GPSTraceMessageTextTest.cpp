@@ -233,12 +233,12 @@ std::string toString(const MessageBase& message) {
 
 }  // namespace
 
-TEST(GPSTraceMessageText, TraceLineShowsBasePartColumnAndSentence) {
+TEST(GPSTraceMessageTextTest, TraceLineShowsBasePartColumnAndSentence) {
     EXPECT_EQ(textOf(messageWith("$GPRMC,A*00\r\n")),
               "0123456789abcdef 00fedcba  GPS         | $GPRMC,A*00");
 }
 
-TEST(GPSTraceMessageText, TraceLineShowsTheSentencesInOrderOfTheirCodes) {
+TEST(GPSTraceMessageTextTest, TraceLineShowsTheSentencesInOrderOfTheirCodes) {
     GPSTraceMessage message(255, RMC_SENTENCE + "\r\n");
     message.addRecord(GGA_SENTENCE + "\r\n");
     message.addRecord("$HCHDG,101.1");
@@ -246,18 +246,18 @@ TEST(GPSTraceMessageText, TraceLineShowsTheSentencesInOrderOfTheirCodes) {
                                    RMC_SENTENCE + " $HCHDG,101.1");
 }
 
-TEST(GPSTraceMessageText, TraceLineWithoutSentencesEndsBehindTheColumn) {
+TEST(GPSTraceMessageTextTest, TraceLineWithoutSentencesEndsBehindTheColumn) {
     EXPECT_EQ(textOf(GPSTraceMessage()), "0000000000000000 00000000  GPS         |");
     EXPECT_EQ(toString(GPSTraceMessage()), "0000000000000000 00000000  GPS         |");
 }
 
-TEST(GPSTraceMessageText, TraceLineShowsTheLargestNumbersWhole) {
+TEST(GPSTraceMessageTextTest, TraceLineShowsTheLargestNumbersWhole) {
     GPSTraceMessage message(0xFFFFFFFFFFFFFFFE, "x");
     message.setMbnr(0xFEDCBA98);
     EXPECT_EQ(textOf(message), "fffffffffffffffe fedcba98  GPS         | x");
 }
 
-TEST(GPSTraceMessageText, TraceLineLeavesOutTheLineEnd) {
+TEST(GPSTraceMessageTextTest, TraceLineLeavesOutTheLineEnd) {
     const struct {
         std::string record;
         std::string shown;
@@ -284,14 +284,14 @@ TEST(GPSTraceMessageText, TraceLineLeavesOutTheLineEnd) {
     }
 }
 
-TEST(GPSTraceMessageText, TraceLineIsTheSameBehindASplit) {
+TEST(GPSTraceMessageTextTest, TraceLineIsTheSameBehindASplit) {
     GPSTraceMessage message = messageWith(RMC_SENTENCE);
     const std::string before = textOf(message);
     message.formatForRDB();
     EXPECT_EQ(textOf(message), before);
 }
 
-TEST(GPSTraceMessageText, TraceLineIsTheSameInEveryStreamFormat) {
+TEST(GPSTraceMessageTextTest, TraceLineIsTheSameInEveryStreamFormat) {
     std::ostringstream os;
     os << std::showbase << std::uppercase << std::left << std::oct << std::setfill('*');
     os << messageWith("$GPRMC,A");
@@ -303,32 +303,32 @@ TEST(GPSTraceMessageText, TraceLineIsTheSameInEveryStreamFormat) {
     EXPECT_EQ(internal.str(), BASE_PART + COLUMN + " $GPRMC,A");
 }
 
-TEST(GPSTraceMessageText, TraceLineReplacesAPendingWidth) {
+TEST(GPSTraceMessageTextTest, TraceLineReplacesAPendingWidth) {
     std::ostringstream os;
     os << std::setw(30) << messageWith("$GPRMC,A");
     EXPECT_EQ(os.str(), BASE_PART + COLUMN + " $GPRMC,A");
     EXPECT_EQ(os.width(), 0);
 }
 
-TEST(GPSTraceMessageText, TraceLineDoesNotFlush) {
+TEST(GPSTraceMessageTextTest, TraceLineDoesNotFlush) {
     EXPECT_TRUE(flushedBy(messageWith(RMC_SENTENCE)).empty());
 }
 
-TEST(GPSTraceMessageText, TraceLineRestoresTheStreamFormat) {
+TEST(GPSTraceMessageTextTest, TraceLineRestoresTheStreamFormat) {
     expectFormatRestored(messageWith("$GPRMC,A"));
 }
 
-TEST(GPSTraceMessageText, TraceLineLeavesItsFormatBehindWhenTheStreamThrows) {
+TEST(GPSTraceMessageTextTest, TraceLineLeavesItsFormatBehindWhenTheStreamThrows) {
     GPSTraceMessage message = messageWith("$GPRMC,A");
     message.addRecord("$GPGGA,B");
     expectTraceFormatLeftBehindWhenThrowing(message);
 }
 
-TEST(GPSTraceMessageText, TraceLineIsAbsorbedByAFailingStream) {
+TEST(GPSTraceMessageTextTest, TraceLineIsAbsorbedByAFailingStream) {
     expectAbsorbedByAFailingStream(messageWith("$GPRMC,A"));
 }
 
-TEST(GPSTraceMessageText, PrintWritesTheTraceLineAndReturnsTheStream) {
+TEST(GPSTraceMessageTextTest, PrintWritesTheTraceLineAndReturnsTheStream) {
     const GPSTraceMessage message = messageWith(RMC_SENTENCE);
     std::ostringstream os;
     os << "before:";
@@ -338,7 +338,7 @@ TEST(GPSTraceMessageText, PrintWritesTheTraceLineAndReturnsTheStream) {
     EXPECT_EQ(os.str(), "before:" + textOf(message) + "255");
 }
 
-TEST(GPSTraceMessageText, ToStringGivesTheTextOfPrint) {
+TEST(GPSTraceMessageTextTest, ToStringGivesTheTextOfPrint) {
     for (const std::string& record : {RMC_SENTENCE + "\r\n", "x\r\r\n"s, "\n"s, "a\0b"s}) {
         const GPSTraceMessage message = messageWith(record);
         std::ostringstream os;
@@ -349,22 +349,22 @@ TEST(GPSTraceMessageText, ToStringGivesTheTextOfPrint) {
     EXPECT_EQ(toString(messageWith("$GPRMC,A\r\n")), BASE_PART + COLUMN + " $GPRMC,A");
 }
 
-TEST(GPSTraceMessageText, NeitherOperatorNorToStringCallsTheVirtualPrint) {
+TEST(GPSTraceMessageTextTest, NeitherOperatorNorToStringCallsTheVirtualPrint) {
     const OwnPrint message(1, "$GPRMC,A");
     const std::string line = "0000000000000001 00000000" + COLUMN + " $GPRMC,A";
     EXPECT_EQ(textOf<GPSTraceMessage>(message), line);
     EXPECT_EQ(toString(message), line);
 }
 
-TEST(GPSTraceMessageText, DumpsEveryFieldOfAnRMC) {
+TEST(GPSTraceMessageTextTest, DumpsEveryFieldOfAnRMC) {
     EXPECT_EQ(textOf(fullRMC()), FULL_RMC_DUMP);
 }
 
-TEST(GPSTraceMessageText, DumpsEveryFieldOfAGGA) {
+TEST(GPSTraceMessageTextTest, DumpsEveryFieldOfAGGA) {
     EXPECT_EQ(textOf(fullGGA()), FULL_GGA_DUMP);
 }
 
-TEST(GPSTraceMessageText, DumpsBareLabelsOfEmptyFields) {
+TEST(GPSTraceMessageTextTest, DumpsBareLabelsOfEmptyFields) {
     EXPECT_EQ(textOf(gprmc_t()),
               "1. UTC time = \n2. Status = \n3. Latitude = \n4. Latitude hemisphere = \n"
               "5. Longitude = \n6. Longitude hemisphere = \n7. Speed = \n8. Course = \n"
@@ -378,7 +378,7 @@ TEST(GPSTraceMessageText, DumpsBareLabelsOfEmptyFields) {
               "13. Age GPS data = \n14. Reference id = \n");
 }
 
-TEST(GPSTraceMessageText, DumpsFieldsExactlyAsStored) {
+TEST(GPSTraceMessageTextTest, DumpsFieldsExactlyAsStored) {
     gprmc_t rmc = fullRMC();
     rmc.timeUTC = "\t12 \"x\"\0 "s;
     rmc.modeIndicator = "A\r\n";
@@ -387,21 +387,21 @@ TEST(GPSTraceMessageText, DumpsFieldsExactlyAsStored) {
     EXPECT_EQ(text.substr(text.find("12. ")), "12. Mode indicator = A\r\n\n");
 }
 
-TEST(GPSTraceMessageText, DumpsTheFieldsOfAMessage) {
+TEST(GPSTraceMessageTextTest, DumpsTheFieldsOfAMessage) {
     GPSTraceMessage message(1, RMC_SENTENCE);
     message.addRecord("$GPGGA");
     EXPECT_EQ(textOf(message.getRMC()).substr(0, 35), "1. UTC time = 123519\n2. Status = A\n");
     EXPECT_EQ(textOf(message.getGGA()).substr(0, 22), "1. UTC time = $GPGGA\n\n");
 }
 
-TEST(GPSTraceMessageText, DumpsFlushEveryLine) {
+TEST(GPSTraceMessageTextTest, DumpsFlushEveryLine) {
     EXPECT_EQ(flushedBy(fullRMC()), growingLines(FULL_RMC_DUMP));
     EXPECT_EQ(flushedBy(fullGGA()), growingLines(FULL_GGA_DUMP));
     EXPECT_EQ(flushedBy(gprmc_t()).size(), 12U);
     EXPECT_EQ(flushedBy(gpgga_t()).size(), 14U);
 }
 
-TEST(GPSTraceMessageText, APendingWidthFillsTheFirstLabelOfADumpAlone) {
+TEST(GPSTraceMessageTextTest, APendingWidthFillsTheFirstLabelOfADumpAlone) {
     std::ostringstream rmc;
     rmc << std::left << std::setfill('*') << std::setw(20) << fullRMC();
     EXPECT_EQ(rmc.str(), "000000" + FULL_RMC_DUMP);
@@ -410,17 +410,17 @@ TEST(GPSTraceMessageText, APendingWidthFillsTheFirstLabelOfADumpAlone) {
     EXPECT_EQ(gga.str(), "000000" + FULL_GGA_DUMP);
 }
 
-TEST(GPSTraceMessageText, DumpsRestoreTheStreamFormat) {
+TEST(GPSTraceMessageTextTest, DumpsRestoreTheStreamFormat) {
     expectFormatRestored(fullRMC());
     expectFormatRestored(fullGGA());
 }
 
-TEST(GPSTraceMessageText, DumpsLeaveTheirFormatBehindWhenTheStreamThrows) {
+TEST(GPSTraceMessageTextTest, DumpsLeaveTheirFormatBehindWhenTheStreamThrows) {
     expectTraceFormatLeftBehindWhenThrowing(fullRMC());
     expectTraceFormatLeftBehindWhenThrowing(fullGGA());
 }
 
-TEST(GPSTraceMessageText, DumpsAreAbsorbedByAFailingStream) {
+TEST(GPSTraceMessageTextTest, DumpsAreAbsorbedByAFailingStream) {
     expectAbsorbedByAFailingStream(fullRMC());
     expectAbsorbedByAFailingStream(fullGGA());
 }

@@ -1,4 +1,4 @@
-#include "libvextrace/InvalidMessage.h"
+#include "libvextrace/internal/InvalidMessage.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include "tests/support/TestMessage.h"
 #include "tests/support/messages.h"
 
-using vextrace::InvalidMessage;
+using vextrace::internal::InvalidMessage;
 
 namespace {
 

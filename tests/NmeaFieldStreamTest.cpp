@@ -1,4 +1,4 @@
-#include "libvextrace/NmeaFieldStream.h"
+#include "libvextrace/internal/NmeaFieldStream.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 using namespace std::string_literals;
 
-using vextrace::NmeaFieldStream;
+using vextrace::internal::NmeaFieldStream;
 
 namespace {
 
@@ -55,23 +55,23 @@ using Items = std::vector<std::string>;
 
 }  // namespace
 
-TEST(NmeaFieldStream, EndsEachFieldAtItsDelimiter) {
+TEST(NmeaFieldStreamTest, EndsEachFieldAtItsDelimiter) {
     EXPECT_EQ(readAll("$GPRMC,1,2*47\n", ",,*\n"), (Items{"$GPRMC", "1", "2", "47"}));
 }
 
-TEST(NmeaFieldStream, KeepsOtherDelimitersInTheField) {
+TEST(NmeaFieldStreamTest, KeepsOtherDelimitersInTheField) {
     EXPECT_EQ(readAll("a*b,c,d*e", ",*"), (Items{"a*b", "c,d"}));
 }
 
-TEST(NmeaFieldStream, GivesAnEmptyFieldBetweenTwoDelimiters) {
+TEST(NmeaFieldStreamTest, GivesAnEmptyFieldBetweenTwoDelimiters) {
     EXPECT_EQ(readAll(",,x", ",,,"), (Items{"", "", "x"}));
 }
 
-TEST(NmeaFieldStream, GivesAllTheRestWithoutAFurtherDelimiter) {
+TEST(NmeaFieldStreamTest, GivesAllTheRestWithoutAFurtherDelimiter) {
     EXPECT_EQ(readAll("a,b*6A\r\n", ",,"), (Items{"a", "b*6A\r\n"}));
 }
 
-TEST(NmeaFieldStream, LeavesTheItemOnceItHasRunIntoTheEnd) {
+TEST(NmeaFieldStreamTest, LeavesTheItemOnceItHasRunIntoTheEnd) {
     EXPECT_EQ(readAll("all", ",,*"), (Items{"all", "all", "all"}));
 
     NmeaFieldStream s("all");
@@ -82,12 +82,12 @@ TEST(NmeaFieldStream, LeavesTheItemOnceItHasRunIntoTheEnd) {
     EXPECT_EQ(item, "kept");
 }
 
-TEST(NmeaFieldStream, GivesAnEmptyFieldWhereTheReadBeginsAtTheEnd) {
+TEST(NmeaFieldStreamTest, GivesAnEmptyFieldWhereTheReadBeginsAtTheEnd) {
     EXPECT_EQ(readAll("a,", ",,"), (Items{"a", ""}));
     EXPECT_EQ(readAll("", ","), (Items{""}));
 }
 
-TEST(NmeaFieldStream, IsExhaustedBehindTheEmptyFieldAtTheEnd) {
+TEST(NmeaFieldStreamTest, IsExhaustedBehindTheEmptyFieldAtTheEnd) {
     NmeaFieldStream s("a,");
     std::string_view item;
     s.readField(item, ',');
@@ -97,12 +97,12 @@ TEST(NmeaFieldStream, IsExhaustedBehindTheEmptyFieldAtTheEnd) {
     EXPECT_EQ(item, "kept");
 }
 
-TEST(NmeaFieldStream, TakesNulBytesAsAnyOther) {
+TEST(NmeaFieldStreamTest, TakesNulBytesAsAnyOther) {
     EXPECT_EQ(readAll("\0a,b\0,\0"s, ",,,"), (Items{"\0a"s, "b\0"s, "\0"s}));
     EXPECT_EQ(readAll("a\0b"s, "\0x"s), (Items{"a", "b"}));
 }
 
-TEST(NmeaFieldStream, ReadsInPlace) {
+TEST(NmeaFieldStreamTest, ReadsInPlace) {
     const std::string text = "first,second";
     NmeaFieldStream s(text);
     std::string_view item;
@@ -111,7 +111,7 @@ TEST(NmeaFieldStream, ReadsInPlace) {
     EXPECT_EQ(static_cast<const void*>(item.data()), text.data() + 6);
 }
 
-TEST(NmeaFieldStream, EqualsGetlineOnRealSentences) {
+TEST(NmeaFieldStreamTest, EqualsGetlineOnRealSentences) {
     const std::string rmcDelimiters = ",,,,,,,,,,,,*,";
     for (const std::string& text :
          {"$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W*6A\r\n"s,
@@ -121,7 +121,7 @@ TEST(NmeaFieldStream, EqualsGetlineOnRealSentences) {
     }
 }
 
-TEST(NmeaFieldStream, EqualsGetlineOnAllShortTexts) {
+TEST(NmeaFieldStreamTest, EqualsGetlineOnAllShortTexts) {
     const std::vector<std::string> delimiterRows = textsOver(",*", 4);
     for (size_t length = 0; length <= 5; ++length) {
         for (const std::string& text : textsOver(",*x\0"s, length)) {

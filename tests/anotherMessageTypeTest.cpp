@@ -22,11 +22,11 @@ const Bytes WARM_BYTES = {0x00, 0x10, 0x00, 0x87, 0x09, 0x0A, 0x01, 0x02, 0x03,
 
 }  // namespace
 
-TEST(AnotherMessageType, WritesItsPayloadBehindTheHeader) {
+TEST(AnotherMessageTypeTest, WritesItsPayloadBehindTheHeader) {
     EXPECT_EQ(serialise(warm()), WARM_BYTES);
 }
 
-TEST(AnotherMessageType, IsRefusedWholeWhereThereIsNoRoom) {
+TEST(AnotherMessageTypeTest, IsRefusedWholeWhereThereIsNoRoom) {
     Bytes room(17, 0xEE);
     uint8_t* pdest = room.data();
     EXPECT_THROW(warm().writeToByteArray(pdest, room.size(), false), InvalidMessageException);
@@ -34,7 +34,7 @@ TEST(AnotherMessageType, IsRefusedWholeWhereThereIsNoRoom) {
     EXPECT_EQ(room, Bytes(17, 0xEE));
 }
 
-TEST(AnotherMessageType, ComesBackThroughTheFactoryBesideGPSMessages) {
+TEST(AnotherMessageTypeTest, ComesBackThroughTheFactoryBesideGPSMessages) {
     ASSERT_TRUE(TemperatureMessage::registerMessage());
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     Bytes bytes = serialise(GPSTraceMessage(1, RMC_SENTENCE));
@@ -57,7 +57,7 @@ TEST(AnotherMessageType, ComesBackThroughTheFactoryBesideGPSMessages) {
     EXPECT_EQ(serialise(*message), WARM_BYTES);
 }
 
-TEST(AnotherMessageType, ReaderRefusesAPayloadOfAnotherLength) {
+TEST(AnotherMessageTypeTest, ReaderRefusesAPayloadOfAnotherLength) {
     ASSERT_TRUE(TemperatureMessage::registerMessage());
     Bytes bytes = WARM_BYTES;
     bytes[1] = 0x11;
@@ -70,21 +70,21 @@ TEST(AnotherMessageType, ReaderRefusesAPayloadOfAnotherLength) {
     EXPECT_EQ(decoded.bytesTaken, 19U);
 }
 
-TEST(AnotherMessageType, PrintsItsTraceLine) {
+TEST(AnotherMessageTypeTest, PrintsItsTraceLine) {
     std::ostringstream os;
     warm().print(os) << '.';
     EXPECT_EQ(os.str(), "0102030405060708 00000000  TEMPERATURE | sensor 4660 298.2 K.");
     EXPECT_EQ(warm().toString(), "0102030405060708 00000000  TEMPERATURE | sensor 4660 298.2 K");
 }
 
-TEST(AnotherMessageType, NamesItsSource) {
+TEST(AnotherMessageTypeTest, NamesItsSource) {
     TemperatureMessage message = warm();
     message.setMbnr(2);
     EXPECT_EQ(message.getSourceChannel(), "TEMPERATURE");
     EXPECT_EQ(static_cast<const MessageBase&>(message).getSourceChannelID(), 0x200001234U);
 }
 
-TEST(AnotherMessageType, EqualsWhatSaysTheSame) {
+TEST(AnotherMessageTypeTest, EqualsWhatSaysTheSame) {
     const TemperatureMessage message = warm();
     const std::unique_ptr<MessageBase> copy(message.clone());
     EXPECT_TRUE(message == *copy);
@@ -95,7 +95,7 @@ TEST(AnotherMessageType, EqualsWhatSaysTheSame) {
 
 // Two types of message are compared through the base; directly the call would be ambiguous in
 // C++20.
-TEST(AnotherMessageType, DiffersFromAMessageOfAnotherType) {
+TEST(AnotherMessageTypeTest, DiffersFromAMessageOfAnotherType) {
     const GPSTraceMessage gps(1, RMC_SENTENCE);
     const TemperatureMessage message = warm();
     EXPECT_FALSE(static_cast<const MessageBase&>(message) == gps);

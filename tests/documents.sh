@@ -81,7 +81,7 @@ named() {
 # Folders of builds are not part of the project.
 check_lists() {
     local folder script
-    named docs/architecture.md libvextrace/*.h libvextrace/*.cpp libvexutil/*.h libvexutil/*.cpp
+    named docs/architecture.md libvexutil/*.{h,cpp} libvextrace/{,internal/}*.{h,cpp}
     for folder in */; do
         [[ $folder == build* ]] || named README.md "$folder"
     done

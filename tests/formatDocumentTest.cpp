@@ -92,11 +92,11 @@ const std::vector<std::pair<std::string, size_t>> POSITIONS = {
 
 }  // namespace
 
-TEST(FormatDocument, DumpIsWhatTheLibraryWrites) {
+TEST(FormatDocumentTest, DumpIsWhatTheLibraryWrites) {
     EXPECT_EQ(dumpedBytes(), serialise(documentedMessage()));
 }
 
-TEST(FormatDocument, DumpIsReadBackAsTheMessage) {
+TEST(FormatDocumentTest, DumpIsReadBackAsTheMessage) {
     const std::unique_ptr<GPSTraceMessage> message = rebuild(dumpedBytes());
     ASSERT_NE(message, nullptr);
     EXPECT_TRUE(*message == documentedMessage());
@@ -104,7 +104,7 @@ TEST(FormatDocument, DumpIsReadBackAsTheMessage) {
     EXPECT_EQ(message->getHeaderReserved(), 1);
 }
 
-TEST(FormatDocument, OffsetsOfTheDumpFollowOneAnother) {
+TEST(FormatDocumentTest, OffsetsOfTheDumpFollowOneAnother) {
     size_t offset = 0;
     for (const DumpLine& line : dump()) {
         EXPECT_EQ(line.offset, offset) << line.note;
@@ -113,7 +113,7 @@ TEST(FormatDocument, OffsetsOfTheDumpFollowOneAnother) {
     EXPECT_EQ(offset, 147U);
 }
 
-TEST(FormatDocument, NotesOfThePayloadQuoteTheirBytes) {
+TEST(FormatDocumentTest, NotesOfThePayloadQuoteTheirBytes) {
     for (const DumpLine& line : dump()) {
         if (line.offset >= MessageBase::MO_BASE_DERIVED) {
             EXPECT_EQ(line.note.rfind(quoted(line.bytes), 0), 0U) << line.note;
@@ -121,7 +121,7 @@ TEST(FormatDocument, NotesOfThePayloadQuoteTheirBytes) {
     }
 }
 
-TEST(FormatDocument, PositionsAreThoseOfTheHeaders) {
+TEST(FormatDocumentTest, PositionsAreThoseOfTheHeaders) {
     const std::string text = document();
     for (const auto& [name, value] : POSITIONS) {
         const std::string row = "| `" + name + "` | " + std::to_string(value) + " |";

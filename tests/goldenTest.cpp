@@ -39,7 +39,7 @@ std::vector<GPSTraceMessage> goldenMessages() {
 
 }  // namespace
 
-TEST(Golden, EveryProcessorWritesTheSameBytes) {
+TEST(GoldenTest, EveryProcessorWritesTheSameBytes) {
     Bytes written;
     for (const GPSTraceMessage& message : goldenMessages()) {
         const Bytes bytes = serialise(message);
@@ -48,7 +48,7 @@ TEST(Golden, EveryProcessorWritesTheSameBytes) {
     EXPECT_EQ(written, goldenFile());
 }
 
-TEST(Golden, EveryProcessorReadsTheSameMessages) {
+TEST(GoldenTest, EveryProcessorReadsTheSameMessages) {
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const Bytes file = goldenFile();
     size_t offset = 0;

@@ -84,7 +84,7 @@ std::unique_ptr<MessageBase> decoded(const Bytes& bytes) {
 
 }  // namespace
 
-TEST(threads, ReadOneMessageAtOnce) {
+TEST(ThreadsTest, ReadOneMessageAtOnce) {
     const GPSTraceMessage message = wholeMessage(258);
     const std::string texts = textsOf(message);
     const auto numbers = numbersOf(message);
@@ -102,7 +102,7 @@ TEST(threads, ReadOneMessageAtOnce) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(threads, DecodeSideBySide) {
+TEST(ThreadsTest, DecodeSideBySide) {
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     std::vector<Bytes> serialisedMessages;
     serialisedMessages.reserve(THREADS);
@@ -119,7 +119,7 @@ TEST(threads, DecodeSideBySide) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(threads, DecodeTheSameBytesAtOnce) {
+TEST(ThreadsTest, DecodeTheSameBytesAtOnce) {
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const GPSTraceMessage expected = wholeMessage(258);
     const Bytes bytes = written(expected);
@@ -131,7 +131,7 @@ TEST(threads, DecodeTheSameBytesAtOnce) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(threads, RegisterAndDecodeAtOnce) {
+TEST(ThreadsTest, RegisterAndDecodeAtOnce) {
     const GPSTraceMessage expected = wholeMessage(258);
     const Bytes bytes = written(expected);
     std::atomic<int> wrong{0};
@@ -143,7 +143,7 @@ TEST(threads, RegisterAndDecodeAtOnce) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(threads, WorkOnMessagesOfTheirOwn) {
+TEST(ThreadsTest, WorkOnMessagesOfTheirOwn) {
     const std::string position = "48°7.038 N, 11°31.000 E, 545.4M";
     const std::string texts = textsOf(wholeMessage(258));
     std::atomic<int> wrong{0};

@@ -32,17 +32,17 @@ void expectAnswers(const GPSTraceMessage& message, const std::string& payload) {
 
 }  // namespace
 
-TEST(FailingMemory, ConstructionFromTextPassesTheFailureOn) {
+TEST(FailingMemoryTest, ConstructionFromTextPassesTheFailureOn) {
     EXPECT_EQ(failEachAllocation([] { GPSTraceMessage message(1, LONG_FIELDS_RMC); }), 2U);
 }
 
-TEST(FailingMemory, SentenceOfAHeldCodeTakesNoEntry) {
+TEST(FailingMemoryTest, SentenceOfAHeldCodeTakesNoEntry) {
     GPSTraceMessage message(1, RMC_SENTENCE);
     message.addRecord(GGA_SENTENCE);
     EXPECT_EQ(failEachAllocation([&] { message.addRecord(RMC_SENTENCE); }), 1U);
 }
 
-TEST(FailingMemory, DecodingCopiesTheInputAndEachSentenceOnce) {
+TEST(FailingMemoryTest, DecodingCopiesTheInputAndEachSentenceOnce) {
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const MessageFactory::Reader read = MessageFactory::getReader(MSGID_GPS);
     const Bytes bytes = serialised(1, 2, RMC_SENTENCE + "\n" + GGA_SENTENCE + "\n");
@@ -53,13 +53,13 @@ TEST(FailingMemory, DecodingCopiesTheInputAndEachSentenceOnce) {
               6U);
 }
 
-TEST(FailingMemory, ConstructionFromBytesPassesTheFailureOn) {
+TEST(FailingMemoryTest, ConstructionFromBytesPassesTheFailureOn) {
     const Bytes bytes = bytesOf(LONG_FIELDS_RMC);
     EXPECT_EQ(failEachAllocation([&] { GPSTraceMessage message(1, bytes.data(), bytes.size()); }),
               2U);
 }
 
-TEST(FailingMemory, MessageThatCouldNotBeExtendedStillAnswers) {
+TEST(FailingMemoryTest, MessageThatCouldNotBeExtendedStillAnswers) {
     GPSTraceMessage message(1, PROPRIETARY);
     const std::string before = payloadOf(message);
     std::string payload = before;
@@ -81,7 +81,7 @@ TEST(FailingMemory, MessageThatCouldNotBeExtendedStillAnswers) {
     expectAnswers(message, before);
 }
 
-TEST(FailingMemory, SentenceWhoseFieldsCouldNotBeSplitIsSplitByTheNextCall) {
+TEST(FailingMemoryTest, SentenceWhoseFieldsCouldNotBeSplitIsSplitByTheNextCall) {
     GPSTraceMessage message(1, LONG_FIELDS_RMC);
     failingMemory::failAt(3);
     EXPECT_THROW(message.addRecord(LONG_FIELDS_RMC), std::bad_alloc);
@@ -91,7 +91,7 @@ TEST(FailingMemory, SentenceWhoseFieldsCouldNotBeSplitIsSplitByTheNextCall) {
     EXPECT_EQ(message.getRMC().modeIndicator, "A");
 }
 
-TEST(FailingMemory, CloneReturnsNothingAndLeavesTheMessage) {
+TEST(FailingMemoryTest, CloneReturnsNothingAndLeavesTheMessage) {
     const GPSTraceMessage message = fullMessage();
     const std::string payload = payloadOf(message);
     const size_t failures =
@@ -100,7 +100,7 @@ TEST(FailingMemory, CloneReturnsNothingAndLeavesTheMessage) {
     EXPECT_GT(failures, 10U);
 }
 
-TEST(FailingMemory, DecodingReturnsNothing) {
+TEST(FailingMemoryTest, DecodingReturnsNothing) {
     const Bytes bytes = serialise(fullMessage());
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const size_t failures = failEachAllocation([&] {
@@ -110,7 +110,7 @@ TEST(FailingMemory, DecodingReturnsNothing) {
     EXPECT_GT(failures, 10U);
 }
 
-TEST(FailingMemory, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
+TEST(FailingMemoryTest, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
     const Bytes bytes = serialised(0, 0, "\n");
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
@@ -123,7 +123,7 @@ TEST(FailingMemory, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
     EXPECT_GE(failures, 4U);
 }
 
-TEST(FailingMemory, RegistrationFailsWhole) {
+TEST(FailingMemoryTest, RegistrationFailsWhole) {
     constexpr auto UNUSED_ID = static_cast<msgid_t>(61440);
     const MessageFactory::Reader reader = [](const uint8_t*, size_t) -> MessageBase* {
         return nullptr;
@@ -137,7 +137,7 @@ TEST(FailingMemory, RegistrationFailsWhole) {
     EXPECT_TRUE(MessageFactory::registerReader(UNUSED_ID, reader));
 }
 
-TEST(FailingMemory, TextsAreWholeOrNotAtAll) {
+TEST(FailingMemoryTest, TextsAreWholeOrNotAtAll) {
     GPSTraceMessage message = fullMessage();
     const MessageBase& base = message;
     const std::string line = base.toString();
@@ -155,7 +155,7 @@ TEST(FailingMemory, TextsAreWholeOrNotAtAll) {
               3U);
 }
 
-TEST(FailingMemory, AccessorsPassTheFailureOn) {
+TEST(FailingMemoryTest, AccessorsPassTheFailureOn) {
     const GPSTraceMessage message = fullMessage();
     const std::string payload = payloadOf(message);
     const auto stillAnswers = [&] { expectAnswers(message, payload); };
@@ -164,7 +164,7 @@ TEST(FailingMemory, AccessorsPassTheFailureOn) {
     EXPECT_GT(failEachAllocation([&] { message.getGGA(); }, stillAnswers), 3U);
 }
 
-TEST(FailingMemory, WritingAndComparingNeedNone) {
+TEST(FailingMemoryTest, WritingAndComparingNeedNone) {
     const GPSTraceMessage message = fullMessage();
     const GPSTraceMessage same = message;
     const MessageBase& base = message;
@@ -177,7 +177,7 @@ TEST(FailingMemory, WritingAndComparingNeedNone) {
               0U);
 }
 
-TEST(FailingMemory, PlainNumbersNeedNone) {
+TEST(FailingMemoryTest, PlainNumbersNeedNone) {
     if (FLT_EVAL_METHOD != 0 && FLT_EVAL_METHOD != 1) {
         GTEST_SKIP() << "With extended precision every number is left to strtod.";
     }
@@ -193,7 +193,7 @@ TEST(FailingMemory, PlainNumbersNeedNone) {
               0U);
 }
 
-TEST(FailingMemory, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
+TEST(FailingMemoryTest, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
     const GPSTraceMessage message(
         4, "$GPRMC,  +00000000000000123519,A, +4807.0380000000000000,N,,E,,,,,,A*00");
     const std::string payload = payloadOf(message);

@@ -4,7 +4,7 @@
 
 #include "libvextrace/GPSTraceMessage.h"
 
-namespace vextrace {
+namespace vextrace::internal {
 
 /// One field of a sentence: its label in the numbered dump, and where it is kept.
 template <class Fields>
@@ -47,4 +47,4 @@ inline constexpr NmeaField<GPSTraceMessage::gpgga_t> GGA_FIELDS[] = {
     {"14. Reference id = ", &GPSTraceMessage::gpgga_t::referenceId},
 };
 
-}  // namespace vextrace
+}  // namespace vextrace::internal

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace vextrace {
+namespace vextrace::internal {
 
 /// Reads the fields of a sentence in place, with the results of std::getline on a string stream
 /// over the text. The text must outlive the stream and the fields read.
@@ -35,4 +35,4 @@ private:
     bool exhausted = false;
 };
 
-}  // namespace vextrace
+}  // namespace vextrace::internal

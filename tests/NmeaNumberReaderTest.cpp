@@ -1,4 +1,4 @@
-#include "libvextrace/nmeaNumber.h"
+#include "libvextrace/internal/NmeaNumberReader.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +15,7 @@
 
 using namespace std::string_literals;
 
-using vextrace::NmeaCoordinate;
-using vextrace::nmeaInteger;
-using vextrace::NmeaNumberReader;
+using vextrace::internal::NmeaNumberReader;
 
 namespace {
 
@@ -73,7 +71,7 @@ void expectAsTheStandardLibrary(const NmeaNumberReader& number, const std::strin
     const std::string_view view = std::string_view(longer).substr(0, text.size());
     const long integer = std::strtol(text.c_str(), nullptr, 10);
     const uint64_t realBits = bitsOf(std::strtod(text.c_str(), nullptr));
-    EXPECT_EQ(nmeaInteger(view), integer) << testing::PrintToString(text);
+    EXPECT_EQ(NmeaNumberReader::integer(view), integer) << testing::PrintToString(text);
     EXPECT_EQ(bitsOf(number.real(view)), realBits) << testing::PrintToString(text);
     const NmeaNumberReader::Number both = number.read(view);
     EXPECT_EQ(both.integer, integer) << testing::PrintToString(text);
@@ -115,30 +113,30 @@ constexpr char NO_COMMA_LOCALE[] =
 
 }  // namespace
 
-TEST(nmeaNumber, ReadsTextsAsTheStandardLibraryDoes) {
+TEST(NmeaNumberReaderTest, ReadsTextsAsTheStandardLibraryDoes) {
     expectTextsAsTheStandardLibrary();
 }
 
-TEST(nmeaNumber, ReadsPlainDecimalsAsTheStandardLibraryDoes) {
+TEST(NmeaNumberReaderTest, ReadsPlainDecimalsAsTheStandardLibraryDoes) {
     expectDecimalsAsTheStandardLibrary(".");
 }
 
-TEST(nmeaNumber, ReadsKnownIntegers) {
-    EXPECT_EQ(nmeaInteger("123519.00"), 123519);
-    EXPECT_EQ(nmeaInteger("010"), 10);
-    EXPECT_EQ(nmeaInteger(" -42x"), -42);
-    EXPECT_EQ(nmeaInteger("2147483647"), 2147483647);
-    EXPECT_EQ(nmeaInteger("x1"), 0);
-    EXPECT_EQ(nmeaInteger(""), 0);
-    EXPECT_EQ(nmeaInteger({}), 0);
+TEST(NmeaNumberReaderTest, ReadsKnownIntegers) {
+    EXPECT_EQ(NmeaNumberReader::integer("123519.00"), 123519);
+    EXPECT_EQ(NmeaNumberReader::integer("010"), 10);
+    EXPECT_EQ(NmeaNumberReader::integer(" -42x"), -42);
+    EXPECT_EQ(NmeaNumberReader::integer("2147483647"), 2147483647);
+    EXPECT_EQ(NmeaNumberReader::integer("x1"), 0);
+    EXPECT_EQ(NmeaNumberReader::integer(""), 0);
+    EXPECT_EQ(NmeaNumberReader::integer({}), 0);
 }
 
-TEST(nmeaNumber, SaturatesIntegersAtTheRangeOfLong) {
-    EXPECT_EQ(nmeaInteger("99999999999999999999"), std::numeric_limits<long>::max());
-    EXPECT_EQ(nmeaInteger("-99999999999999999999"), std::numeric_limits<long>::min());
+TEST(NmeaNumberReaderTest, SaturatesIntegersAtTheRangeOfLong) {
+    EXPECT_EQ(NmeaNumberReader::integer("99999999999999999999"), std::numeric_limits<long>::max());
+    EXPECT_EQ(NmeaNumberReader::integer("-99999999999999999999"), std::numeric_limits<long>::min());
 }
 
-TEST(nmeaNumber, ReadsKnownReals) {
+TEST(NmeaNumberReaderTest, ReadsKnownReals) {
     const NmeaNumberReader number;
     EXPECT_EQ(bitsOf(number.real("022.4")), 0x4036666666666666U);
     EXPECT_EQ(bitsOf(number.real("1.852")), 0x3FFDA1CAC083126FU);
@@ -154,7 +152,7 @@ TEST(nmeaNumber, ReadsKnownReals) {
     EXPECT_TRUE(std::isnan(number.real("nan")));
 }
 
-TEST(nmeaNumber, ReadsTheDecimalPointOfTheCLocale) {
+TEST(NmeaNumberReaderTest, ReadsTheDecimalPointOfTheCLocale) {
     const CommaLocale locale;
     if (!locale.inForce()) {
         GTEST_SKIP() << NO_COMMA_LOCALE;
@@ -164,11 +162,11 @@ TEST(nmeaNumber, ReadsTheDecimalPointOfTheCLocale) {
     EXPECT_EQ(number.real("1.5"), 1.0);
     EXPECT_EQ(number.real(".5"), 0.0);
     EXPECT_EQ(number.real("15"), 15.0);
-    EXPECT_EQ(nmeaInteger("1,5"), 1);
-    EXPECT_EQ(nmeaInteger("1.5"), 1);
+    EXPECT_EQ(NmeaNumberReader::integer("1,5"), 1);
+    EXPECT_EQ(NmeaNumberReader::integer("1.5"), 1);
 }
 
-TEST(nmeaNumber, ReadsAsTheStandardLibraryDoesWithADecimalComma) {
+TEST(NmeaNumberReaderTest, ReadsAsTheStandardLibraryDoesWithADecimalComma) {
     const CommaLocale locale;
     if (!locale.inForce()) {
         GTEST_SKIP() << NO_COMMA_LOCALE;
@@ -178,7 +176,7 @@ TEST(nmeaNumber, ReadsAsTheStandardLibraryDoesWithADecimalComma) {
     expectDecimalsAsTheStandardLibrary(",");
 }
 
-TEST(nmeaNumber, MessagesReadTheDecimalPointOfTheCLocale) {
+TEST(NmeaNumberReaderTest, MessagesReadTheDecimalPointOfTheCLocale) {
     const CommaLocale locale;
     if (!locale.inForce()) {
         GTEST_SKIP() << NO_COMMA_LOCALE;
@@ -191,39 +189,4 @@ TEST(nmeaNumber, MessagesReadTheDecimalPointOfTheCLocale) {
     EXPECT_EQ(numbers.longitude, 11 + 31 / 60.0);
     EXPECT_EQ(numbers.antennaAltitude, 545.0);
     EXPECT_EQ(message.formatForRDB(), "48°7.000 N, 11°31.000 E, 545.4M");
-}
-
-TEST(nmeaNumber, TakesACoordinateApart) {
-    const NmeaNumberReader number;
-    const struct {
-        const char* text;
-        uint16_t deg;
-        double rem;
-    } cases[] = {
-        {"4807.038", 48, 4807.038 - 4800},
-        {"01131.000", 11, 31},
-        {"18000.0", 180, 0},
-        {"12.5", 0, 12.5},
-        {"-99.5", 0, -99.5},
-        {"-100", 65535, -6553600},
-        {"-4807.038", 65488, -4807.038 - 6548800},
-        {"6553599.5", 65535, 99.5},
-        {"6553600.0", 0, 6553600},
-        {"4861.5", 48, 61.5},
-        {"north", 0, 0},
-        {"", 0, 0},
-    };
-    for (const auto& c : cases) {
-        const NmeaCoordinate coordinate(number, c.text);
-        EXPECT_EQ(coordinate.deg, c.deg) << c.text;
-        EXPECT_EQ(bitsOf(coordinate.rem), bitsOf(c.rem)) << c.text;
-    }
-}
-
-TEST(nmeaNumber, PutsACoordinateTogether) {
-    const NmeaNumberReader number;
-    EXPECT_EQ(bitsOf(NmeaCoordinate(number, "4807.038").degrees()), 0x40480F03AFB7E90FU);
-    EXPECT_EQ(NmeaCoordinate(number, "4890").degrees(), 49.5);
-    EXPECT_EQ(NmeaCoordinate(number, "18000.0").degrees(), 180.0);
-    EXPECT_EQ(NmeaCoordinate(number, "").degrees(), 0.0);
 }

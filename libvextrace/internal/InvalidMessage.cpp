@@ -1,4 +1,4 @@
-#include "libvextrace/InvalidMessage.h"
+#include "libvextrace/internal/InvalidMessage.h"
 
 #include <algorithm>
 #include <iomanip>
@@ -6,11 +6,11 @@
 #include <string>
 
 #include "libvextrace/InvalidMessageException.h"
-#include "libvextrace/textStream.h"
-#include "libvextrace/traceFormat.h"
+#include "libvextrace/internal/TextStream.h"
+#include "libvextrace/internal/TraceFormat.h"
 #include "libvexutil/datablock.h"
 
-namespace vextrace {
+namespace vextrace::internal {
 
 InvalidMessage::InvalidMessage(const uint8_t* psrc, size_t len, const char* reason)
     : MessageBase(MSGID_INVALID, 0) {
@@ -73,4 +73,4 @@ uint64_t InvalidMessage::getSourceChannelID() const {
     return MessageBase::getSourceChannelID(BUSID_UNKNOWN, 0, mbnr);
 }
 
-}  // namespace vextrace
+}  // namespace vextrace::internal

@@ -1,12 +1,8 @@
 #pragma once
 
-#include <cstdint>
 #include <string_view>
 
-namespace vextrace {
-
-/// What strtol (base 10) makes of a field's text.
-long nmeaInteger(std::string_view text);
+namespace vextrace::internal {
 
 /// Converts field texts exactly as strtod and strtol (base 10) do, bit for bit and in every locale,
 /// but fast where the text is plain digits with at most one point.
@@ -23,20 +19,14 @@ public:
     /// What strtol and strtod make of the text.
     Number read(std::string_view text) const;
 
+    /// What strtod makes of the text.
     double real(std::string_view text) const { return read(text).real; }
+
+    /// What strtol makes of the text; needs no decimal point and so no reader.
+    static long integer(std::string_view text);
 
 private:
     bool pointIsFullStop;
 };
 
-/// A coordinate ddmm.mmm or dddmm.mmm taken apart.
-struct NmeaCoordinate {
-    uint16_t deg;  ///< whole degrees; 16 bits are meant, absurd values wrap
-    double rem;    ///< minutes
-
-    NmeaCoordinate(const NmeaNumberReader& reader, std::string_view text);
-
-    double degrees() const;
-};
-
-}  // namespace vextrace
+}  // namespace vextrace::internal

@@ -1,11 +1,12 @@
-#include "libvextrace/nmeaNumber.h"
+#include "libvextrace/internal/NmeaNumberReader.h"
 
 #include <cfloat>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 
-namespace vextrace {
+namespace vextrace::internal {
 
 namespace {
 
@@ -49,7 +50,7 @@ size_t readDigits(std::string_view text, uint64_t& value) {
 
 }  // namespace
 
-long nmeaInteger(std::string_view text) {
+long NmeaNumberReader::integer(std::string_view text) {
     uint64_t value = 0;
     const size_t digits = readDigits(text.substr(0, MAX_INTEGER_DIGITS + 1), value);
     const bool fits = digits > 0 && digits <= MAX_INTEGER_DIGITS;
@@ -82,15 +83,4 @@ NmeaNumberReader::Number NmeaNumberReader::read(std::string_view text) const {
     return {static_cast<long>(whole), static_cast<double>(value) / POWERS_OF_TEN[decimals]};
 }
 
-NmeaCoordinate::NmeaCoordinate(const NmeaNumberReader& reader, std::string_view text) {
-    const NmeaNumberReader::Number number = reader.read(text);
-    deg = static_cast<uint16_t>(number.integer / 100);
-    rem = number.real - 100 * deg;
-}
-
-double NmeaCoordinate::degrees() const {
-    const double fraction = rem / 60.0;
-    return deg + fraction;
-}
-
-}  // namespace vextrace
+}  // namespace vextrace::internal

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace vextrace {
+namespace vextrace::internal {
 
 /// Appends what is written to a string.
 class TextBuffer : public std::streambuf {
@@ -42,4 +42,4 @@ public:
     std::ostream os{&buffer};
 };
 
-}  // namespace vextrace
+}  // namespace vextrace::internal

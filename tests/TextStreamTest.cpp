@@ -1,4 +1,4 @@
-#include "libvextrace/textStream.h"
+#include "libvextrace/internal/TextStream.h"
 
 #include <gtest/gtest.h>
 
@@ -7,26 +7,26 @@
 namespace {
 
 // Shows what streams call.
-class OpenBuffer : public vextrace::TextBuffer {
+class OpenBuffer : public vextrace::internal::TextBuffer {
 public:
     using TextBuffer::overflow;
 };
 
 }  // namespace
 
-TEST(TextStream, CollectsCharactersTextsAndNumbers) {
-    vextrace::TextStream text;
+TEST(TextStreamTest, CollectsCharactersTextsAndNumbers) {
+    vextrace::internal::TextStream text;
     text.os.put('a') << "bc" << 42 << std::hex << 255 << ' ' << std::flush << '\0';
     EXPECT_EQ(text.takeText(), std::string("abc42ff \0", 9));
 }
 
-TEST(TextStream, PassesOnWhatAStreamWouldSwallow) {
-    vextrace::TextStream text;
+TEST(TextStreamTest, PassesOnWhatAStreamWouldSwallow) {
+    vextrace::internal::TextStream text;
     EXPECT_EQ(text.os.exceptions(), std::ios_base::badbit);
     EXPECT_TRUE(text.os.good());
 }
 
-TEST(TextBuffer, TakesTheEndOfAFileForNoCharacter) {
+TEST(TextStreamTest, TakesTheEndOfAFileForNoCharacter) {
     OpenBuffer buffer;
     const int end = std::char_traits<char>::eof();
     EXPECT_NE(buffer.overflow(end), end);

@@ -3,7 +3,7 @@
 #include <ios>
 #include <ostream>
 
-namespace vextrace {
+namespace vextrace::internal {
 
 /// The format state of trace texts: hexadecimal and fixed notation, every other flag cleared, and
 /// "0" as fill character. Restoring is a call, not a destructor, because a stream that throws is
@@ -26,4 +26,4 @@ private:
     char oldfill;
 };
 
-}  // namespace vextrace
+}  // namespace vextrace::internal

@@ -2,7 +2,7 @@
 
 #include "libvextrace/MessageBase.h"
 
-namespace vextrace {
+namespace vextrace::internal {
 
 /// Stands for bytes that could not be decoded, so that a trace can be shown and written on without
 /// losing them. Keeps time stamp and reserved word where the bytes hold a whole header.
@@ -33,4 +33,4 @@ public:
     uint64_t getSourceChannelID() const override;
 };
 
-}  // namespace vextrace
+}  // namespace vextrace::internal
