@@ -3,6 +3,47 @@
 #include <stdexcept>
 #include <utility>
 
+namespace {
+
+bool endsInLineFeed(std::string_view text) {
+    return !text.empty() && text.back() == '\n';
+}
+
+// In a bare "$G" the third character is the line feed.
+void makeTalkerGP(char* sentence) {
+    if (sentence[0] == '$' && sentence[1] == 'G') {
+        sentence[2] = 'P';
+    }
+}
+
+// The sentence as it is stored, in one allocation.
+std::string storedSentence(std::string_view record) {
+    std::string s(record.size() + (endsInLineFeed(record) ? 0 : 1), '\n');
+    record.copy(s.data(), record.size());
+    makeTalkerGP(s.data());
+    return s;
+}
+
+// The code under which a sentence is stored, known before the sentence is built.
+class SentenceCode {
+public:
+    explicit SentenceCode(std::string_view record)
+        : size(record.copy(characters, GPSTraceMessage::NMEA_CODE_SIZE)) {
+        if (size < GPSTraceMessage::NMEA_CODE_SIZE && !endsInLineFeed(record)) {
+            characters[size++] = '\n';
+        }
+        makeTalkerGP(characters);
+    }
+
+    std::string_view text() const { return {characters, size}; }
+
+private:
+    char characters[GPSTraceMessage::NMEA_CODE_SIZE] = {};
+    size_t size;
+};
+
+}  // namespace
+
 GPSTraceMessage::GPSTraceMessage() : MessageBase(MSGID_GPS, 0) {}
 
 GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const std::string& record)
@@ -20,24 +61,20 @@ GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const uint8_t* data, siz
 
 void GPSTraceMessage::addRecord(const std::string& record) {
     storeSentence(record);
-    parseRMC();
-    parseGGA();
+    splitNewSentences();
 }
 
 void GPSTraceMessage::storeSentence(std::string_view record) {
-    // One allocation, with the line feed in place from the start.
-    const bool ended = !record.empty() && record.back() == '\n';
-    std::string s(record.size() + (ended ? 0 : 1), '\n');
-    record.copy(s.data(), record.size());
-    if (s[0] == '$' && s[1] == 'G') {
-        s[2] = 'P';  // in a bare "$G" this is the line feed
+    const SentenceCode code(record);
+    const auto place = gpsStrings.lower_bound(code.text());
+    if (place == gpsStrings.end() || place->first != code.text()) {
+        gpsStrings.emplace_hint(place, code.text(), storedSentence(record));
     }
-    const std::string_view code = std::string_view(s).substr(0, NMEA_CODE_SIZE);
-    const auto place = gpsStrings.lower_bound(code);
-    if (place == gpsStrings.end() || place->first != code) {
-        // The entry copies the code, its first member, before it takes s, which holds the code.
-        gpsStrings.emplace_hint(place, code, std::move(s));
-    }
+}
+
+std::string_view GPSTraceMessage::getSentence(std::string_view code) const {
+    const auto iter = gpsStrings.find(code);
+    return iter != gpsStrings.end() ? std::string_view(iter->second) : std::string_view();
 }
 
 // NOLINTNEXTLINE(readability-const-return-type): the type is part of the interface

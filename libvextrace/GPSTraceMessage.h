@@ -14,6 +14,11 @@
 #include "libvextrace/MessageFactory.h"
 #include "libvextrace/visibility.h"
 
+/// Use a message through `const MessageBase&`: the size, the bytes and the text of any message are
+/// asked for in the same words, so getSize(), writeToByteArray() and toString() are private here.
+/// `static_cast<const MessageBase&>(gps).getSize()` compiles, `gps.getSize()` does not; serialise()
+/// and print() need no cast.
+///
 /// What a GPS receiver reported at one time stamp: NMEA 0183 sentences, kept byte for byte as text,
 /// the first of each six-character code; the comma-separated fields of RMC and GGA; and on request
 /// the fix as numbers.
@@ -50,9 +55,15 @@
 /// feed is skipped; behind a NUL byte nothing is read; a sentence with inner line feeds comes back
 /// in pieces, each under its own code; for a bare "$G" see addRecord().
 ///
-/// The message owns all its data. Threads may read one message side by side. Whatever changes it
-/// (addRecord(), formatForRDB(), setHeaderReserved(), setMbnr(), cascadeChannel(), assignment) must
-/// not overlap with any other use of the same message. Different messages share nothing.
+/// The message owns all its data. Copies are deep. Moving throws nothing and leaves a message that
+/// may be used, whose sentences are not specified. A copy assignment that fails, with
+/// std::bad_alloc only, leaves one that may be used, too: its sentences are all those of one of the
+/// two messages, the fields of each sentence whole or empty until the next addRecord() or
+/// formatForRDB().
+///
+/// Threads may read one message side by side. Whatever changes it (addRecord(), formatForRDB(),
+/// setTimeStamp(), setHeaderReserved(), restoreHeader(), setMbnr(), cascadeChannel(), assignment)
+/// must not overlap with any other use of the same message. Different messages share nothing.
 class VEXTRACE_EXPORT GPSTraceMessage : public MessageBase {
 public:
     /// The fields of an RMC sentence as text.
@@ -164,9 +175,27 @@ public:
     /// after.
     ///
     /// \param record  the sentence; copied, any text is taken
-    /// \throws std::bad_alloc only. The sentence is then stored whole or not at all; the fields may
-    ///         be refreshed in part, which the next addRecord() makes good.
+    /// A sentence of a code that is held costs a look-up and nothing else.
+    ///
+    /// \throws std::bad_alloc only. The sentence is then stored whole or not at all; fields that
+    /// could
+    ///         not be split are empty, which the next addRecord() makes good.
     void addRecord(const std::string& record);
+
+    /// The held sentence of this code, such as "$GPGSV", as it is stored: with its line feed, the
+    /// third character of every talker that begins with G made "P". Empty when there is none. The
+    /// view is valid until the message is assigned to, moved from or destroyed.
+    std::string_view getSentence(std::string_view code) const;
+
+    /// All held sentences by their codes, in the order in which they are written:
+    ///
+    ///     for (const auto& [code, sentence] : gps.getSentences()) { ... }
+    ///
+    /// Nothing is copied. Sentences are never changed or removed; addRecord() may add some, which
+    /// invalidates no iterator. The reference is valid as long as the message is.
+    const std::map<std::string, const std::string, std::less<>>& getSentences() const {
+        return gpsStrings;
+    }
 
     /// The held sentence with the smallest code, with its line feed; empty when there is none.
     const std::string getString() const;
@@ -186,8 +215,9 @@ public:
     /// far as it goes, with the decimal point of the C locale in force; no digits give 0.
     ///
     /// \param gprmc  every member is written, missing fields as zeros
-    /// \throws std::bad_alloc only, and only where a field is no plain decimal number; some members
-    ///         of \p gprmc may be written then
+    /// \throws std::bad_alloc only, and only where a field is no plain decimal number of at most 9
+    ///         digits before the point and 15 in all, or where the processor computes with more
+    ///         precision than double's; some members of \p gprmc may be written then
     /// \return false, with \p gprmc untouched, when no RMC sentence is held
     bool getGPRMC(numeric_gprmc_t& gprmc) const;
 
@@ -269,11 +299,12 @@ private:
     static MessageBase* readFromByteArray(const uint8_t* psrc, size_t len);
 
     void storeSentence(std::string_view record);
+    void splitNewSentences();
 
     friend std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);
 
     // Maps a code to its sentence. Unlike the map itself, whose sentences are constant, it can be
-    // assigned with every standard library; an assignment that fails changes nothing.
+    // assigned with every standard library. An assignment that fails changes nothing.
     struct Sentences : std::map<std::string, const std::string, std::less<>> {
         Sentences() = default;
         Sentences(const Sentences&) = default;
@@ -286,9 +317,29 @@ private:
         }
     };
 
+    // The fields of one sentence. An assignment that fails leaves them empty: fields that are not
+    // are taken for those of the held sentence, so they must never be those of two messages.
+    template <class Texts>
+    struct Fields : Texts {
+        Fields() = default;
+        Fields(const Fields&) = default;
+        Fields(Fields&&) noexcept = default;
+        ~Fields() = default;
+        Fields& operator=(const Fields& other) {
+            try {
+                Texts::operator=(other);
+            } catch (...) {
+                Texts::operator=(Texts());
+                throw;
+            }
+            return *this;
+        }
+        Fields& operator=(Fields&&) noexcept = default;
+    };
+
     Sentences gpsStrings;
-    gprmc_t gprmc;
-    gpgga_t gpgga;
+    Fields<gprmc_t> gprmc;
+    Fields<gpgga_t> gpgga;
 };
 
 inline GPSTraceMessage::numeric_gprmc_t::numeric_gprmc_t() = default;

@@ -5,7 +5,6 @@
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/InvalidMessageException.h"
-#include "libvexutil/datablock.h"
 
 namespace {
 
@@ -47,10 +46,9 @@ MessageBase* GPSTraceMessage::readFromByteArray(const uint8_t* psrc, size_t len)
     if (piece.empty()) {
         throw InvalidMessageException(IM_MISC, "GPSTraceMessage: No NMEA code found.");
     }
-    auto message = std::make_unique<GPSTraceMessage>(byteArrayToUint64(psrc + MO_TIMESTAMP),
-                                                     reinterpret_cast<const uint8_t*>(piece.data()),
-                                                     piece.size());
-    message->setHeaderReserved(byteArrayToUint16(psrc + MO_HDRRESERVED));
+    auto message = std::make_unique<GPSTraceMessage>();
+    message->restoreHeader(psrc, len);
+    message->storeSentence(piece);
 
     // Parsing once behind the last piece gives the same fields as parsing behind each.
     bool parse = false;

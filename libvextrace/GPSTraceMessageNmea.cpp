@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
@@ -5,10 +7,12 @@
 #include "libvextrace/internal/NmeaFieldStream.h"
 #include "libvextrace/internal/nmeaFields.h"
 
+using vextrace::internal::GGA_FIELDS;
 using vextrace::internal::NmeaCoordinate;
 using vextrace::internal::NmeaField;
 using vextrace::internal::NmeaFieldStream;
 using vextrace::internal::NmeaNumberReader;
+using vextrace::internal::RMC_FIELDS;
 
 namespace {
 
@@ -18,15 +22,27 @@ bool beginsWith(std::string_view item, char c) {
     return !item.empty() && item.front() == c;
 }
 
-// Reads the fields behind field 0 into their members.
+// Reads the fields behind field 0 into their members; leaves them empty where memory fails.
 template <class Fields, size_t COUNT>
 void splitFields(NmeaFieldStream& s, std::string_view item, const NmeaField<Fields> (&table)[COUNT],
                  Fields& fields) {
-    for (size_t i = 0; i < COUNT; ++i) {
-        s.readField(item, i + 1 < COUNT ? ',' : '*');
-        fields.*table[i].member = item;
-        item = {};
+    try {
+        for (size_t i = 0; i < COUNT; ++i) {
+            s.readField(item, i + 1 < COUNT ? ',' : '*');
+            fields.*table[i].member = item;
+            item = {};
+        }
+    } catch (...) {
+        fields = Fields();
+        throw;
     }
+}
+
+template <class Fields, size_t COUNT>
+bool isEmpty(const Fields& fields, const NmeaField<Fields> (&table)[COUNT]) {
+    return std::all_of(std::begin(table), std::end(table), [&](const NmeaField<Fields>& field) {
+        return (fields.*field.member).empty();
+    });
 }
 
 std::string_view nextField(NmeaFieldStream& s) {
@@ -78,6 +94,16 @@ void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& 
 
 }  // namespace
 
+// Fields that are not empty stay: they are those of the held sentence, which never changes. Fields
+// that are empty while their sentence is held were never split, or memory failed, perhaps in an
+// assignment: then the other sentence's may be another message's.
+void GPSTraceMessage::splitNewSentences() {
+    const bool rmcIsNew = isEmpty<gprmc_t>(gprmc, RMC_FIELDS) && parseRMC();
+    if (rmcIsNew || isEmpty<gpgga_t>(gpgga, GGA_FIELDS)) {
+        parseGGA();
+    }
+}
+
 bool GPSTraceMessage::parseRMC() {
     const auto iter = gpsStrings.find(std::string_view(GPRMC));
     if (iter == gpsStrings.end()) {
@@ -87,7 +113,7 @@ bool GPSTraceMessage::parseRMC() {
     std::string_view item;
     s.readField(item, ',');  // sentence code
     item = {};
-    splitFields(s, item, vextrace::internal::RMC_FIELDS, gprmc);
+    splitFields<gprmc_t>(s, item, RMC_FIELDS, gprmc);
     return true;
 }
 
@@ -101,7 +127,7 @@ bool GPSTraceMessage::parseGGA() {
     // Unlike in parseRMC the buffer is meant to keep field 0: where the sentence holds no comma,
     // all of it becomes the time.
     s.readField(item, ',');
-    splitFields(s, item, vextrace::internal::GGA_FIELDS, gpgga);
+    splitFields<gpgga_t>(s, item, GGA_FIELDS, gpgga);
     return true;
 }
 

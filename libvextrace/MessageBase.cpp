@@ -46,6 +46,16 @@ size_t MessageBase::getSize() const {
     return MO_BASE_DERIVED - MSGSIZE_LENGTH;
 }
 
+void MessageBase::restoreHeader(const uint8_t* psrc, size_t len) {
+    if (len < MO_BASE_DERIVED) {
+        throw InvalidMessageException(IM_INVALID_LEN,
+                                      "MessageBase: The bytes end within the header.",
+                                      static_cast<uint16_t>(len));
+    }
+    stamp = byteArrayToUint64(psrc + MO_TIMESTAMP);
+    headerReserved = byteArrayToUint16(psrc + MO_HDRRESERVED);
+}
+
 void MessageBase::cascadeChannel(uint16_t channel) {
     mbnr = channel;
 }

@@ -33,8 +33,8 @@ enum invalidMsgHandling_t {
 ///          all numbers big-endian; size counts every byte behind itself
 ///
 /// A message owns all its data. It may be read by several threads at once while none changes it;
-/// setHeaderReserved(), setMbnr(), cascadeChannel() and assignment change it, and so do operations
-/// of the derived types, which say so.
+/// setTimeStamp(), setHeaderReserved(), restoreHeader(), setMbnr(), cascadeChannel() and assignment
+/// change it, and so do operations of the derived types, which say so.
 class VEXTRACE_EXPORT MessageBase {
 public:
     /// Byte positions in the header above.
@@ -122,10 +122,22 @@ public:
     /// The time stamp, as it was given to the constructor or read from the header.
     timeStamp_t getTimeStamp() const { return stamp; }
 
+    /// Sets the time stamp.
+    void setTimeStamp(timeStamp_t timeStamp) { stamp = timeStamp; }
+
     /// The reserved word of the header, 0 unless set.
     uint16_t getHeaderReserved() const { return headerReserved; }
     /// Sets the reserved word of the header.
     void setHeaderReserved(uint16_t r) { headerReserved = r; }
+
+    /// Takes over what every header carries beside size and id: time stamp and reserved word. For
+    /// the reader of a message type, behind the constructor of its message.
+    ///
+    /// \param psrc  first byte of a serialised message; read only, not kept
+    /// \param len   bytes readable at \p psrc
+    /// \throws InvalidMessageException (IM_INVALID_LEN, value: \p len) when \p len is below 14;
+    ///         nothing has changed then
+    void restoreHeader(const uint8_t* psrc, size_t len);
 
     /// The number that tells apart the sources of several loggers, 0 unless set. It is not part of
     /// the serialised form.

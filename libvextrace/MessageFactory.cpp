@@ -1,7 +1,6 @@
 #include "libvextrace/MessageFactory.h"
 
 #include <atomic>
-#include <mutex>
 
 #include "libvextrace/internal/InvalidMessage.h"
 #include "libvexutil/datablock.h"
@@ -9,22 +8,28 @@
 namespace {
 
 struct RegisteredReader {
-    msgid_t id;
-    MessageFactory::Reader reader;
-    const RegisteredReader* next;
+    const msgid_t id;
+    std::atomic<MessageFactory::Reader> reader;  // null while it is taken back
+    RegisteredReader* next;
 };
 
-// Grows at the front and never shrinks, so that decoding threads walk it without a lock.
-std::atomic<const RegisteredReader*> readers{nullptr};
-std::mutex registration;
+// Grows at the front and never shrinks, so that threads walk it without a lock. Nor is there a lock
+// to add to it: the child of a fork would wait for ever for a thread that was left in the parent.
+std::atomic<RegisteredReader*> readers{nullptr};
 
-MessageFactory::Reader findReader(const RegisteredReader* first, msgid_t id) {
-    for (const RegisteredReader* entry = first; entry != nullptr; entry = entry->next) {
+RegisteredReader* findEntry(RegisteredReader* first, msgid_t id) {
+    for (RegisteredReader* entry = first; entry != nullptr; entry = entry->next) {
         if (entry->id == id) {
-            return entry->reader;
+            return entry;
         }
     }
     return nullptr;
+}
+
+// Puts the reader into the entry of its id; false when another holds it.
+bool claim(RegisteredReader& entry, MessageFactory::Reader reader) {
+    MessageFactory::Reader held = nullptr;
+    return entry.reader.compare_exchange_strong(held, reader) || held == reader;
 }
 
 // Gives the length of the first message, or throws where range and size field do not fit.
@@ -34,17 +39,17 @@ size_t checkedLength(const uint8_t* psrc, size_t len) {
                                       "MessageFactory: The bytes end within the header.",
                                       static_cast<uint16_t>(len));
     }
+    const FramedMessage front = MessageFactory::frame(psrc, len);
     const uint16_t size = byteArrayToUint16(psrc + MessageBase::MO_MSGSIZE);
-    const size_t messageLength = size + MessageBase::MSGSIZE_LENGTH;
-    if (messageLength < MessageBase::MO_BASE_DERIVED) {
+    if (front.framing == FRAMING_DAMAGED) {
         throw InvalidMessageException(
             IM_INVALID_LEN, "MessageFactory: The size field is too small for the header.", size);
     }
-    if (messageLength > len) {
+    if (front.framing == FRAMING_INCOMPLETE) {
         throw InvalidMessageException(IM_INVALID_LEN,
                                       "MessageFactory: The bytes end within the message.", size);
     }
-    return messageLength;
+    return front.length;
 }
 
 std::unique_ptr<MessageBase> readMessage(const uint8_t* psrc, size_t messageLength) {
@@ -74,17 +79,42 @@ bool MessageFactory::registerReader(msgid_t id, Reader reader) {
     if (reader == nullptr) {
         return false;
     }
-    const std::lock_guard<std::mutex> lock(registration);
-    const RegisteredReader* first = readers.load(std::memory_order_relaxed);
-    if (const Reader held = findReader(first, id); held != nullptr) {
-        return held == reader;
+    RegisteredReader* first = readers.load();
+    if (RegisteredReader* const entry = findEntry(first, id); entry != nullptr) {
+        return claim(*entry, reader);
     }
-    readers.store(new RegisteredReader{id, reader, first}, std::memory_order_release);
+    auto added = std::unique_ptr<RegisteredReader>(new RegisteredReader{id, {reader}, first});
+    while (!readers.compare_exchange_weak(added->next, added.get())) {
+        // Another thread was faster, perhaps with the same id.
+        if (RegisteredReader* const entry = findEntry(added->next, id); entry != nullptr) {
+            return claim(*entry, reader);
+        }
+    }
+    static_cast<void>(added.release());
     return true;
 }
 
+bool MessageFactory::unregisterReader(msgid_t id, Reader reader) {
+    RegisteredReader* const entry = findEntry(readers.load(), id);
+    return reader != nullptr && entry != nullptr &&
+           entry->reader.compare_exchange_strong(reader, nullptr);
+}
+
 MessageFactory::Reader MessageFactory::getReader(msgid_t id) {
-    return findReader(readers.load(std::memory_order_acquire), id);
+    const RegisteredReader* const entry = findEntry(readers.load(), id);
+    return entry != nullptr ? entry->reader.load() : nullptr;
+}
+
+FramedMessage MessageFactory::frame(const uint8_t* psrc, size_t len) {
+    if (len < MessageBase::MSGSIZE_LENGTH) {
+        return {FRAMING_INCOMPLETE, MessageBase::MO_BASE_DERIVED};
+    }
+    const size_t length =
+        byteArrayToUint16(psrc + MessageBase::MO_MSGSIZE) + MessageBase::MSGSIZE_LENGTH;
+    if (length < MessageBase::MO_BASE_DERIVED) {
+        return {FRAMING_DAMAGED, 0};
+    }
+    return {length <= len ? FRAMING_COMPLETE : FRAMING_INCOMPLETE, length};
 }
 
 DecodedMessage MessageFactory::decode(const uint8_t* psrc, size_t len) {

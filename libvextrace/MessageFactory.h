@@ -28,6 +28,23 @@ struct DecodedMessage {
     std::optional<InvalidMessageException> error;
 };
 
+/// What the front of a byte range is, as far as its header tells.
+enum framing_t : int {
+    FRAMING_COMPLETE = 0,    ///< a whole message
+    FRAMING_INCOMPLETE = 1,  ///< the beginning of a message
+    FRAMING_DAMAGED = 2      ///< no message begins here: the size field is below 12
+};
+
+/// Answer of MessageFactory::frame().
+struct FramedMessage {
+    framing_t framing = FRAMING_INCOMPLETE;  ///< what the bytes are
+
+    /// Of a whole message its bytes, header included. Of a beginning the bytes that are wanted in
+    /// all before anything else can be said: first those of a header, then those of the message.
+    /// Where the bytes are damaged 0: nobody knows where the next message begins.
+    size_t length = 0;
+};
+
 /// Decodes serialised messages with the readers that the message types register. Messages that lie
 /// back to back are walked like this:
 ///
@@ -42,8 +59,10 @@ struct DecodedMessage {
 /// Only the framing of one message is known. A damaged size field that still fits the range can
 /// swallow the messages behind it without an error.
 ///
-/// Threads may register and decode at the same time. MessageBase::invalidHandling is read without a
-/// lock: set it before.
+/// Threads may register and decode at the same time, and so may both sides of a fork. The readers
+/// are those of one library: where a static library is linked into two shared objects, each has
+/// its own, and a reader that one registers is unknown to the other. Link both with the shared
+/// library then. MessageBase::invalidHandling is a plain variable: set it before threads decode.
 class VEXTRACE_EXPORT MessageFactory {
 public:
     /// There are no factories; all functions are static.
@@ -59,8 +78,30 @@ public:
     ///         or another reader holds the id, which then stays
     static bool registerReader(msgid_t id, Reader reader);
 
+    /// Takes \p reader back, so that the id is free again. For code that is unloaded, such as a
+    /// plug-in: a reader that is registered still, when its code is gone, is called all the same.
+    ///
+    /// Safe while other threads register, take back, and decode messages of other types. No thread
+    /// may be decoding a message of type \p id: it may have looked the reader up already.
+    /// \return true when \p reader held the id; false, with nothing changed, when it did not
+    static bool unregisterReader(msgid_t id, Reader reader);
+
     /// The reader that decodes messages of type \p id; null when there is none.
     static Reader getReader(msgid_t id);
+
+    /// Tells a whole message from the beginning of one and from damage, by the header alone. For
+    /// bytes that arrive bit by bit: copies nothing, allocates nothing, needs no reader. decode()
+    /// takes the same bytes as a whole message.
+    ///
+    ///     FramedMessage front = MessageFactory::frame(psrc, len);
+    ///     while (front.framing == FRAMING_INCOMPLETE) {
+    ///         // ... read until front.length bytes are there, or the source ends ...
+    ///         front = MessageFactory::frame(psrc, len);
+    ///     }
+    ///
+    /// \param psrc  read only, not kept; may be null when \p len is 0
+    /// \param len   bytes readable at \p psrc
+    static FramedMessage frame(const uint8_t* psrc, size_t len);
 
     /// Decodes the first message of the \p len bytes at \p psrc. Header, size field and range are
     /// checked against each other before anything else is read.

@@ -4,7 +4,9 @@
 
 /// Kind of bus (or other source) that a trace message comes from; bits 8 to 15 of the number of a
 /// source, see MessageBase::getSourceChannelID().
-enum busid_t {
+/// The type is fixed, so that any value from a trace may be held; an int, as values of the type
+/// have always been promoted to.
+enum busid_t : int {
     BUSID_UNKNOWN = 0,         ///< not known, or no bus
     BUSID_CAN = 1,             ///< CAN
     BUSID_SERIAL = 2,          ///< serial line

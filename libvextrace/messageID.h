@@ -7,6 +7,11 @@
 /// Type of a trace message; 16 bits wide, as in the header of the serialised form. Other values
 /// than the named ones may occur in a trace. This library decodes MSGID_GPS; the others are the ids
 /// of types that may live beside it.
+///
+/// A type of your own takes the named id of what it records. Where there is none, take a number
+/// from 49152 to 57343 (0xC000 to 0xDFFF), as in `static_cast<msgid_t>(0xC001)`: none of these will
+/// ever be named here. Of the other numbers without a name, 7, 256, 61440, 61441 and 65533 are in
+/// use elsewhere, and any may be named later.
 enum msgid_t : uint16_t {
     // Bus traffic
     MSGID_MARKER = 0,             ///< marker
