@@ -624,7 +624,7 @@ done
 
 #--- All tracks
 
-if xmllint --noout --nonet --schema "$source_dir/tests/gpx11.xsd" tracks/*.gpx 2>xmllint.log; then
+if xmllint --noout --nonet --schema "$source_dir/tests/tools/gpx11.xsd" tracks/*.gpx 2>xmllint.log; then
     pass
 else
     fail 'tracks that are no valid GPX' "$(grep -v ' validates$' xmllint.log | head -5)"

@@ -1,0 +1,44 @@
+"""What the end-to-end tests of the program share."""
+import pathlib
+import subprocess
+
+import pytest
+
+PROJECT = pathlib.Path(__file__).resolve().parents[2]
+DRIVE = PROJECT / "examples" / "data" / "drive.nmea"
+
+
+def pytest_addoption(parser):
+    parser.addoption("--vextrace", required=True, help="the program to test")
+    parser.addoption("--log-dir", default="", help="a folder of receiver logs to read, too")
+
+
+def logs_of(config):
+    """The project's log and, where a folder is given, all logs in it and below."""
+    folder = config.getoption("--log-dir")
+    found = sorted(pathlib.Path(folder).glob("**/*.nmea")) if folder else []
+    found += sorted(pathlib.Path(folder).glob("**/*.raw")) if folder else []
+    return [DRIVE] + found
+
+
+def pytest_generate_tests(metafunc):
+    if "log" in metafunc.fixturenames:
+        logs = logs_of(metafunc.config)
+        metafunc.parametrize("log", logs, ids=[path.name for path in logs])
+
+
+@pytest.fixture
+def vextrace(request, tmp_path):
+    """Runs the program in a folder of its own: vextrace("record", ..., input=b"...")."""
+    program = str(pathlib.Path(request.config.getoption("--vextrace")).resolve())
+
+    def run(*arguments, **options):
+        options.setdefault("cwd", tmp_path)
+        options.setdefault("timeout", 60)
+        if "stdin" not in options:
+            options.setdefault("input", b"")
+        return subprocess.run([program, *map(str, arguments)], capture_output="stdout" not in options,
+                              check=False, **options)
+
+    run.program = program
+    return run

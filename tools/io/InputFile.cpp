@@ -1,0 +1,55 @@
+#include "tools/io/InputFile.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/io/errors.h"
+#include "tools/io/escape.h"
+
+namespace vextools {
+
+InputFile::InputFile(const std::string& path)
+    : fd(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)),
+      shown(shownName(path)) {
+    if (fd < 0 || fstat(fd, &status) != 0) {
+        throw UsageError(fmt::format("{}: cannot be read: {}", shown, std::strerror(errno)));
+    }
+    if (S_ISDIR(status.st_mode)) {
+        if (fd != STDIN_FILENO) {
+            close(fd);
+        }
+        throw UsageError(fmt::format("{}: is a directory", shown));
+    }
+}
+
+InputFile::~InputFile() {
+    if (fd != STDIN_FILENO) {
+        close(fd);
+    }
+}
+
+size_t InputFile::read(uint8_t* dest, size_t room) {
+    ssize_t count = 0;
+    do {
+        count = ::read(fd, dest, room);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throw DataError(fmt::format("{}: cannot be read on at byte {}: {}", shown, position,
+                                    std::strerror(errno)));
+    }
+    position += static_cast<size_t>(count);
+    return static_cast<size_t>(count);
+}
+
+std::optional<uint64_t> InputFile::size() const {
+    if (!S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return static_cast<uint64_t>(status.st_size);
+}
+
+}  // namespace vextools

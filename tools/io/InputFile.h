@@ -1,0 +1,47 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vextools {
+
+/// An input of bytes: a file, a FIFO, a device, or standard input. Closed at the end, standard
+/// input aside.
+class InputFile {
+public:
+    /// \param path  "-" is standard input
+    /// \throws UsageError when it cannot be opened, or is a directory
+    explicit InputFile(const std::string& path);
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+    ~InputFile();
+
+    /// Reads what is there, at most \p room bytes; waits where nothing is. 0 is the end of the
+    /// file; more may be read behind it, should the file grow. \throws DataError on a read error;
+    /// names the file, the byte and the reason
+    size_t read(uint8_t* dest, size_t room);
+
+    /// For waiting.
+    int descriptor() const { return fd; }
+
+    /// What fstat says; identifies the file.
+    const struct stat& identity() const { return status; }
+
+    /// Bytes of a regular file; nothing for others.
+    std::optional<uint64_t> size() const;
+
+    /// The name for messages to people.
+    const std::string& name() const { return shown; }
+
+private:
+    int fd;
+    struct stat status = {};
+    uint64_t position = 0;
+    std::string shown;
+};
+
+}  // namespace vextools

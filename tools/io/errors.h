@@ -1,0 +1,30 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace vextools {
+
+/// Exit statuses of the program.
+enum Status : int {
+    STATUS_OK = 0,
+    STATUS_DATA = 1,  ///< data that are damaged, missing or different; a device that fails
+    STATUS_USAGE = 2  ///< a command line that cannot be carried out; nothing was changed
+};
+
+/// Ends the command with STATUS_DATA. The text names the file, the byte or line, and the reason; it
+/// is one line without the program's name and without a line end.
+class DataError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Ends the command with STATUS_USAGE; the text likewise says what to do.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Ends the program quietly: whoever read its output has gone.
+class BrokenPipe : public std::exception {};
+
+}  // namespace vextools

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vextools {
+
+/// The text with control characters, backslashes and bytes that are no UTF-8 written as escapes
+/// such as \x1b, so that it cannot steer a terminal. Everything else stays as it is.
+std::string escaped(std::string_view text);
+
+/// The name of a file for a message: "standard input" for "-", else escaped.
+std::string shownName(std::string_view path);
+
+}  // namespace vextools

@@ -1,0 +1,60 @@
+/// \file
+/// vextrace: records GPS receivers, shows, sums up, converts, checks and mends traces.
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "libvextrace/version.h"
+#include "tools/commands/commands.h"
+
+using namespace vextools;
+
+namespace {
+
+// One line to people; where even that cannot be written, the status still tells.
+int fail(Status status, const char* reason) {
+    fmt::print(stderr, "vextrace: {}\n", reason);
+    return status;
+}
+
+int run(int argc, char* argv[]) {
+    CLI::App app(
+        "Records GPS receivers as traces, and looks at, converts, checks and mends them.\n"
+        "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
+        "vextrace");
+    app.set_version_flag("--version", fmt::format("vextrace {}.{}.{}", VEXTRACE_VERSION_MAJOR,
+                                                  VEXTRACE_VERSION_MINOR, VEXTRACE_VERSION_PATCH));
+    app.require_subcommand(1);
+    ExitStatus status = STATUS_OK;
+    addRecord(app, status);
+    addShow(app, status);
+    addInfo(app, status);
+    addExport(app, status);
+    addCheck(app, status);
+    addRepair(app, status);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return error.get_exit_code() == 0 ? app.exit(error) : fail(STATUS_USAGE, error.what());
+    }
+    return status;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    std::signal(SIGPIPE, SIG_IGN);  // a write says so, too
+    GPSTraceMessage::registerMessage();
+    try {
+        return run(argc, argv);
+    } catch (const BrokenPipe&) {
+        return STATUS_OK;
+    } catch (const UsageError& error) {
+        return fail(STATUS_USAGE, error.what());
+    } catch (const std::exception& error) {
+        return fail(STATUS_DATA, error.what());
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "tools/nmea/sentence.h"
+
+namespace vextools {
+
+/// What the RMC and GGA sentences of one message say, a value only where the receiver sent one that
+/// makes sense. The position is that of the RMC sentence when there is one, else of the GGA's.
+struct Fix {
+    timeStamp_t stamp = 0;            ///< of the message: nanoseconds since 1970, UTC; 0 is unknown
+    bool valid = false;               ///< the receiver calls it valid, and it has a position
+    std::optional<double> latitude;   ///< degrees, north positive, -90 to 90
+    std::optional<double> longitude;  ///< degrees, east positive, -180 to 180
+    std::optional<double> altitude;   ///< metres
+    std::optional<double> speed;      ///< km/h
+    std::optional<double> course;     ///< degrees
+    std::optional<unsigned> satellites;
+    std::optional<unsigned> quality;
+    std::optional<double> hdop;
+    std::optional<Checksum> rmcChecksum;  ///< nothing where there is no RMC sentence
+    std::optional<Checksum> ggaChecksum;
+
+    /// Whether a sentence that it comes from has a wrong checksum.
+    bool isDoubtful() const;
+};
+
+/// The fix of a message; nothing where it holds neither RMC nor GGA.
+std::optional<Fix> fixOf(const GPSTraceMessage& message);
+
+}  // namespace vextools
