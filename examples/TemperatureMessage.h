@@ -77,10 +77,9 @@ private:
                                           static_cast<uint16_t>(len - MO_BASE_DERIVED));
         }
         const uint8_t* payload = psrc + MO_BASE_DERIVED;
-        auto message = std::make_unique<TemperatureMessage>(byteArrayToUint64(psrc + MO_TIMESTAMP),
-                                                            byteArrayToUint16(payload),
+        auto message = std::make_unique<TemperatureMessage>(0, byteArrayToUint16(payload),
                                                             byteArrayToUint16(payload + 2));
-        message->setHeaderReserved(byteArrayToUint16(psrc + MO_HDRRESERVED));
+        message->restoreHeader(psrc, len);  // time stamp and reserved word
         return message.release();
     }
 

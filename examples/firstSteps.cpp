@@ -1,7 +1,7 @@
 #include <iostream>
-#include <vector>
 
 #include "libvextrace/GPSTraceMessage.h"
+#include "libvextrace/serialise.h"
 
 int main() {
     // Build: two sentences that a receiver sent, stamped with the time of their arrival.
@@ -9,11 +9,8 @@ int main() {
                         "$GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*62\r\n");
     fix.addRecord("$GNGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*59\r\n");
 
-    // Serialise. getSize, writeToByteArray and toString are reached through the base.
-    const MessageBase& message = fix;
-    std::vector<uint8_t> bytes(message.getSize() + 2);
-    uint8_t* pdest = bytes.data();
-    message.writeToByteArray(pdest, bytes.size(), false);
+    // Serialise, as a writer of traces does.
+    const std::vector<uint8_t> bytes = serialise(fix);
 
     // Rebuild, as a reader of traces does.
     GPSTraceMessage::registerMessage();

@@ -14,10 +14,10 @@
 #include "libvextrace/MessageFactory.h"
 #include "libvextrace/visibility.h"
 
-/// Use a message through `const MessageBase&`: the size, the bytes and the text of any message are
-/// asked for in the same words, so getSize(), writeToByteArray() and toString() are private here.
-/// `static_cast<const MessageBase&>(gps).getSize()` compiles, `gps.getSize()` does not; serialise()
-/// and print() need no cast.
+/// Use a message through `const MessageBase&`. Whoever writes or shows a trace handles messages of
+/// every type alike, so getSize(), writeToByteArray() and toString() are reached through the base
+/// and are private here: `static_cast<const MessageBase&>(gps).getSize()` compiles, `gps.getSize()`
+/// does not. serialise() and print() take a message as it is.
 ///
 /// What a GPS receiver reported at one time stamp: NMEA 0183 sentences, kept byte for byte as text,
 /// the first of each six-character code; the comma-separated fields of RMC and GGA; and on request
@@ -166,7 +166,8 @@ public:
     ///
     /// A line feed is appended where \p record ends in none; then, in a sentence that begins with
     /// "$G", the third character becomes "P": GN, GL, GA and every other talker that begins with G
-    /// is kept as GP. The first six characters are the sentence's code. Where the message holds a
+    /// is kept as GP, so that their sentences share a code. Others ($BD, $QZ, $P, !AI) stay as they
+    /// are. The first six characters are the sentence's code. Where the message holds a
     /// sentence of that code already, that one stays and \p record is dropped. A text of several
     /// lines is stored whole under the code of its first line. A bare "$G" is stored as "$GP",
     /// without a line feed, and so runs into the next sentence when the message is written.
@@ -227,11 +228,12 @@ public:
     /// \return false, with \p gpgga untouched, when no GGA sentence is held
     bool getGPGGA(numeric_gpgga_t& gpgga) const;
 
-    /// The position as the RDB output records it, such as "48°7.038 N, 11°31.000 E, 545.4M"
-    /// (UTF-8): whole degrees, minutes to three decimals and the hemisphere of latitude and
-    /// longitude, then the altitude where there is one. From the GGA sentence when it counts any
-    /// satellites; else from the RMC sentence when its status is "A", without altitude; else the
-    /// empty text. Numbers are written in the C++ global locale. Refreshes the fields.
+    /// The position as the logger's RDB output records it (RDB is that output's name), such as
+    /// "48°7.038 N, 11°31.000 E, 545.4M" (UTF-8): whole degrees, minutes to three decimals and the
+    /// hemisphere of latitude and longitude, then the altitude where there is one. From the GGA
+    /// sentence when it counts any satellites; else from the RMC sentence when its status is "A",
+    /// without altitude; else the empty text. Numbers are written in the C++ global locale.
+    /// Refreshes the fields.
     ///
     /// A text does not mean that there is a position: empty coordinates give "0°0.000 , 0°0.000 ".
     /// Hemispheres, altitude and unit are the fields as they stand, which in a sentence that was

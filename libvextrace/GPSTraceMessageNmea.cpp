@@ -81,7 +81,7 @@ void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& 
     NmeaFieldStream s(sentence);
     std::string_view item;
     s.readField(item, ',');  // sentence code
-    s.readField(item, ',');  // into the unemptied buffer, as in parseGGA
+    s.readField(item, ',');  // leaves the code there where the sentence has no comma
     gpgga.status = !item.empty() && item.front() != '\0';
     gpgga.timeUTC = toNumber(item);
     gpgga.latitude = readCoordinate(reader, s, 'S');

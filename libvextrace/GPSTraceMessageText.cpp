@@ -23,7 +23,8 @@ std::ostream& dumpFields(std::ostream& os, const NmeaField<Fields> (&table)[COUN
     return os;
 }
 
-// The last character goes unseen: it is the line feed of every stored sentence but a bare "$G".
+// Removes the last character, whatever it is: the line feed of every sentence but a bare "$G",
+// which is stored as "$GP" and meant to be shown as "$G".
 std::string_view withoutLineEnd(std::string_view sentence) {
     sentence.remove_suffix(1);
     if (!sentence.empty() && sentence.back() == '\r') {

@@ -49,8 +49,8 @@ public:
     /// Bytes of the size field, which getSize() does not count.
     static constexpr size_t MSGSIZE_LENGTH = MO_MSGID - MO_MSGSIZE;
 
-    /// Positions in a second header, without reserved word. Named for the types that know it; no
-    /// operation here reads or writes it.
+    /// Positions in a second header, without reserved word, in a unit of its own. Named for the
+    /// types that know it; no operation here reads or writes it.
     enum : size_t {
         MO2_MSGID = 0,        ///< id
         MO2_MSGSIZE = 1,      ///< size field
@@ -74,11 +74,11 @@ public:
     /// Writes the message in its byte-array form; this base part writes the header alone, and
     /// overrides write their payload behind it.
     ///
-    /// \param pdest   where to write; advanced past the last byte written. How far it moved is how
-    ///                much was written: an invalid message of 0 or 1 bytes, see DecodedMessage,
-    ///                writes less than getSize() + 2.
+    /// \param pdest   where to write; advanced past the last byte written. That is getSize() + 2
+    ///                bytes, but for an invalid message of 0 or 1 bytes, see DecodedMessage, which
+    ///                writes those alone.
     /// \param maxlen  room at \p pdest in bytes, for the whole message (getSize() + 2)
-    /// \param sync    does not change the bytes
+    /// \param sync    pass false; it has no effect here, and is there for types that know one
     /// \return getSize(), which is two less than the bytes of the whole message
     /// \throws InvalidMessageException (IM_INVALID_LEN) when \p maxlen is too small (value: the
     ///         room, at most 65535) or getSize() exceeds the 16-bit size field (value: 65535);

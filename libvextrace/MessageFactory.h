@@ -14,9 +14,9 @@
 /// What MessageFactory::decode made of the front of a byte range.
 struct DecodedMessage {
     /// The message. Where the bytes could not be decoded, MessageBase::invalidHandling decides:
-    /// null, or a message of id MSGID_INVALID that keeps the bytes and the reason, prints both
-    /// shortly and writes its bytes back unchanged, whatever their number: no size field limits
-    /// them, and setHeaderReserved() does not change them.
+    /// null, or an invalid message, of id MSGID_INVALID. That one keeps the bytes and the reason.
+    /// It prints the reason and the first 16 bytes, and writes all bytes back as they were found,
+    /// be they two or a million.
     std::unique_ptr<MessageBase> message;
 
     /// Bytes from the front of the range that this answer stands for. Where size field and range

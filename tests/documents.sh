@@ -83,13 +83,13 @@ check_lists() {
     local folder script
     named docs/architecture.md libvexutil/*.{h,cpp} libvextrace/{,internal/}*.{h,cpp}
     for folder in */; do
-        [[ $folder == build* ]] || named README.md "$folder"
+        [[ $folder == build* ]] || named CONTRIBUTING.md "$folder"
     done
     for script in scripts/*; do
         case $script in
             scripts/demo) ;; # in a block of the README
-            scripts/packages | scripts/build) named README.md "${script#scripts/}" ;;
-            *) named README.md "./$script" ;;
+            scripts/packages | scripts/build) named CONTRIBUTING.md "scripts/${script#scripts/}" ;;
+            *) named CONTRIBUTING.md "./$script" ;;
         esac
     done
 }

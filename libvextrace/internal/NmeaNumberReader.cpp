@@ -35,7 +35,7 @@ size_t readDigits(std::string_view text, uint64_t& value) {
     return count;
 }
 
-// These two are kept out of the way of the fast conversions, which would save registers for them.
+// Not inlined: the calls in them would make the fast conversions, which need none, slower.
 [[gnu::noinline]] long standardInteger(std::string_view text) {
     return std::strtol(std::string(text).c_str(), nullptr, 10);
 }
