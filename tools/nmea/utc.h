@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,7 +17,14 @@ std::string utcText(timeStamp_t stamp);
 /// A time that a user gave: YYYY-MM-DD, or YYYY-MM-DDThh:mm:ss with a fraction or none, Z or none.
 std::optional<timeStamp_t> parseUtc(std::string_view text);
 
-/// A day that a user gave: YYYY-MM-DD, not before 1970.
+/// A day that a user gave: YYYY-MM-DD, of those that calendarDay() has.
 std::optional<std::chrono::sys_days> parseDate(std::string_view text);
+
+/// A day of the calendar, from 1970-01-01 to 2554-07-20, the last that a time stamp can hold whole.
+/// Nothing for other days, and for numbers that are no day.
+std::optional<std::chrono::sys_days> calendarDay(unsigned year, unsigned month, unsigned day);
+
+/// The time stamp of a time of day; in a leap second that is one of the next day.
+timeStamp_t stampOf(std::chrono::sys_days day, uint64_t nanosecondsOfDay);
 
 }  // namespace vextools

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string_view>
+
+namespace vextools {
+
+/// Whether the text is one or more of the digits 0 to 9 and nothing else.
+inline bool isDigits(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// The number that at most nine digits write.
+inline unsigned number(std::string_view digits) {
+    unsigned value = 0;
+    for (const char digit : digits) {
+        value = value * 10 + static_cast<unsigned>(digit - '0');
+    }
+    return value;
+}
+
+/// Nanoseconds of the digits behind the point of a number of seconds; what is finer is cut off.
+inline uint64_t fractionToNanoseconds(std::string_view fraction) {
+    uint64_t value = 0;
+    for (size_t i = 0; i < 9; ++i) {
+        value = value * 10 + (i < fraction.size() ? static_cast<unsigned>(fraction[i] - '0') : 0);
+    }
+    return value;
+}
+
+}  // namespace vextools
