@@ -1,42 +1,65 @@
 #pragma once
 
-#include <cstdint>
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/io/InputFile.h"
+#include "tools/io/RemoveOnSignal.h"
 
 namespace vextools {
 
 /// Buffered output that appears under its name only when it is complete: a regular file is written
 /// beside its place and renamed by commit(). "-" is standard output; devices and FIFOs are written
-/// directly.
+/// directly. Where SIGINT, SIGTERM or SIGHUP end the program, nothing is left behind, either.
+///
+/// There may be one at a time.
 class OutputFile {
 public:
     /// \param path    "-" is standard output
     /// \param force   whether an existing file may be replaced
-    /// \param inputs  files that must not be overwritten, by whatever name
+    /// \param inputs  what stat says of the files that must not be overwritten, by whatever name
     /// \throws UsageError when the file exists and \p force is false, is one of \p inputs, is a
     ///         directory, or cannot be written
-    OutputFile(const std::string& path, bool force, const std::vector<const InputFile*>& inputs);
+    OutputFile(const std::string& path, bool force, const std::vector<struct stat>& inputs);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     /// Without commit() nothing is left behind.
     ~OutputFile();
 
     /// \throws DataError when the device is full or fails, BrokenPipe when nobody reads any more
-    void write(std::string_view text);
+    void write(std::string_view text) {
+        buffer += text;
+        if (buffer.size() >= BUFFER_SIZE) {
+            flush();
+        }
+    }
 
-    /// The name appears, or standard output is flushed.
+    /// The name appears, or standard output is flushed. \throws as write() does
     void commit();
 
 private:
+    static constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
+
+    using Inputs = std::vector<struct stat>;
+    void openStandardOutput(const Inputs& inputs);
+    void openExisting(const struct stat& existing, bool force, const Inputs& inputs);
+    void openNew(bool force, int reason);
+    void openDirectly();
+    void openTemporary();
     void flush();
+    [[noreturn]] void refuse(std::string_view reason) const;
+    [[noreturn]] void refuseForErrno() const;
+    [[noreturn]] void failForErrno() const;
 
     int fd = -1;
-    std::string target;  ///< empty where nothing is renamed
-    std::string temporary;
+    std::string target;     ///< empty where nothing is renamed
+    std::string temporary;  ///< where the bytes of the target are until commit()
+    std::optional<RemoveOnSignal> removeTemporary;
+    bool replace = false;  ///< whether the target may exist when it is renamed
     std::string shown;
     std::string buffer;
 };

@@ -1,0 +1,262 @@
+#include "tools/io/OutputFile.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include "tools/io/errors.h"
+
+using namespace vextools;
+namespace fs = std::filesystem;
+
+namespace {
+
+class OutputFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string name = (fs::temp_directory_path() / "OutputFileTest.XXXXXX").string();
+        folder = mkdtemp(name.data());
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    std::string in(const std::string& name) const { return (folder / name).string(); }
+
+    std::string make(const std::string& name, const std::string& text) const {
+        std::ofstream(in(name), std::ios::binary) << text;
+        return in(name);
+    }
+
+    std::set<std::string> names() const {
+        std::set<std::string> found;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            found.insert(entry.path().filename().string());
+        }
+        return found;
+    }
+
+    fs::path folder;
+};
+
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct stat statusOf(const std::string& path) {
+    struct stat status = {};
+    EXPECT_EQ(stat(path.c_str(), &status), 0);
+    return status;
+}
+
+void writeAll(const std::string& path, bool force, const std::string& text) {
+    OutputFile out(path, force, {});
+    out.write(text);
+    out.commit();
+}
+
+// What the refusal says; empty where the output is not refused.
+std::string refusalOf(const std::string& path, bool force = false,
+                      const std::vector<struct stat>& inputs = {}) {
+    try {
+        OutputFile out(path, force, inputs);
+        return "";
+    } catch (const UsageError& error) {
+        return error.what();
+    }
+}
+
+using Names = std::set<std::string>;
+
+}  // namespace
+
+TEST_F(OutputFileTest, AppearsUnderItsNameWhenItIsCommitted) {
+    OutputFile out(in("track.gpx"), false, {});
+    out.write("first ");
+    out.write(std::string(200'000, 'x'));
+    out.write(" last");
+    EXPECT_FALSE(fs::exists(in("track.gpx")));
+    out.commit();
+    EXPECT_EQ(contentOf(in("track.gpx")), "first " + std::string(200'000, 'x') + " last");
+    EXPECT_EQ(names(), Names{"track.gpx"});
+}
+
+TEST_F(OutputFileTest, AppearsWithoutAnyText) {
+    writeAll(in("empty"), false, "");
+    EXPECT_TRUE(fs::exists(in("empty")));
+    EXPECT_EQ(contentOf(in("empty")), "");
+}
+
+TEST_F(OutputFileTest, LeavesNothingBehindWithoutCommit) {
+    {
+        OutputFile out(in("track.gpx"), false, {});
+        out.write(std::string(200'000, 'x'));
+        EXPECT_EQ(names().size(), 1U);
+    }
+    EXPECT_EQ(names(), Names{});
+}
+
+TEST_F(OutputFileTest, RefusesAnExistingFile) {
+    const std::string path = make("old", "old text");
+    EXPECT_EQ(refusalOf(path), path + ": exists; --force replaces it");
+    EXPECT_EQ(contentOf(path), "old text");
+}
+
+TEST_F(OutputFileTest, ReplacesAnExistingFileWhenForced) {
+    const std::string path = make("old", "old text");
+    OutputFile out(path, true, {});
+    out.write("new");
+    EXPECT_EQ(contentOf(path), "old text");
+    out.commit();
+    EXPECT_EQ(contentOf(path), "new");
+    EXPECT_EQ(names(), Names{"old"});
+}
+
+TEST_F(OutputFileTest, KeepsThePermissionsOfTheFileThatItReplaces) {
+    const std::string path = make("old", "old text");
+    ASSERT_EQ(chmod(path.c_str(), 0662), 0);
+    writeAll(path, true, "new");
+    EXPECT_EQ(statusOf(path).st_mode & 0777, 0662U);
+}
+
+TEST_F(OutputFileTest, GivesANewFileThePermissionsThatTheUserWants) {
+    const mode_t before = umask(027);
+    writeAll(in("new"), false, "text");
+    writeAll(in("forced"), true, "text");
+    umask(before);
+    EXPECT_EQ(statusOf(in("new")).st_mode & 0777, 0640U);
+    EXPECT_EQ(statusOf(in("forced")).st_mode & 0777, 0640U);
+}
+
+TEST_F(OutputFileTest, RefusesItsInputsByEveryName) {
+    const std::string path = make("trace", "precious");
+    fs::create_hard_link(path, in("hard"));
+    fs::create_symlink("trace", in("soft"));
+    fs::create_symlink("soft", in("softer"));
+    const std::vector<struct stat> inputs = {statusOf(make("other", "")), statusOf(path)};
+    for (const std::string name : {"trace", "hard", "soft", "softer", "./trace"}) {
+        EXPECT_EQ(refusalOf(in(name), true, inputs), in(name) + ": is an input, too");
+    }
+    EXPECT_EQ(contentOf(path), "precious");
+}
+
+TEST_F(OutputFileTest, ReadsAndWritesTheSameDevice) {
+    EXPECT_EQ(refusalOf("/dev/null", false, {statusOf("/dev/null")}), "");
+}
+
+TEST_F(OutputFileTest, RefusesWhatCannotBeWritten) {
+    EXPECT_EQ(refusalOf(folder.string()), folder.string() + ": is a directory");
+    EXPECT_EQ(refusalOf(folder.string(), true), folder.string() + ": is a directory");
+    EXPECT_EQ(refusalOf(""), ": cannot be written: No such file or directory");
+    EXPECT_EQ(refusalOf(in("missing/out")),
+              in("missing/out") + ": cannot be written: No such file or directory");
+    EXPECT_EQ(refusalOf(in("missing/")),
+              in("missing/") + ": cannot be written: No such file or directory");
+    make("file", "");
+    EXPECT_EQ(refusalOf(in("file/out")), in("file/out") + ": cannot be written: Not a directory");
+    const std::string tooLong = in(std::string(256, 'n'));
+    EXPECT_EQ(refusalOf(tooLong), tooLong + ": cannot be written: File name too long");
+    EXPECT_EQ(refusalOf(in("a\x1b[2J/out")),
+              folder.string() + "/a\\x1b[2J/out: cannot be written: No such file or directory");
+}
+
+TEST_F(OutputFileTest, WritesTheLongestName) {
+    const std::string name(255, 'n');
+    writeAll(in(name), false, "text");
+    EXPECT_EQ(names(), Names{name});
+}
+
+TEST_F(OutputFileTest, ReplacesTheFileThatALinkLeadsTo) {
+    fs::create_directory(folder / "elsewhere");
+    make("elsewhere/file", "old");
+    fs::create_symlink("elsewhere/file", in("link"));
+    writeAll(in("link"), true, "new");
+    EXPECT_TRUE(fs::is_symlink(in("link")));
+    EXPECT_EQ(contentOf(in("elsewhere/file")), "new");
+    EXPECT_EQ(names(), (Names{"elsewhere", "link"}));
+}
+
+TEST_F(OutputFileTest, RefusesALinkThatLeadsNowhere) {
+    fs::create_symlink("missing", in("link"));
+    EXPECT_EQ(refusalOf(in("link")),
+              in("link") + ": is a link that leads nowhere; --force replaces it");
+    writeAll(in("link"), true, "new");
+    EXPECT_FALSE(fs::is_symlink(in("link")));
+    EXPECT_EQ(contentOf(in("link")), "new");
+}
+
+TEST_F(OutputFileTest, DoesNotReplaceAFileThatCameMeanwhile) {
+    OutputFile out(in("out"), false, {});
+    out.write("ours");
+    make("out", "theirs");
+    try {
+        out.commit();
+        FAIL() << "the file was replaced";
+    } catch (const DataError& error) {
+        EXPECT_EQ(error.what(), in("out") + ": cannot be written: File exists");
+    }
+    EXPECT_EQ(contentOf(in("out")), "theirs");
+}
+
+TEST_F(OutputFileTest, SaysThatADeviceIsFull) {
+    OutputFile out("/dev/full", false, {});
+    out.write("text");
+    try {
+        out.commit();
+        FAIL() << "nothing was noticed";
+    } catch (const DataError& error) {
+        EXPECT_STREQ(error.what(), "/dev/full: cannot be written: No space left on device");
+    }
+}
+
+TEST_F(OutputFileTest, WritesAFifoDirectlyAndEndsWithItsReader) {
+    ASSERT_EQ(mkfifo(in("fifo").c_str(), 0600), 0);
+    const int reader = open(in("fifo").c_str(), O_RDONLY | O_NONBLOCK);
+    OutputFile out(in("fifo"), false, {});
+    out.write("text");
+    out.commit();
+    char bytes[8] = {};
+    EXPECT_EQ(read(reader, bytes, sizeof(bytes)), 4);
+    EXPECT_STREQ(bytes, "text");
+    close(reader);
+    const auto before = std::signal(SIGPIPE, SIG_IGN);
+    out.write("more");
+    EXPECT_THROW(out.commit(), BrokenPipe);
+    std::signal(SIGPIPE, before);
+    EXPECT_TRUE(fs::is_fifo(in("fifo")));
+}
+
+TEST_F(OutputFileTest, LeavesNothingBehindWhenASignalEndsTheProgram) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            OutputFile out(in("out"), false, {});
+            out.write(std::string(200'000, 'x'));
+            raise(signal);
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal);
+        EXPECT_EQ(names(), Names{});
+    }
+}
+
+TEST_F(OutputFileTest, LeavesIgnoredSignalsIgnored) {
+    const auto before = std::signal(SIGHUP, SIG_IGN);
+    {
+        OutputFile out(in("out"), false, {});
+        raise(SIGHUP);
+        out.commit();
+    }
+    EXPECT_TRUE(fs::exists(in("out")));
+    EXPECT_EQ(std::signal(SIGHUP, before), SIG_IGN);
+}
