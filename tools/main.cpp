@@ -3,21 +3,34 @@
 #include <fmt/format.h>
 
 #include <csignal>
-#include <cstdio>
 #include <exception>
+#include <sstream>
+#include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/version.h"
 #include "tools/commands/commands.h"
+#include "tools/io/OutputFile.h"
+#include "tools/io/escape.h"
+#include "tools/io/standardStreams.h"
 
 using namespace vextools;
 
 namespace {
 
-// One line to people; where even that cannot be written, the status still tells.
-int fail(Status status, const char* reason) {
-    fmt::print(stderr, "vextrace: {}\n", reason);
+int fail(Status status, std::string_view reason) {
+    tell(reason);
     return status;
+}
+
+// Help and version are data: whoever asked for them wants to know when they cannot be written.
+int showHelp(const CLI::App& app, const CLI::ParseError& request) {
+    std::ostringstream text;
+    app.exit(request, text, text);
+    OutputFile out("-", false, {});
+    out.write(text.str());
+    out.commit();
+    return STATUS_OK;
 }
 
 int run(int argc, char* argv[]) {
@@ -38,7 +51,8 @@ int run(int argc, char* argv[]) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return error.get_exit_code() == 0 ? app.exit(error) : fail(STATUS_USAGE, error.what());
+        return error.get_exit_code() == 0 ? showHelp(app, error)
+                                          : fail(STATUS_USAGE, escaped(error.what()));
     }
     return status;
 }
@@ -46,6 +60,7 @@ int run(int argc, char* argv[]) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);  // a write says so, too
     GPSTraceMessage::registerMessage();
     try {

@@ -1,0 +1,23 @@
+#include "tools/io/standardStreams.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+namespace vextools {
+
+void holdStandardStreams() {
+    // Opened the wrong way round, so that a use fails as it does with a closed stream.
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(fd, F_GETFD) < 0) {
+            static_cast<void>(open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
+void tell(std::string_view text) {
+    const std::string line = fmt::format("vextrace: {}\n", text);
+    static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
+}
+
+}  // namespace vextools

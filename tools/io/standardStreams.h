@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string_view>
+
+namespace vextools {
+
+/// Makes sure that no file takes the place of a standard stream that the program was started
+/// without: messages would be written into it. Reading and writing such a stream go on failing.
+void holdStandardStreams();
+
+/// Writes a line to standard error: "vextrace: " and the text. Where even that fails, the exit
+/// status still tells.
+void tell(std::string_view text);
+
+}  // namespace vextools
