@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -28,6 +29,17 @@ inline uint64_t fractionToNanoseconds(std::string_view fraction) {
         value = value * 10 + (i < fraction.size() ? static_cast<unsigned>(fraction[i] - '0') : 0);
     }
     return value;
+}
+
+/// The value of a hexadecimal digit of either case, -1 where it is none.
+inline int hexDigit(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
+    }
+    if (digit >= 'A' && digit <= 'F') {
+        return digit - 'A' + 10;
+    }
+    return digit >= 'a' && digit <= 'f' ? digit - 'a' + 10 : -1;
 }
 
 }  // namespace vextools

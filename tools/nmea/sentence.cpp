@@ -15,20 +15,10 @@ constexpr size_t ADDRESS_SIZE = 6;  // "$", two characters of talker, three of t
 constexpr size_t TALKER_SIZE = 2;
 constexpr size_t CHECKSUM_SIZE = 3;  // "*hh"
 
-// Of the talkers that begin with G a message keeps GP alone. GQ is tried where receivers send it
-// most: elsewhere it would more often be a GP with one flipped bit.
-constexpr std::string_view SECOND_LETTERS = "ABILNP";
-constexpr std::string_view SECOND_LETTERS_OF_SATELLITES = "ABILNPQ";
-
-int hexValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return digit >= 'a' && digit <= 'f' ? digit - 'a' + 10 : -1;
-}
+// The letters behind G that a message makes P. GQ is tried where receivers send it most: elsewhere
+// it would more often be a GP with one flipped bit.
+constexpr std::string_view SECOND_LETTERS = "ABILN";
+constexpr std::string_view SECOND_LETTERS_OF_SATELLITES = "ABILNQ";
 
 // A sentence that ends in "*hh", taken apart.
 struct Checked {
@@ -41,8 +31,8 @@ std::optional<Checked> takeApart(std::string_view sentence) {
     if (text.size() <= CHECKSUM_SIZE || text[text.size() - CHECKSUM_SIZE] != '*') {
         return std::nullopt;
     }
-    const int high = hexValue(text[text.size() - 2]);
-    const int low = hexValue(text[text.size() - 1]);
+    const int high = hexDigit(text[text.size() - 2]);
+    const int low = hexDigit(text[text.size() - 1]);
     if (high < 0 || low < 0) {
         return std::nullopt;
     }

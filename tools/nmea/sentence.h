@@ -1,12 +1,17 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace vextools {
+
+/// Bytes of sentences, with their line feeds, that one message can hold: its size field has 16 bits
+/// and counts 12 bytes of the header, too.
+constexpr size_t MESSAGE_ROOM = 65535 - 12;
 
 /// What a sentence's checksum says.
 enum class Checksum { NONE, WRONG, RIGHT };
