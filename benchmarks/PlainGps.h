@@ -1,26 +1,24 @@
 #pragma once
 
-#include <map>
 #include <string>
 
-#include "libvextrace/GPSTraceMessage.h"
+#include "libvextrace/MessageBase.h"
+#include "tests/model/GPSModel.h"
 
-/// The same GPS message written in the plain way, as the measure for the library's: string streams
-/// over copies of the sentences, a string for every field, strtol and strtod, and the fields split
-/// again behind every line of a payload. Its results are those of GPSTraceMessage.
+/// The plain implementation behind the virtual interface of messages, as the measure for
+/// GPSTraceMessage. The header is the model's, so mbnr stays 0.
 class PlainGps : public MessageBase {
 public:
-    using numeric_gprmc_t = GPSTraceMessage::numeric_gprmc_t;
-    using numeric_gpgga_t = GPSTraceMessage::numeric_gpgga_t;
+    using numeric_gprmc_t = GPSModel::RmcNumbers;
+    using numeric_gpgga_t = GPSModel::GgaNumbers;
 
     PlainGps(timeStamp_t timeStamp, const std::string& record);
 
-    void addRecord(const std::string& record);
-    GPSTraceMessage::gprmc_t getRMC() const { return gprmc; }
-    GPSTraceMessage::gpgga_t getGGA() const { return gpgga; }
-    bool getGPRMC(numeric_gprmc_t& numericGprmc) const;
-    bool getGPGGA(numeric_gpgga_t& numericGpgga) const;
-    std::string formatForRDB();
+    void addRecord(const std::string& record) { model.addRecord(record); }
+    bool getGPRMC(numeric_gprmc_t& numericGprmc) const { return model.getGPRMC(numericGprmc); }
+    bool getGPGGA(numeric_gpgga_t& numericGpgga) const { return model.getGPGGA(numericGpgga); }
+    std::string formatForRDB() { return model.formatForRDB(); }
+    const GPSModel& getModel() const { return model; }
 
     /// Has an id of its own, so that MessageFactory decodes both kinds of message.
     static bool registerMessage();
@@ -35,14 +33,9 @@ public:
     uint64_t getSourceChannelID() const override;
 
 private:
+    PlainGps();
+
     static MessageBase* readFromByteArray(const uint8_t* psrc, size_t len);
 
-    void storeSentence(const std::string& record);
-    const std::string* held(const char* code) const;
-    bool parseRMC();
-    bool parseGGA();
-
-    std::map<std::string, const std::string> gpsStrings;
-    GPSTraceMessage::gprmc_t gprmc;
-    GPSTraceMessage::gpgga_t gpgga;
+    GPSModel model;
 };

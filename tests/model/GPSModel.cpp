@@ -9,17 +9,7 @@
 
 namespace {
 
-const int RMC_COUNT = 12;
-const int GGA_COUNT = 14;
 const size_t HEADER_LENGTH = 14;
-
-GPSModel::Fields emptyFields(int count) {
-    GPSModel::Fields fields;
-    for (int number = 1; number <= count; ++number) {
-        fields[number] = "";
-    }
-    return fields;
-}
 
 uint64_t integerOf(const std::string& text) {
     return static_cast<uint64_t>(static_cast<int64_t>(std::strtol(text.c_str(), nullptr, 10)));
@@ -48,68 +38,45 @@ double degreesOf(const std::string& text) {
     return coordinate.deg + coordinate.rem;
 }
 
-std::string bigEndian(uint64_t value, int width) {
-    std::string bytes;
+void writeNumber(uint8_t*& pdest, uint64_t value, int width) {
     for (int shift = 8 * (width - 1); shift >= 0; shift -= 8) {
-        bytes += static_cast<char>(static_cast<unsigned char>(value >> shift & 0xFF));
+        *pdest++ = static_cast<uint8_t>(value >> shift & 0xFF);
     }
-    return bytes;
 }
 
-uint64_t numberAt(const std::string& bytes, size_t position, size_t width) {
+uint64_t readNumber(const uint8_t* psrc, int width) {
     uint64_t value = 0;
-    for (size_t i = 0; i < width; ++i) {
-        value = value * 256 + static_cast<unsigned char>(bytes.at(position + i));
+    for (int i = 0; i < width; ++i) {
+        value = value * 256 + psrc[i];
     }
     return value;
 }
 
-// The pieces of a NUL-terminated copy from the payload on.
-std::vector<std::string> linesOf(const std::string& bytes) {
-    std::vector<char> copy(bytes.begin(), bytes.end());
-    copy.push_back('\0');
-    std::vector<std::string> lines;
-    char* line = std::strtok(copy.data() + HEADER_LENGTH, "\n");
-    while (line != nullptr) {
-        lines.emplace_back(line);
-        line = std::strtok(nullptr, "\n");
-    }
-    return lines;
-}
-
-// Fields 1 to count; the last one ends at lastDelimiter, the others at a comma. Where field 0 stays
-// in the buffer, a sentence without comma gives its whole text as field 1.
-GPSModel::Fields split(const std::string& sentence, int count, char lastDelimiter,
-                       bool emptyBehindCode) {
-    GPSModel::Fields fields;
-    std::stringstream s(sentence);
+std::string nextField(std::stringstream& s) {
     std::string item;
     std::getline(s, item, ',');
-    if (emptyBehindCode) {
-        item.clear();
-    }
-    for (int number = 1; number <= count; ++number) {
-        std::getline(s, item, number == count ? lastDelimiter : ',');
-        fields[number] = item;
-        item.clear();
-    }
-    return fields;
+    return item;
 }
 
-double signedDegrees(const std::string& text, const std::string& hemisphere, char negative) {
-    const double degrees = degreesOf(text);
-    return !hemisphere.empty() && hemisphere.at(0) == negative ? -degrees : degrees;
+// What an exhausted stream leaves in the item becomes the field; the item is empty behind it.
+void readField(std::stringstream& s, std::string& item, char delimiter, std::string& field) {
+    std::getline(s, item, delimiter);
+    field = item;
+    item.clear();
 }
 
-void dump(std::ostream& os, const GPSModel::Fields& fields,
-          const std::vector<std::string>& labels) {
+double readCoordinate(std::stringstream& s, char negativeHemisphere) {
+    const double degrees = degreesOf(nextField(s));
+    return nextField(s)[0] == negativeHemisphere ? -degrees : degrees;
+}
+
+void dump(std::ostream& os, const GPSModel::Texts& fields, const GPSModel::Texts& labels) {
     const std::ios_base::fmtflags oldflags = os.flags();
     const char oldfill = os.fill();
     os.flags(std::ios_base::hex | std::ios_base::fixed);
     os.fill('0');
-    for (int number = 1; number <= static_cast<int>(labels.size()); ++number) {
-        const std::string& label = labels.at(static_cast<size_t>(number) - 1);
-        os << std::to_string(number) + ". " + label + " = " << fields.at(number) << std::endl;
+    for (size_t i = 0; i < fields.size(); ++i) {
+        os << std::to_string(i + 1) + ". " + labels.at(i) + " = " << fields.at(i) << std::endl;
     }
     os.flags(oldflags);
     os.fill(oldfill);
@@ -117,18 +84,26 @@ void dump(std::ostream& os, const GPSModel::Fields& fields,
 
 }  // namespace
 
-GPSModel::GPSModel() : rmc(emptyFields(RMC_COUNT)), gga(emptyFields(GGA_COUNT)) {}
+GPSModel::Texts GPSModel::Rmc::texts() const {
+    return {timeUTC, status, latitude, latitudeHemisphere, longitude,          longitudeHemisphere,
+            speed,   course, dateUTC,  variation,          variationDirection, mode};
+}
 
-GPSModel::GPSModel(uint64_t timeStamp, const std::string& record) : GPSModel() {
-    stamp = timeStamp;
+GPSModel::Texts GPSModel::Gga::texts() const {
+    return {
+        timeUTC,    latitude, latitudeHemisphere, longitude,    longitudeHemisphere, quality,
+        satellites, dilution, altitude,           altitudeUnit, separation,          separationUnit,
+        age,        station};
+}
+
+GPSModel::GPSModel(uint64_t timeStamp, const std::string& record) : stamp(timeStamp) {
     store(record);
 }
 
-GPSModel::GPSModel(uint64_t timeStamp, const uint8_t* data, size_t dataSize) : GPSModel() {
+GPSModel::GPSModel(uint64_t timeStamp, const uint8_t* data, size_t dataSize) : stamp(timeStamp) {
     if (data == nullptr && dataSize > 0) {
         throw std::logic_error("null");
     }
-    stamp = timeStamp;
     std::string record;
     for (size_t i = 0; i < dataSize; ++i) {
         record += static_cast<char>(data[i]);
@@ -139,12 +114,12 @@ GPSModel::GPSModel(uint64_t timeStamp, const uint8_t* data, size_t dataSize) : G
 void GPSModel::store(const std::string& record) {
     std::string s = record;
     if (s.empty() || s.back() != '\n') {
-        s += "\n";
+        s += '\n';
     }
-    if (s.substr(0, 2) == "$G") {
-        s.at(2) = 'P';
+    if (s[0] == '$' && s[1] == 'G') {
+        s[2] = 'P';
     }
-    sentences.insert({s.substr(0, 6), s});
+    sentences.insert(std::make_pair(s.substr(0, 6), s));
 }
 
 void GPSModel::addRecord(const std::string& record) {
@@ -154,18 +129,39 @@ void GPSModel::addRecord(const std::string& record) {
 }
 
 bool GPSModel::parseRMC() {
-    if (!holds("$GPRMC")) {
+    const auto iter = sentences.find("$GPRMC");
+    if (iter == sentences.end()) {
         return false;
     }
-    rmc = split(sentences.at("$GPRMC"), RMC_COUNT, '*', true);
+    std::stringstream s(iter->second);
+    std::string item;
+    std::getline(s, item, ',');
+    item.clear();
+    for (std::string* field : {&rmc.timeUTC, &rmc.status, &rmc.latitude, &rmc.latitudeHemisphere,
+                               &rmc.longitude, &rmc.longitudeHemisphere, &rmc.speed, &rmc.course,
+                               &rmc.dateUTC, &rmc.variation, &rmc.variationDirection}) {
+        readField(s, item, ',', *field);
+    }
+    readField(s, item, '*', rmc.mode);
     return true;
 }
 
+// Field 0 stays in the item: a sentence without comma gives its whole text as field 1.
 bool GPSModel::parseGGA() {
-    if (!holds("$GPGGA")) {
+    const auto iter = sentences.find("$GPGGA");
+    if (iter == sentences.end()) {
         return false;
     }
-    gga = split(sentences.at("$GPGGA"), GGA_COUNT, '*', false);
+    std::stringstream s(iter->second);
+    std::string item;
+    std::getline(s, item, ',');
+    for (std::string* field :
+         {&gga.timeUTC, &gga.latitude, &gga.latitudeHemisphere, &gga.longitude,
+          &gga.longitudeHemisphere, &gga.quality, &gga.satellites, &gga.dilution, &gga.altitude,
+          &gga.altitudeUnit, &gga.separation, &gga.separationUnit, &gga.age}) {
+        readField(s, item, ',', *field);
+    }
+    readField(s, item, '*', gga.station);
     return true;
 }
 
@@ -181,31 +177,39 @@ bool GPSModel::holds(const std::string& code) const {
 }
 
 bool GPSModel::getGPRMC(RmcNumbers& numbers) const {
-    if (!holds("$GPRMC")) {
+    const auto iter = sentences.find("$GPRMC");
+    if (iter == sentences.end()) {
         return false;
     }
-    const Fields fields = split(sentences.at("$GPRMC"), 9, ',', true);
-    numbers.timeUTC = integerOf(fields.at(1));
-    numbers.status = !fields.at(2).empty() && fields.at(2).at(0) == 'A';
-    numbers.latitude = signedDegrees(fields.at(3), fields.at(4), 'S');
-    numbers.longitude = signedDegrees(fields.at(5), fields.at(6), 'W');
-    numbers.speed = realOf(fields.at(7)) * 1.852;
-    numbers.course = realOf(fields.at(8));
-    numbers.dateUTC = integerOf(fields.at(9));
+    std::stringstream s(iter->second);
+    nextField(s);
+    numbers.timeUTC = integerOf(nextField(s));
+    numbers.status = nextField(s)[0] == 'A';
+    numbers.latitude = readCoordinate(s, 'S');
+    numbers.longitude = readCoordinate(s, 'W');
+    numbers.speed = realOf(nextField(s)) * 1.852;
+    numbers.course = realOf(nextField(s));
+    numbers.dateUTC = integerOf(nextField(s));
     return true;
 }
 
 bool GPSModel::getGPGGA(GgaNumbers& numbers) const {
-    if (!holds("$GPGGA")) {
+    const auto iter = sentences.find("$GPGGA");
+    if (iter == sentences.end()) {
         return false;
     }
-    const Fields fields = split(sentences.at("$GPGGA"), 9, ',', false);
-    numbers.timeUTC = integerOf(fields.at(1));
-    numbers.status = fields.at(1).c_str()[0] != '\0';
-    numbers.latitude = signedDegrees(fields.at(2), fields.at(3), 'S');
-    numbers.longitude = signedDegrees(fields.at(4), fields.at(5), 'W');
-    numbers.numberSatellites = static_cast<uint16_t>(integerOf(fields.at(7)));
-    numbers.antennaAltitude = realOf(fields.at(9));
+    std::stringstream s(iter->second);
+    std::string item;
+    std::getline(s, item, ',');
+    std::getline(s, item, ',');
+    numbers.timeUTC = integerOf(item);
+    numbers.status = item[0] != '\0';
+    numbers.latitude = readCoordinate(s, 'S');
+    numbers.longitude = readCoordinate(s, 'W');
+    nextField(s);
+    numbers.numberSatellites = static_cast<uint16_t>(integerOf(nextField(s)));
+    nextField(s);
+    numbers.antennaAltitude = realOf(nextField(s));
     return true;
 }
 
@@ -216,18 +220,18 @@ std::string GPSModel::formatForRDB() {
     std::string longitudeHemisphere;
     std::string antennaAltitude;
     std::string antennaAltitudeUnit;
-    if (parseGGA() && !gga.at(7).empty() && std::strtol(gga.at(7).c_str(), nullptr, 10) != 0) {
-        latitude = gga.at(2);
-        latitudeHemisphere = gga.at(3);
-        longitude = gga.at(4);
-        longitudeHemisphere = gga.at(5);
-        antennaAltitude = gga.at(9);
-        antennaAltitudeUnit = gga.at(10);
-    } else if (parseRMC() && rmc.at(2) == "A") {
-        latitude = rmc.at(3);
-        latitudeHemisphere = rmc.at(4);
-        longitude = rmc.at(5);
-        longitudeHemisphere = rmc.at(6);
+    if (parseGGA() && !gga.satellites.empty() && integerOf(gga.satellites) != 0) {
+        latitude = gga.latitude;
+        latitudeHemisphere = gga.latitudeHemisphere;
+        longitude = gga.longitude;
+        longitudeHemisphere = gga.longitudeHemisphere;
+        antennaAltitude = gga.altitude;
+        antennaAltitudeUnit = gga.altitudeUnit;
+    } else if (parseRMC() && rmc.status == "A") {
+        latitude = rmc.latitude;
+        latitudeHemisphere = rmc.latitudeHemisphere;
+        longitude = rmc.longitude;
+        longitudeHemisphere = rmc.longitudeHemisphere;
     } else {
         return "";
     }
@@ -252,26 +256,47 @@ size_t GPSModel::getSize() const {
     return size;
 }
 
-std::string GPSModel::write() const {
-    std::string bytes =
-        bigEndian(getSize(), 2) + bigEndian(22, 2) + bigEndian(reserved, 2) + bigEndian(stamp, 8);
+void GPSModel::write(uint8_t*& pdest) const {
+    writeNumber(pdest, getSize(), 2);
+    writeNumber(pdest, id, 2);
+    writeNumber(pdest, reserved, 2);
+    writeNumber(pdest, stamp, 8);
     for (const auto& [code, sentence] : sentences) {
-        bytes += sentence;
+        std::memcpy(pdest, sentence.data(), sentence.size());
+        pdest += sentence.size();
     }
-    return bytes;
+}
+
+std::string GPSModel::write() const {
+    std::vector<uint8_t> bytes(getSize() + 2);
+    uint8_t* pdest = bytes.data();
+    write(pdest);
+    return {bytes.data(), pdest};
+}
+
+bool GPSModel::readFrom(const uint8_t* psrc, size_t len) {
+    if (len < HEADER_LENGTH) {
+        return false;
+    }
+    reserved = static_cast<uint16_t>(readNumber(psrc + 4, 2));
+    stamp = readNumber(psrc + 6, 8);
+    std::vector<char> copy(len + 1, '\0');
+    std::memcpy(copy.data(), psrc, len);
+    const char* line = std::strtok(copy.data() + HEADER_LENGTH, "\n");
+    if (line == nullptr) {
+        return false;
+    }
+    store(line);
+    while ((line = std::strtok(nullptr, "\n")) != nullptr) {
+        addRecord(line);
+    }
+    return true;
 }
 
 std::optional<GPSModel> GPSModel::read(const std::string& bytes) {
-    if (bytes.size() < HEADER_LENGTH) {
-        return std::nullopt;
-    }
-    const std::vector<std::string> lines = linesOf(bytes);
-    if (lines.empty()) {
-        return std::nullopt;
-    }
-    GPSModel model = of(numberAt(bytes, 6, 8), lines);
-    model.reserved = static_cast<uint16_t>(numberAt(bytes, 4, 2));
-    return model;
+    const std::vector<uint8_t> exact(bytes.begin(), bytes.end());
+    GPSModel model;
+    return model.readFrom(exact.data(), exact.size()) ? std::optional(model) : std::nullopt;
 }
 
 GPSModel GPSModel::of(uint64_t timeStamp, const std::vector<std::string>& sentences) {
@@ -309,15 +334,15 @@ void GPSModel::print(std::ostream& os) const {
     os.fill(oldfill);
 }
 
-void GPSModel::dumpRmc(std::ostream& os, const Fields& fields) {
-    dump(os, fields,
+void GPSModel::dumpRmc(std::ostream& os, const Rmc& fields) {
+    dump(os, fields.texts(),
          {"UTC time", "Status", "Latitude", "Latitude hemisphere", "Longitude",
           "Longitude hemisphere", "Speed", "Course", "UTC date", "Magnetic", "Magnetic direction",
           "Mode indicator"});
 }
 
-void GPSModel::dumpGga(std::ostream& os, const Fields& fields) {
-    dump(os, fields,
+void GPSModel::dumpGga(std::ostream& os, const Gga& fields) {
+    dump(os, fields.texts(),
          {"UTC time", "Latitude", "Latitude hemisphere", "Longitude", "Longitude hemisphere",
           "GPS quality indicator", "Number of satellites", "Horizontal delution", "Altitude",
           "Altitude unit", "Geodial separation", "Geodial unit", "Age GPS data", "Reference id"});
