@@ -45,6 +45,14 @@ size_t InputFile::read(uint8_t* dest, size_t room) {
     return static_cast<size_t>(count);
 }
 
+void InputFile::goBack(size_t count) {
+    if (lseek(fd, -static_cast<off_t>(count), SEEK_CUR) < 0) {
+        throw DataError(fmt::format("{}: cannot go back to byte {}: {}", shown, position - count,
+                                    std::strerror(errno)));
+    }
+    position -= count;
+}
+
 std::optional<uint64_t> InputFile::size() const {
     if (!S_ISREG(status.st_mode)) {
         return std::nullopt;

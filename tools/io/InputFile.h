@@ -25,6 +25,9 @@ public:
     /// names the file, the byte and the reason
     size_t read(uint8_t* dest, size_t room);
 
+    /// Goes back over the last \p count bytes that were read. For regular files alone.
+    void goBack(size_t count);
+
     /// For waiting.
     int descriptor() const { return fd; }
 

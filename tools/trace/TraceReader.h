@@ -21,16 +21,24 @@ struct TraceItem {
     };
 
     Kind kind = Kind::END;
-    uint64_t offset = 0;             ///< of the first byte, in the trace
-    std::span<const uint8_t> bytes;  ///< valid until the next call; of long damage the front alone
-    uint64_t length = 0;             ///< all of its bytes
-    msgid_t id = MSGID_INVALID;      ///< of a message
+    uint64_t offset = 0;                   ///< of the first byte, in the trace
+    std::span<const uint8_t> bytes;        ///< valid until the next call; of damage longer than any
+                                           ///< message the front alone
+    uint64_t length = 0;                   ///< all of its bytes
+    msgid_t id = MSGID_INVALID;            ///< of a message
     std::unique_ptr<GPSTraceMessage> gps;  ///< of a GPS message
     std::string reason;                    ///< of damage, for people
 };
 
 /// Reads a trace message by message, in bounded memory, and goes on behind damage at the next place
-/// where size field, id, payload and the following header agree.
+/// where size field, id, payload and what follows agree. The items account for every byte, in order
+/// and without overlap. A sound trace has no damage; a damaged place costs at most the two messages
+/// that it touches, with this limit: the payload of another type than GPS cannot be checked, so its
+/// size field may be changed to lead to the end of a later message unnoticed.
+///
+///     InputFile input(path);
+///     TraceReader trace(input);
+///     for (TraceItem item = trace.next(); item.kind != TraceItem::Kind::END; item = trace.next())
 class TraceReader {
 public:
     /// \param input  read from its current position on; must outlive the reader
@@ -47,7 +55,8 @@ public:
     uint64_t position() const;
 
     /// For a trace that grows: an incomplete message at the end is left for the next call of
-    /// next(), which answers END meanwhile.
+    /// next(), which answers END meanwhile. A message that is complete waits for nothing behind it.
+    /// What is incomplete may be taken away from the file, as a recorder does that continues it.
     void setGrowing(bool growing);
 
 private:

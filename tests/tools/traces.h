@@ -1,0 +1,110 @@
+/// \file
+/// Traces for tests, and what a reader makes of them.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "libvexutil/datablock.h"
+#include "tools/trace/TraceReader.h"
+
+/// Compared by its bytes, printed in hexadecimal.
+struct TraceBytes : std::vector<uint8_t> {
+    using vector::vector;
+
+    friend void PrintTo(const TraceBytes& bytes, std::ostream* os) {
+        for (const uint8_t byte : bytes) {
+            *os << "0123456789abcdef"[byte >> 4] << "0123456789abcdef"[byte & 15];
+        }
+    }
+};
+
+/// A file in memory that lasts as long as the object.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const TraceBytes& content = {}) {
+        EXPECT_GE(fd, 0);
+        append(content);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() { close(fd); }
+
+    void append(const TraceBytes& content) {
+        EXPECT_EQ(write(fd, content.data(), content.size()), static_cast<ssize_t>(content.size()));
+    }
+    void cut(size_t length) {
+        EXPECT_EQ(ftruncate(fd, static_cast<off_t>(length)), 0);
+        lseek(fd, 0, SEEK_END);
+    }
+    std::string path() const { return "/proc/self/fd/" + std::to_string(fd); }
+
+private:
+    int fd = memfd_create("trace", 0);
+};
+
+/// A serialised message of any type.
+inline TraceBytes messageOf(uint16_t id, uint64_t stamp, std::string_view payload) {
+    TraceBytes bytes(14);
+    uint16ToByteArray(static_cast<uint16_t>(12 + payload.size()), bytes.data());
+    uint16ToByteArray(id, bytes.data() + 2);
+    uint64ToByteArray(stamp, bytes.data() + 6);
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    return bytes;
+}
+
+inline TraceBytes joined(const std::vector<TraceBytes>& parts) {
+    TraceBytes bytes;
+    for (const TraceBytes& part : parts) {
+        bytes.insert(bytes.end(), part.begin(), part.end());
+    }
+    return bytes;
+}
+
+/// An item of a reader, with its bytes copied.
+struct ReadItem {
+    vextools::TraceItem::Kind kind;
+    uint64_t offset;
+    uint64_t length;
+    TraceBytes bytes;
+    msgid_t id;
+    std::string payload;  ///< of a GPS message, as it was decoded
+    std::string reason;
+};
+
+inline ReadItem copied(const vextools::TraceItem& item) {
+    ReadItem result{item.kind, item.offset, item.length, {item.bytes.begin(), item.bytes.end()},
+                    item.id,   "",          item.reason};
+    if (item.gps != nullptr) {
+        for (const auto& entry : item.gps->getSentences()) {
+            result.payload += entry.second;
+        }
+    }
+    return result;
+}
+
+/// All items up to the end.
+inline std::vector<ReadItem> readAll(vextools::TraceReader& reader) {
+    std::vector<ReadItem> items;
+    for (;;) {
+        const vextools::TraceItem item = reader.next();
+        if (item.kind == vextools::TraceItem::Kind::END) {
+            return items;
+        }
+        items.push_back(copied(item));
+    }
+}
+
+inline std::vector<ReadItem> readTrace(const TraceBytes& trace) {
+    const TemporaryFile file(trace);
+    vextools::InputFile input(file.path());
+    vextools::TraceReader reader(input);
+    return readAll(reader);
+}
