@@ -1,0 +1,16 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vextools {
+
+/// "1 message", "2 messages".
+inline std::string counted(uint64_t count, std::string_view thing) {
+    return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
+}  // namespace vextools

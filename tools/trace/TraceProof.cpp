@@ -1,0 +1,350 @@
+#include "tools/trace/TraceProof.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <vector>
+
+#include "tools/io/errors.h"
+#include "tools/io/escape.h"
+#include "tools/nmea/Framer.h"
+#include "tools/nmea/sentence.h"
+#include "tools/nmea/utc.h"
+#include "tools/trace/TraceReader.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr uint64_t NANOSECONDS_PER_DAY = 86'400'000'000'000;
+
+// What one message holds of sentences.
+constexpr size_t PAYLOAD_MAX =
+    0xFFFF - (MessageBase::MO_BASE_DERIVED - MessageBase::MSGSIZE_LENGTH);
+
+// A recorder may write an epoch in parts that has grown beyond what it keeps in memory.
+constexpr size_t LARGE_PART = size_t{1} << 20;
+
+struct LogSentence {
+    std::string stored;
+    uint64_t offset;
+    std::optional<TimeOfDay> time;
+
+    std::string_view code() const {
+        return std::string_view(stored).substr(0, GPSTraceMessage::NMEA_CODE_SIZE);
+    }
+};
+
+// The sentences of the log, as messages store them.
+class LogSentences {
+public:
+    explicit LogSentences(InputFile& log) : input(log), bytes(BUFFER_SIZE) {}
+
+    // The next sentence, not taken yet; null at the end.
+    const LogSentence* peek() {
+        if (!next) {
+            next = read();
+        }
+        return next ? &*next : nullptr;
+    }
+
+    LogSentence take() {
+        LogSentence taken = std::move(*next);
+        next.reset();
+        return taken;
+    }
+
+private:
+    static constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
+
+    std::optional<LogSentence> read() {
+        while (true) {
+            if (const std::optional<Framer::Sentence> sentence = framer.next()) {
+                const GPSTraceMessage message(0, std::string(sentence->text));
+                return LogSentence{message.getString(), sentence->offset, timeOf(sentence->text)};
+            }
+            if (ended) {
+                return std::nullopt;
+            }
+            const size_t count = input.read(bytes.data(), bytes.size());
+            if (count == 0) {
+                ended = true;
+                framer.finish();
+            } else {
+                framer.feed({reinterpret_cast<const char*>(bytes.data()), count});
+            }
+        }
+    }
+
+    InputFile& input;
+    std::vector<uint8_t> bytes;
+    Framer framer;
+    bool ended = false;
+    std::optional<LogSentence> next;
+};
+
+// A message of the trace, less what was found of it in the log.
+struct OpenMessage {
+    uint64_t offset;
+    timeStamp_t stamp;
+    std::map<std::string, std::string, std::less<>> rest;
+};
+
+// Where the sentences of an epoch, or of a part of it, belong: the k-th of a code into the k-th
+// message, or the next behind it that has room.
+class Places {
+public:
+    size_t placeOf(const LogSentence& sentence) const {
+        const auto last = lastPlaces.find(sentence.code());
+        size_t place = last == lastPlaces.end() ? 0 : last->second + 1;
+        while (place < sizes.size() && sizes[place] + sentence.stored.size() > PAYLOAD_MAX) {
+            ++place;
+        }
+        return place;
+    }
+
+    void take(const LogSentence& sentence, size_t place) {
+        sizes.resize(std::max(sizes.size(), place + 1));
+        sizes[place] += sentence.stored.size();
+        bytes += sentence.stored.size();
+        lastPlaces.insert_or_assign(std::string(sentence.code()), place);
+    }
+
+    bool empty() const { return sizes.empty(); }
+    bool isLarge() const { return bytes + PAYLOAD_MAX > LARGE_PART; }
+
+private:
+    std::map<std::string, size_t, std::less<>> lastPlaces;
+    std::vector<size_t> sizes;
+    size_t bytes = 0;
+};
+
+class Proof {
+public:
+    Proof(InputFile& logFile, InputFile& traceFile, const RecordingRules& recordingRules)
+        : logName(logFile.name()),
+          traceName(traceFile.name()),
+          log(logFile),
+          trace(traceFile),
+          rules(recordingRules),
+          date(rules.date.value_or(std::chrono::sys_days())) {}
+
+    ProofCounters run() {
+        while (log.peek() != nullptr) {
+            proveEpoch();
+        }
+        messages.clear();
+        if (pullMessage()) {
+            differ(messages.back(), "is behind the last sentence of the log");
+        }
+        return counters;
+    }
+
+private:
+    void proveEpoch() {
+        beginEpoch();
+        do {
+            proveSentence(log.take());
+        } while (log.peek() != nullptr && belongsToEpoch(*log.peek()));
+        proveUsedUp();
+        if (!rules.arrival) {
+            proveStamp();
+        }
+        ++counters.epochs;
+    }
+
+    void beginEpoch() {
+        messages.clear();
+        places = Places();
+        time.reset();
+        ownDate.reset();
+        stamp.reset();
+        isSplit = false;
+    }
+
+    bool belongsToEpoch(const LogSentence& sentence) const {
+        return !sentence.time || !time || *sentence.time == *time;
+    }
+
+    void proveSentence(const LogSentence& sentence) {
+        noteTime(sentence);
+        findInTrace(sentence);
+        ++counters.sentences;
+    }
+
+    void noteTime(const LogSentence& sentence) {
+        if (!sentence.time) {
+            return;
+        }
+        time = sentence.time;
+        ++counters.timed;
+        if (!ownDate) {
+            ownDate = dateOf(sentence.stored);
+        }
+    }
+
+    void findInTrace(const LogSentence& sentence) {
+        size_t place = places.placeOf(sentence);
+        if (!isAt(sentence, place)) {
+            const uint64_t offset = offsetOf(place);
+            place = 0;
+            if (!beginPart() || !isAt(sentence, place)) {
+                throw DataError(
+                    fmt::format("{}: the message at byte {} lacks the sentence at byte {} of {}",
+                                traceName, offset, sentence.offset, logName));
+            }
+        }
+        OpenMessage& message = messages[place];
+        proveOneStamp(message);
+        message.rest.erase(message.rest.find(sentence.code()));
+        places.take(sentence, place);
+    }
+
+    // Whether the message at the place of this part holds the sentence still.
+    bool isAt(const LogSentence& sentence, size_t place) {
+        while (messages.size() <= place) {
+            if (!pullMessage()) {
+                return false;
+            }
+        }
+        const auto held = messages[place].rest.find(sentence.code());
+        return held != messages[place].rest.end() && held->second == sentence.stored;
+    }
+
+    // An epoch may go on in new messages when those before are used up; false where it may not.
+    bool beginPart() {
+        while (!messages.empty() && messages.front().rest.empty()) {
+            messages.pop_front();
+        }
+        const bool isLarge = places.isLarge();
+        if (messages.size() > 1 || places.empty() || !(rules.live || isLarge)) {
+            return false;
+        }
+        if (!isLarge && !isSplit) {
+            isSplit = true;
+            ++counters.splitEpochs;
+        }
+        if (!time && rules.live) {
+            stamp.reset();  // that part was written before the epoch's time was known
+        }
+        places = Places();
+        return true;
+    }
+
+    uint64_t offsetOf(size_t place) const {
+        return place < messages.size() ? messages[place].offset : trace.position();
+    }
+
+    // The next GPS message of the trace; false at its end.
+    bool pullMessage() {
+        while (true) {
+            const TraceItem item = trace.next();
+            switch (item.kind) {
+                case TraceItem::Kind::GPS:
+                    takeMessage(item);
+                    return true;
+                case TraceItem::Kind::OTHER:
+                    ++counters.otherMessages;
+                    break;
+                case TraceItem::Kind::DAMAGE:
+                    throw DataError(fmt::format("{}: damaged at byte {}: {}", traceName,
+                                                item.offset, item.reason));
+                case TraceItem::Kind::END:
+                    return false;
+            }
+        }
+    }
+
+    void takeMessage(const TraceItem& item) {
+        OpenMessage message = {item.offset, item.gps->getTimeStamp(), {}};
+        for (const auto& [code, sentence] : item.gps->getSentences()) {
+            message.rest.emplace(code, sentence);
+        }
+        messages.push_back(std::move(message));
+        ++counters.messages;
+    }
+
+    void proveOneStamp(const OpenMessage& message) {
+        if (!stamp) {
+            stamp = message.stamp;
+            stampOffset = message.offset;
+        }
+        if (message.stamp != *stamp) {
+            differ(message, fmt::format("bears {}, but its epoch, from byte {} on, {}",
+                                        utcText(message.stamp), stampOffset, utcText(*stamp)));
+        }
+    }
+
+    void proveUsedUp() const {
+        for (const OpenMessage& message : messages) {
+            if (!message.rest.empty()) {
+                differ(message, fmt::format("holds a {} that the log does not have in its epoch",
+                                            escaped(message.rest.begin()->first)));
+            }
+        }
+    }
+
+    // The stamp says the time of every timed sentence of the epoch, for they all have the same, on
+    // the date that the epoch itself tells, or else on the one that went on from the epoch before.
+    void proveStamp() {
+        if (!time) {
+            expectStamp(lastStamp.value_or(stampOf(date, 0)));
+        } else {
+            if (lastTime && time->nanoseconds + NANOSECONDS_PER_DAY / 2 < lastTime->nanoseconds) {
+                date += std::chrono::days(1);
+            }
+            // A live recorder may have written before the date came.
+            const bool early = rules.live && isSplit && *stamp == stampOf(date, time->nanoseconds);
+            if (ownDate && !early) {
+                date = *ownDate;
+            }
+            expectStamp(stampOf(date, time->nanoseconds));
+            lastTime = time;
+        }
+        lastStamp = stamp;
+    }
+
+    void expectStamp(timeStamp_t expected) const {
+        if (*stamp != expected) {
+            throw DataError(
+                fmt::format("{}: the message at byte {} bears {}, but its sentences say {}",
+                            traceName, stampOffset, utcText(*stamp), utcText(expected)));
+        }
+    }
+
+    [[noreturn]] void differ(const OpenMessage& message, const std::string& what) const {
+        throw DataError(
+            fmt::format("{}: the message at byte {} {}", traceName, message.offset, what));
+    }
+
+    const std::string logName;
+    const std::string traceName;
+    LogSentences log;
+    TraceReader trace;
+    const RecordingRules rules;
+    ProofCounters counters;
+
+    // Of the epoch.
+    std::deque<OpenMessage> messages;  // of the part that is compared
+    Places places;
+    std::optional<TimeOfDay> time;
+    std::optional<std::chrono::sys_days> ownDate;
+    std::optional<timeStamp_t> stamp;
+    uint64_t stampOffset = 0;
+    bool isSplit = false;
+
+    // Of the epoch before.
+    std::chrono::sys_days date;
+    std::optional<TimeOfDay> lastTime;
+    std::optional<timeStamp_t> lastStamp;
+};
+
+}  // namespace
+
+ProofCounters proveTrace(InputFile& log, InputFile& trace, const RecordingRules& rules) {
+    return Proof(log, trace, rules).run();
+}
+
+}  // namespace vextools
