@@ -18,6 +18,10 @@ InputFile::InputFile(const std::string& path)
     }
     stream.peek();  // a directory can be opened, but not read
     checkRead();
+    // Not every standard library's stream tells a failed read from the end of the file.
+    if (stream.eof() && errno != 0) {
+        throw UsageError(withReason(name + ": cannot be read"));
+    }
 }
 
 void InputFile::checkRead() const {

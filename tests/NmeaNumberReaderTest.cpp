@@ -65,12 +65,19 @@ const std::vector<std::string> TEXTS = {
     "18446744073709551615", "18446744073709551616", "99999999999999999999",
     "-99999999999999999999"};
 
+// What strtod makes of the text; where there is no number 0, as the C standard wants it.
+double standardReal(const std::string& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    return end == text.c_str() ? 0.0 : value;
+}
+
 // Converts a view with digits right behind it, which are none of its business.
 void expectAsTheStandardLibrary(const NmeaNumberReader& number, const std::string& text) {
     const std::string longer = text + "99";
     const std::string_view view = std::string_view(longer).substr(0, text.size());
     const long integer = std::strtol(text.c_str(), nullptr, 10);
-    const uint64_t realBits = bitsOf(std::strtod(text.c_str(), nullptr));
+    const uint64_t realBits = bitsOf(standardReal(text));
     EXPECT_EQ(NmeaNumberReader::integer(view), integer) << testing::PrintToString(text);
     EXPECT_EQ(bitsOf(number.real(view)), realBits) << testing::PrintToString(text);
     const NmeaNumberReader::Number both = number.read(view);
@@ -147,6 +154,7 @@ TEST(NmeaNumberReaderTest, ReadsKnownReals) {
     EXPECT_EQ(bitsOf(number.real("5e-324")), 1U);
     EXPECT_EQ(bitsOf(number.real("0x1A")), bitsOf(26.0));
     EXPECT_EQ(bitsOf(number.real("abc")), 0U);
+    EXPECT_EQ(bitsOf(number.real("-N")), 0U);
     EXPECT_EQ(bitsOf(number.real("")), 0U);
     EXPECT_EQ(bitsOf(number.real({})), 0U);
     EXPECT_TRUE(std::isnan(number.real("nan")));

@@ -35,6 +35,13 @@ size_t readDigits(std::string_view text, uint64_t& value) {
     return count;
 }
 
+// The C standard wants 0 where there is no number. Of a sign and no digits MinGW's strtod makes -0.
+double standardReal(const std::string& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    return end == text.c_str() ? 0.0 : value;
+}
+
 // Not inlined: the calls in them would make the fast conversions, which need none, slower.
 [[gnu::noinline]] long standardInteger(std::string_view text) {
     return std::strtol(std::string(text).c_str(), nullptr, 10);
@@ -45,7 +52,7 @@ size_t readDigits(std::string_view text, uint64_t& value) {
         return {0, 0.0};
     }
     const std::string copy(text);
-    return {std::strtol(copy.c_str(), nullptr, 10), std::strtod(copy.c_str(), nullptr)};
+    return {std::strtol(copy.c_str(), nullptr, 10), standardReal(copy)};
 }
 
 }  // namespace

@@ -6,13 +6,15 @@
 
 namespace {
 
-// Longer than what a string keeps inside itself, so that each text takes an allocation.
-const std::string LONG_FIELDS_RMC =
-    "$GNRMC,123519.00000000000,A,4807.0380000000000,N,01131.0000000000000,E,022.4000000000000,"
-    "084.4000000000000,230394,003.1000000000000,W,A*00\r\n";
-const std::string LONG_FIELDS_GGA =
-    "$GNGGA,123519.00000000000,4807.0380000000000,N,01131.0000000000000,E,1,08,0.9,"
-    "545.40000000000000,M,46.900000000000000,M,,*00\r\n";
+// Behind a point these make each field longer than what any standard library's string keeps inside
+// itself, so that each text takes an allocation.
+const std::string ZEROS(32, '0');
+const std::string LONG_FIELDS_RMC = "$GNRMC,123519." + ZEROS + ",A,4807.038" + ZEROS +
+                                    ",N,01131.0" + ZEROS + ",E,022.4" + ZEROS + ",084.4" + ZEROS +
+                                    ",230394,003.1" + ZEROS + ",W,A*00\r\n";
+const std::string LONG_FIELDS_GGA = "$GNGGA,123519." + ZEROS + ",4807.038" + ZEROS + ",N,01131.0" +
+                                    ZEROS + ",E,1,08,0.9,545.4" + ZEROS + ",M,46.9" + ZEROS +
+                                    ",M,,*00\r\n";
 const std::string PROPRIETARY = "$PXYZE,1,2,3,4,5,6,7,8,9,10,11,12*00\r\n";
 
 GPSTraceMessage fullMessage() {
@@ -87,7 +89,7 @@ TEST(FailingMemoryTest, SentenceWhoseFieldsCouldNotBeSplitIsSplitByTheNextCall) 
     EXPECT_THROW(message.addRecord(LONG_FIELDS_RMC), std::bad_alloc);
     failingMemory::failAt(0);
     message.addRecord(LONG_FIELDS_RMC);
-    EXPECT_EQ(message.getRMC().latitude, "4807.0380000000000");
+    EXPECT_EQ(message.getRMC().latitude, "4807.038" + ZEROS);
     EXPECT_EQ(message.getRMC().modeIndicator, "A");
 }
 
@@ -181,7 +183,7 @@ TEST(FailingMemoryTest, PlainNumbersNeedNone) {
     if (FLT_EVAL_METHOD != 0 && FLT_EVAL_METHOD != 1) {
         GTEST_SKIP() << "With extended precision every number is left to strtod.";
     }
-    // As long as plain conversion takes them, longer than what a string keeps inside itself.
+    // As long as plain conversion takes them; a string of libstdc++ would need an allocation.
     GPSTraceMessage message(3, "$GPRMC,123519,A,4807.03812345678,N,01131.0001234567,E,,,230394,,");
     message.addRecord("$GPGGA,123519,4807.03812345678,N,01131.0001234567,E,1,08,0.9,545.4,M");
     EXPECT_EQ(failEachAllocation([&] {

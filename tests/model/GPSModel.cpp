@@ -16,7 +16,9 @@ uint64_t integerOf(const std::string& text) {
 }
 
 double realOf(const std::string& text) {
-    return std::strtod(text.c_str(), nullptr);
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    return end == text.c_str() ? 0.0 : value;  // MinGW's strtod makes -0 of a sign alone
 }
 
 struct Coordinate {

@@ -5,9 +5,20 @@
 #include <clocale>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iomanip>
+#include <optional>
 #include <system_error>
+
+#ifdef _WIN32
+
+class CommaLocale::Provider {
+public:
+    static const char* name() { return "German"; }
+};
+
+#else
 
 namespace {
 
@@ -36,7 +47,26 @@ const char* byteOrderOption() {
 
 }  // namespace
 
-CommaLocale::CommaLocale() : previousLocale(std::setlocale(LC_NUMERIC, nullptr)) {
+/// Makes the locale in a folder of its own, where the C library looks as long as this lives.
+class CommaLocale::Provider {
+public:
+    Provider();
+    ~Provider();
+    Provider(const Provider&) = delete;
+    Provider(Provider&&) = delete;
+    Provider& operator=(const Provider&) = delete;
+    Provider& operator=(Provider&&) = delete;
+
+    static const char* name() { return "comma"; }
+
+private:
+    void makeLocale() const;
+
+    std::optional<std::string> previousPath;
+    std::filesystem::path folder;
+};
+
+CommaLocale::Provider::Provider() {
     if (const char* path = std::getenv("LOCPATH")) {
         previousPath = path;
     }
@@ -47,11 +77,9 @@ CommaLocale::CommaLocale() : previousLocale(std::setlocale(LC_NUMERIC, nullptr))
     folder = pattern;
     makeLocale();
     setenv("LOCPATH", folder.c_str(), 1);
-    made = std::setlocale(LC_NUMERIC, "comma") != nullptr;
 }
 
-CommaLocale::~CommaLocale() {
-    static_cast<void>(std::setlocale(LC_NUMERIC, previousLocale.c_str()));
+CommaLocale::Provider::~Provider() {
     if (previousPath) {
         setenv("LOCPATH", previousPath->c_str(), 1);
     } else {
@@ -61,7 +89,7 @@ CommaLocale::~CommaLocale() {
     std::filesystem::remove_all(folder, ignored);
 }
 
-void CommaLocale::makeLocale() const {
+void CommaLocale::Provider::makeLocale() const {
     writeLocaleSource(folder / "source");
     writeCharacterMap(folder / "charmap");
     const std::string command = "cd '" + folder.string() + "' && localedef --no-archive --force " +
@@ -69,4 +97,15 @@ void CommaLocale::makeLocale() const {
     // Complains of the categories left out, but makes the one that counts.
     const int status = std::system(command.c_str());  // NOLINT(cert-env33-c): the test's own text
     static_cast<void>(status);
+}
+
+#endif
+
+CommaLocale::CommaLocale()
+    : previousLocale(std::setlocale(LC_NUMERIC, nullptr)),
+      provider(std::make_unique<Provider>()),
+      found(std::setlocale(LC_NUMERIC, Provider::name()) != nullptr) {}
+
+CommaLocale::~CommaLocale() {
+    static_cast<void>(std::setlocale(LC_NUMERIC, previousLocale.c_str()));
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <filesystem>
-#include <optional>
+#include <memory>
 #include <string>
 
-/// Puts a C locale with a decimal comma in force as long as it lives. The machine need have none:
-/// the command localedef of the GNU C library makes one from sources written here.
+/// Puts a C locale with a decimal comma in force as long as it lives. Windows brings one along.
+/// Elsewhere the machine need have none: the command localedef of the GNU C library makes one from
+/// sources written here.
 class CommaLocale {
 public:
     CommaLocale();
@@ -15,14 +15,13 @@ public:
     CommaLocale& operator=(const CommaLocale&) = delete;
     CommaLocale& operator=(CommaLocale&&) = delete;
 
-    /// False where there is no such command; then nothing has changed.
-    bool inForce() const { return made; }
+    /// False where there is neither; then nothing has changed.
+    bool inForce() const { return found; }
 
 private:
-    void makeLocale() const;
+    class Provider;
 
     std::string previousLocale;
-    std::optional<std::string> previousPath;
-    std::filesystem::path folder;
-    bool made = false;
+    std::unique_ptr<Provider> provider;
+    bool found;
 };
