@@ -5,19 +5,32 @@ include(CMakePackageConfigHelpers)
 set(VEXTRACE_GENERATED_HEADERS ${PROJECT_BINARY_DIR}/include)
 set(VEXTRACE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vextrace)
 
-install(TARGETS vexutil vextrace EXPORT vextraceTargets
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-                COMPONENT vextrace_runtime NAMELINK_COMPONENT vextrace_development
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vextrace_development
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vextrace_runtime)
+# vextrace_install(KIND LIBRARY...): KIND is shared or static.
+function(vextrace_install kind)
+    install(TARGETS ${ARGN} EXPORT vextraceTargets_${kind}
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+                    COMPONENT vextrace_runtime NAMELINK_COMPONENT vextrace_development
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vextrace_development
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vextrace_runtime)
+    install(EXPORT vextraceTargets_${kind} NAMESPACE vextrace::
+            DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT vextrace_development)
+endfunction()
+
+if(BUILD_SHARED_LIBS)
+    vextrace_install(shared vexutil vextrace)
+else()
+    vextrace_install(static vexutil vextrace)
+endif()
+if(VEXTRACE_DEBIAN)
+    vextrace_install(static vexutil_static vextrace_static)
+endif()
+
 # Every header is public but those in folders named internal.
 install(DIRECTORY libvexutil libvextrace
                   ${VEXTRACE_GENERATED_HEADERS}/libvexutil ${VEXTRACE_GENERATED_HEADERS}/libvextrace
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT vextrace_development
         FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 
-install(EXPORT vextraceTargets NAMESPACE vextrace:: DESTINATION ${VEXTRACE_PACKAGE_DIR}
-        COMPONENT vextrace_development)
 configure_package_config_file(cmake/vextraceConfig.cmake.in vextraceConfig.cmake
                               INSTALL_DESTINATION ${VEXTRACE_PACKAGE_DIR}
                               NO_SET_AND_CHECK_MACRO)
@@ -26,11 +39,14 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vextraceConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/vextraceConfigVersion.cmake
         DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT vextrace_development)
 
-# The pkg-config files find the prefix from where they lie, so that it can be moved. Where the
-# library folder is absolute, it says nothing about the prefix.
+# The pkg-config files find the prefix from where they lie, so that it can be moved. Debian's is
+# not moved; and where the library folder is absolute, it says nothing about the prefix.
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
     set(PC_PREFIX ${CMAKE_INSTALL_PREFIX})
     set(PC_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+elseif(VEXTRACE_DEBIAN)
+    set(PC_PREFIX ${CMAKE_INSTALL_PREFIX})
+    set(PC_LIBDIR "\${prefix}/${CMAKE_INSTALL_LIBDIR}")
 else()
     file(RELATIVE_PATH PC_UP /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
     string(REGEX REPLACE "/$" "" PC_UP ${PC_UP})
@@ -43,12 +59,6 @@ else()
     set(PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
 
-# A static library leaves it to the program to link what it uses; a shared one brings it along.
-if(BUILD_SHARED_LIBS)
-    set(PC_REQUIRES Requires.private)
-else()
-    set(PC_REQUIRES Requires)
-endif()
 foreach(library vexutil vextrace)
     configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc

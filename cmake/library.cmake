@@ -1,19 +1,37 @@
 include(GenerateExportHeader)
 
 # vextrace_library(NAME SOURCE...): adds a library, static or shared as BUILD_SHARED_LIBS says, with
-# its headers' folder libNAME. A shared one shows what its public headers mark for export.
+# its headers' folder libNAME. A shared one shows what its public headers mark for export. For
+# Debian's packages a static one, NAME_static, is built beside it.
 function(vextrace_library name)
     add_library(${name} ${ARGN})
     add_library(vextrace::${name} ALIAS ${name})
-    target_compile_features(${name} PUBLIC cxx_std_17)
-
-    set(generated ${PROJECT_BINARY_DIR}/include)
-    generate_export_header(${name} EXPORT_FILE_NAME ${generated}/lib${name}/export.h)
-    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                              $<BUILD_INTERFACE:${generated}>
-                                              $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-    set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden
-                                             VISIBILITY_INLINES_HIDDEN ON
-                                             VERSION ${PROJECT_VERSION}
+    generate_export_header(${name}
+                           EXPORT_FILE_NAME ${PROJECT_BINARY_DIR}/include/lib${name}/export.h)
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
                                              SOVERSION ${PROJECT_VERSION_MAJOR})
+    vextrace_describe(${name})
+    if(VEXTRACE_DEBIAN)
+        add_library(${name}_static STATIC ${ARGN})
+        set_target_properties(${name}_static PROPERTIES OUTPUT_NAME ${name} EXPORT_NAME ${name})
+        vextrace_describe(${name}_static)
+    endif()
+endfunction()
+
+function(vextrace_describe library)
+    target_compile_features(${library} PUBLIC cxx_std_17)
+    target_include_directories(${library}
+                               PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                                      $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>
+                                      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    set_target_properties(${library} PROPERTIES CXX_VISIBILITY_PRESET hidden
+                                                VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# vextrace_uses(NAME OTHER): one library needs another, and so do their users.
+function(vextrace_uses name other)
+    target_link_libraries(${name} PUBLIC ${other})
+    if(VEXTRACE_DEBIAN)
+        target_link_libraries(${name}_static PUBLIC ${other}_static)
+    endif()
 endfunction()

@@ -1,0 +1,74 @@
+# Sourced by the checks of the installed library: builds the programs of a user's with it and runs
+# them. Wants the variables source_dir, compiler and version, and makes the folder $work.
+# shellcheck disable=SC2154
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+readme_output=$(awk '$0 == "```" { inside = 0 } inside { print }
+    $0 == "```text" { inside = 1 }' "$source_dir/README.md")
+
+fail() {
+    echo "$(basename "$0"): $*" >&2
+    exit 1
+}
+
+quietly() {
+    "$@" >"$work/log" 2>&1 || { cat "$work/log" >&2; fail "failed: $*"; }
+}
+
+expect() {
+    [ "$2" = "$3" ] || fail "$1: $(diff <(echo "$2") <(echo "$3"))"
+}
+
+# run FOLDER: runs the programs there.
+run() {
+    local output
+    output=$("$1/firstSteps") || fail "$1/firstSteps does not run"
+    expect "$1/firstSteps" "$readme_output" "$output"
+    quietly "$1/consumer"
+    output=$("$1/temperature") || fail "$1/temperature does not run"
+    expect "$1/temperature" \
+        "000000000000000a 00000000  TEMPERATURE | sensor 3 293.1 K" "$output"
+}
+
+# use_cmake WAY NAME OPTION...: builds and runs the programs with CMake.
+use_cmake() {
+    local way=$1 build=$work/cmake-$2
+    shift 2
+    quietly cmake -S "$source_dir/tests/install" -B "$build" -DCMAKE_CXX_COMPILER="$compiler" \
+        -DVEXTRACE_WAY="$way" -DVEXTRACE_SOURCE="$source_dir" "$@"
+    quietly cmake --build "$build" -j2
+    run "$build"
+}
+
+# readme_line SOURCE PROGRAM [OPTION...]: compiles as the README says, with nothing but that line.
+readme_line() (
+    mkdir "$2.build"
+    cd "$2.build" || exit
+    cp "$source_dir/examples/TemperatureMessage.h" .
+    cp "$1" logger.cpp
+    line=$(grep -F 'pkg-config' "$source_dir/README.md" | grep '^c++ ') || fail "the line is gone"
+    # shellcheck disable=SC2317 # the line calls it
+    c++() { command "$compiler" "$@"; }
+    shift 2
+    quietly eval "$line $*"
+    mv logger "${PWD%.build}"
+)
+
+# use_pkg_config NAME LIBDIR [OPTION...]: builds and runs the programs with pkg-config, which looks
+# into that folder or, where it is empty, into those of the system.
+use_pkg_config() {
+    local folder=$work/pc-$1 libdir=$2 module
+    shift 2
+    mkdir "$folder"
+    if [ -n "$libdir" ]; then
+        export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
+    fi
+    for module in vextrace vexutil; do
+        expect "version in $module.pc" "$version" "$(pkg-config --modversion $module)"
+    done
+    readme_line "$source_dir/examples/firstSteps.cpp" "$folder/firstSteps" "$@"
+    readme_line "$source_dir/tests/install/consumer.cpp" "$folder/consumer" "$@"
+    readme_line "$source_dir/tests/install/temperature.cpp" "$folder/temperature" "$@"
+    LD_LIBRARY_PATH=$libdir run "$folder"
+    unset PKG_CONFIG_LIBDIR
+}
