@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Keeps the documents true: links lead somewhere, files that they name exist, nothing is left out of
-# their lists, C++ blocks compile, the message type that they show is the example, words are spelt
-# right.
+# their lists, C++ blocks compile, the message type that they show is the example.
 # Usage: documents.sh SOURCE_DIR COMPILER
 set -euo pipefail
 cd "$1"
@@ -130,22 +129,10 @@ check_message_type() {
         fail "docs/architecture.md shows another message type than examples/TemperatureMessage.h"
 }
 
-# "delution" and "Geodial" are words of the dumps; "infinit" is a number cut short, "inForce" a name.
-check_spelling() {
-    if ! command -v codespell >/dev/null; then
-        fail "there is no codespell to check the spelling with"
-        return
-    fi
-    codespell --ignore-words-list=delution,geodial,infinit,inforce "${documents[@]}" libvextrace libvexutil \
-        examples/*.cpp examples/*.h tests/*.cpp tests/*.sh tests/*/*.cpp tests/*/*.h fuzz/*.cpp \
-        scripts >&2 || fail "words are misspelt"
-}
-
 check_links
 check_file_names
 check_lists
 check_code
 check_message_type
-check_spelling
 [ "$failures" -eq 0 ] || exit 1
 echo "The documents are true."
