@@ -116,12 +116,12 @@ TEST(GPSTraceMessageBinaryTest, WritesHeaderAndSentencesInOrderOfTheirCodes) {
     for (const char c : "$GPGGA,B\n$GPRMC,A\n"s) {
         expected.push_back(static_cast<uint8_t>(c));
     }
-    EXPECT_EQ(serialise(twoSentences()), expected);
+    EXPECT_EQ(writtenBytes(twoSentences()), expected);
 }
 
 TEST(GPSTraceMessageBinaryTest, WritesTheHeaderAloneWithoutSentences) {
     const Bytes expected = {0, 12, 0, 22, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    EXPECT_EQ(serialise(GPSTraceMessage()), expected);
+    EXPECT_EQ(writtenBytes(GPSTraceMessage()), expected);
 }
 
 TEST(GPSTraceMessageBinaryTest, WritesSentencesOfEveryCode) {
@@ -152,11 +152,11 @@ TEST(GPSTraceMessageBinaryTest, SizeWriteAndReadAgree) {
     GPSTraceMessage message = twoSentences();
     for (const std::string& record : {"$PGRME,15.0,M\r\n"s, "x"s, "$GPGSV"s, GGA_SENTENCE}) {
         message.addRecord(record);
-        const Bytes bytes = serialise(message);
+        const Bytes bytes = writtenBytes(message);
         EXPECT_EQ(bytes.size(), sizeOf(message) + 2);
         const std::unique_ptr<MessageBase> back = readFrom(bytes);
         EXPECT_EQ(back->getSize(), sizeOf(message));
-        EXPECT_EQ(serialise(*back), bytes);
+        EXPECT_EQ(writtenBytes(*back), bytes);
     }
 }
 
@@ -169,7 +169,7 @@ TEST(GPSTraceMessageBinaryTest, AdvancesPastWhatItWroteAndLeavesTheRest) {
     EXPECT_EQ(pdest, bytes.data() + 3 + 32);
 
     Bytes expected(3, 0xA5);
-    const Bytes alone = serialise(message);
+    const Bytes alone = writtenBytes(message);
     expected.insert(expected.end(), alone.begin(), alone.end());
     expected.insert(expected.end(), 5, 0xA5);
     EXPECT_EQ(bytes, expected);
@@ -181,7 +181,7 @@ TEST(GPSTraceMessageBinaryTest, WritesTheSameBytesWhateverSyncSays) {
     Bytes bytes(32);
     uint8_t* pdest = bytes.data();
     EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), true), 30U);
-    EXPECT_EQ(bytes, serialise(message));
+    EXPECT_EQ(bytes, writtenBytes(message));
 }
 
 TEST(GPSTraceMessageBinaryTest, AcceptsExactRoomAndRefusesOneByteLess) {
@@ -197,7 +197,7 @@ TEST(GPSTraceMessageBinaryTest, AcceptsExactRoomAndRefusesOneByteLess) {
 
 TEST(GPSTraceMessageBinaryTest, WritesTheLongestMessageOfTheSizeField) {
     const GPSTraceMessage message = messageOfSize(65535);
-    const Bytes bytes = serialise(message);
+    const Bytes bytes = writtenBytes(message);
     EXPECT_EQ(bytes.size(), 65537U);
     EXPECT_EQ(bytes[0], 0xFF);
     EXPECT_EQ(bytes[1], 0xFF);
@@ -268,7 +268,7 @@ TEST(GPSTraceMessageBinaryTest, StopsReadingAtANul) {
 TEST(GPSTraceMessageBinaryTest, ANulInAStoredSentenceCutsWhatIsReadBack) {
     const GPSTraceMessage message(TIME_STAMP, "$GPRMC,A\0B"s);
     EXPECT_EQ(payloadOf(message), "$GPRMC,A\0B\n"s);
-    EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPRMC,A\n");
+    EXPECT_EQ(payloadOf(*rebuild(writtenBytes(message))), "$GPRMC,A\n");
 }
 
 TEST(GPSTraceMessageBinaryTest, ThrowsWithoutAnySentence) {
@@ -352,7 +352,7 @@ TEST(GPSTraceMessageBinaryTest, ReadsBackWhatItWrote) {
     message.addRecord(GGA_SENTENCE);
     message.addRecord("$PGRME,15.0,M\r\r\n");
     message.addRecord("\xC2\xB0");
-    const std::unique_ptr<GPSTraceMessage> back = rebuild(serialise(message));
+    const std::unique_ptr<GPSTraceMessage> back = rebuild(writtenBytes(message));
     EXPECT_EQ(*back, message);
     EXPECT_EQ(back->getTimeStamp(), TIME_STAMP);
     EXPECT_EQ(back->getHeaderReserved(), 0xFEDC);
@@ -362,16 +362,16 @@ TEST(GPSTraceMessageBinaryTest, ReadsBackWhatItWrote) {
 
 TEST(GPSTraceMessageBinaryTest, LosesALoneLineFeedOnTheWayBack) {
     GPSTraceMessage message(TIME_STAMP, "");
-    expectNoSentenceIn(serialise(message));
+    expectNoSentenceIn(writtenBytes(message));
     message.addRecord("$GPRMC,A");
     EXPECT_EQ(payloadOf(message), "\n$GPRMC,A\n");
-    EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPRMC,A\n");
+    EXPECT_EQ(payloadOf(*rebuild(writtenBytes(message))), "$GPRMC,A\n");
 }
 
 TEST(GPSTraceMessageBinaryTest, SplitsATextOfSeveralLinesOnTheWayBack) {
     const GPSTraceMessage message(TIME_STAMP, "$GPRMC,A\n$GPGGA,B");
     EXPECT_EQ(payloadOf(message), "$GPRMC,A\n$GPGGA,B\n");
-    EXPECT_EQ(payloadOf(*rebuild(serialise(message))), "$GPGGA,B\n$GPRMC,A\n");
+    EXPECT_EQ(payloadOf(*rebuild(writtenBytes(message))), "$GPGGA,B\n$GPRMC,A\n");
 }
 
 TEST(GPSTraceMessageBinaryTest, LeavesAScanOfTheCallerAlone) {

@@ -131,7 +131,7 @@ TEST(MessageBaseTest, HasSize12WithoutPayload) {
 TEST(MessageBaseTest, WritesTheHeaderInFrontOfThePayload) {
     Bytes expected = HEADER;
     expected.insert(expected.end(), PAYLOAD.begin(), PAYLOAD.end());
-    EXPECT_EQ(serialise(messageOf(PAYLOAD)), expected);
+    EXPECT_EQ(writtenBytes(messageOf(PAYLOAD)), expected);
 }
 
 TEST(MessageBaseTest, WritesTheHeaderAloneByItself) {
@@ -151,7 +151,7 @@ TEST(MessageBaseTest, WritesTheSameBytesWithSync) {
     uint8_t* pdest = bytes.data();
     EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), true), 15U);
     EXPECT_EQ(pdest, bytes.data() + bytes.size());
-    EXPECT_EQ(bytes, serialise(message));
+    EXPECT_EQ(bytes, writtenBytes(message));
 }
 
 TEST(MessageBaseTest, RefusesTooLittleRoomUntouched) {
@@ -166,7 +166,7 @@ TEST(MessageBaseTest, RefusesTooLittleRoomForTheHeaderUntouched) {
 }
 
 TEST(MessageBaseTest, WritesASizeOf65535) {
-    const Bytes bytes = serialise(messageOf(Bytes(65523, 0x42)));
+    const Bytes bytes = writtenBytes(messageOf(Bytes(65523, 0x42)));
     EXPECT_EQ(bytes.size(), 65537U);
     EXPECT_EQ(bytes[0], 0xFFU);
     EXPECT_EQ(bytes[1], 0xFFU);
@@ -199,11 +199,11 @@ TEST(MessageBaseTest, ReportsARoomAbove65535As65535) {
 
 TEST(MessageBaseTest, SetsMbnrFromTheCascadeChannel) {
     TestMessage message = messageOf(PAYLOAD);
-    const Bytes bytes = serialise(message);
+    const Bytes bytes = writtenBytes(message);
     message.cascadeChannel(0xFEDC);
     EXPECT_EQ(message.getMbnr(), 0xFEDCU);
     EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000103U);
-    EXPECT_EQ(serialise(message), bytes);
+    EXPECT_EQ(writtenBytes(message), bytes);
 }
 
 TEST(MessageBaseTest, NumbersSourcesByMbnrBusAndChannel) {
@@ -293,7 +293,7 @@ TEST(MessageBaseTest, KeepsTextAndBufferForDerivedTypes) {
 
 TEST(MessageBaseTest, ReachesTheDerivedTypeThroughTheBase) {
     const std::unique_ptr<MessageBase> clone(messageOf(PAYLOAD).clone());
-    EXPECT_EQ(serialise(*clone), serialise(messageOf(PAYLOAD)));
+    EXPECT_EQ(writtenBytes(*clone), writtenBytes(messageOf(PAYLOAD)));
     EXPECT_EQ(clone->toString(), "the text of the type");
     EXPECT_EQ(clone->getSourceChannel(), "TEST");
     EXPECT_EQ(clone->getSourceChannelID(), 0x13579BDF00000103U);

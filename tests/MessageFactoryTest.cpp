@@ -231,7 +231,7 @@ TEST_F(MessageFactoryTest, DecodesGPSMessagesByTheirID) {
     const auto message = rebuild(bytes);
     ASSERT_NE(message, nullptr);
     EXPECT_EQ(message->getMsgID(), MSGID_GPS);
-    EXPECT_EQ(serialise(*message), bytes);
+    EXPECT_EQ(writtenBytes(*message), bytes);
 }
 
 TEST_F(MessageFactoryTest, WalksMessagesThatLieBackToBack) {
@@ -241,7 +241,7 @@ TEST_F(MessageFactoryTest, WalksMessagesThatLieBackToBack) {
     const std::vector<DecodedMessage> all = walk(bytes);
     ASSERT_EQ(all.size(), 4U);
     expectPayload(all[0], {0x21, 0x43});
-    EXPECT_EQ(serialise(*all[1].message), gps);
+    EXPECT_EQ(writtenBytes(*all[1].message), gps);
     expectPayload(all[2], {});
     expectPayload(all[3], {0x65});
 }
@@ -265,7 +265,7 @@ TEST_F(MessageFactoryTest, LosesNoByteOfATraceWithInvalidMessages) {
     Bytes written;
     for (const DecodedMessage& decoded : walk(bytes)) {
         ASSERT_NE(decoded.message, nullptr);
-        written = written + serialise(*decoded.message);
+        written = written + writtenBytes(*decoded.message);
     }
     EXPECT_EQ(written, bytes);
 }

@@ -23,7 +23,7 @@ const Bytes WARM_BYTES = {0x00, 0x10, 0x00, 0x87, 0x09, 0x0A, 0x01, 0x02, 0x03,
 }  // namespace
 
 TEST(AnotherMessageTypeTest, WritesItsPayloadBehindTheHeader) {
-    EXPECT_EQ(serialise(warm()), WARM_BYTES);
+    EXPECT_EQ(writtenBytes(warm()), WARM_BYTES);
 }
 
 TEST(AnotherMessageTypeTest, IsRefusedWholeWhereThereIsNoRoom) {
@@ -37,7 +37,7 @@ TEST(AnotherMessageTypeTest, IsRefusedWholeWhereThereIsNoRoom) {
 TEST(AnotherMessageTypeTest, ComesBackThroughTheFactoryBesideGPSMessages) {
     ASSERT_TRUE(TemperatureMessage::registerMessage());
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
-    Bytes bytes = serialise(GPSTraceMessage(1, RMC_SENTENCE));
+    Bytes bytes = writtenBytes(GPSTraceMessage(1, RMC_SENTENCE));
     const size_t begin = bytes.size();
     bytes.insert(bytes.end(), WARM_BYTES.begin(), WARM_BYTES.end());
 
@@ -54,7 +54,7 @@ TEST(AnotherMessageTypeTest, ComesBackThroughTheFactoryBesideGPSMessages) {
     EXPECT_EQ(message->getSensor(), 0x1234);
     EXPECT_EQ(message->getDecikelvin(), 2982);
     EXPECT_TRUE(*message == warm());
-    EXPECT_EQ(serialise(*message), WARM_BYTES);
+    EXPECT_EQ(writtenBytes(*message), WARM_BYTES);
 }
 
 TEST(AnotherMessageTypeTest, ReaderRefusesAPayloadOfAnotherLength) {

@@ -42,7 +42,7 @@ std::vector<GPSTraceMessage> goldenMessages() {
 TEST(GoldenTest, EveryProcessorWritesTheSameBytes) {
     Bytes written;
     for (const GPSTraceMessage& message : goldenMessages()) {
-        const Bytes bytes = serialise(message);
+        const Bytes bytes = writtenBytes(message);
         written.insert(written.end(), bytes.begin(), bytes.end());
     }
     EXPECT_EQ(written, goldenFile());

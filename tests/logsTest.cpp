@@ -42,13 +42,13 @@ protected:
 
 // Writes, reads and writes again, and compares what came back.
 void expectToComeBack(const GPSTraceMessage& message, const GPSModel& model) {
-    const Bytes bytes = serialise(message);
+    const Bytes bytes = writtenBytes(message);
     EXPECT_EQ(bytes, bytesOf(model.write()));
     MessagePair again{rebuild(bytes), *GPSModel::read(model.write())};
     ASSERT_NE(again.library, nullptr);
     // Receivers send NUL bytes now and then, which end the payload.
     if (payloadOf(message).find('\0') == std::string::npos) {
-        EXPECT_EQ(serialise(*again.library), bytes);
+        EXPECT_EQ(writtenBytes(*again.library), bytes);
         EXPECT_TRUE(*again.library == message);
         again.model = model;
     }
@@ -78,7 +78,7 @@ TEST_P(LogsTest, ComesBackByteByByteAndFieldByField) {
 TEST_P(LogsTest, IsWalkedMessageByMessage) {
     Bytes trace;
     for (const auto& sentences : groups) {
-        const Bytes bytes = serialise(messageOf(trace.size(), sentences));
+        const Bytes bytes = writtenBytes(messageOf(trace.size(), sentences));
         trace.insert(trace.end(), bytes.begin(), bytes.end());
     }
     EXPECT_EQ(differenceInWalk({trace.begin(), trace.end()}), "");

@@ -103,7 +103,7 @@ TEST(FailingMemoryTest, CloneReturnsNothingAndLeavesTheMessage) {
 }
 
 TEST(FailingMemoryTest, DecodingReturnsNothing) {
-    const Bytes bytes = serialise(fullMessage());
+    const Bytes bytes = writtenBytes(fullMessage());
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const size_t failures = failEachAllocation([&] {
         const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());

@@ -8,7 +8,7 @@ Bytes bytesOf(std::string_view text) {
     return Bytes(text.begin(), text.end());
 }
 
-Bytes serialise(const MessageBase& message) {
+Bytes writtenBytes(const MessageBase& message) {
     Bytes bytes(message.getSize() + 2);
     uint8_t* pdest = bytes.data();
     EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), false), message.getSize());
@@ -40,6 +40,6 @@ std::unique_ptr<GPSTraceMessage> rebuild(const Bytes& bytes) {
 }
 
 std::string payloadOf(const MessageBase& message) {
-    const Bytes bytes = serialise(message);
+    const Bytes bytes = writtenBytes(message);
     return std::string(bytes.begin() + MessageBase::MO_BASE_DERIVED, bytes.end());
 }

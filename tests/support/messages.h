@@ -20,7 +20,7 @@ using Bytes = std::vector<uint8_t>;
 Bytes bytesOf(std::string_view text);
 
 /// The serialised message, written with exactly the room that it needs.
-Bytes serialise(const MessageBase& message);
+Bytes writtenBytes(const MessageBase& message);
 
 /// A header in front of a payload; the size field fits, id 22.
 Bytes serialised(uint16_t reserved, timeStamp_t timeStamp, std::string_view payload);
