@@ -59,6 +59,23 @@ GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const uint8_t* data, siz
     storeSentence({reinterpret_cast<const char*>(data), dataSize});
 }
 
+// Where memory fails, no sentence may stand under the time stamp of another message, and no field
+// beside a sentence that it is not from.
+GPSTraceMessage& GPSTraceMessage::operator=(const GPSTraceMessage& other) {
+    Sentences copy(other.gpsStrings);
+    MessageBase::operator=(other);
+    gpsStrings = std::move(copy);
+    try {
+        gprmc = other.gprmc;
+        gpgga = other.gpgga;
+    } catch (...) {
+        gprmc = gprmc_t();
+        gpgga = gpgga_t();
+        throw;
+    }
+    return *this;
+}
+
 void GPSTraceMessage::addRecord(const std::string& record) {
     storeSentence(record);
     splitNewSentences();

@@ -57,9 +57,9 @@
 ///
 /// The message owns all its data. Copies are deep. Moving throws nothing and leaves a message that
 /// may be used, whose sentences are not specified. A copy assignment that fails, with
-/// std::bad_alloc only, leaves one that may be used, too: its sentences are all those of one of the
-/// two messages, the fields of each sentence whole or empty until the next addRecord() or
-/// formatForRDB().
+/// std::bad_alloc only, leaves one that may be used, too: its sentences and all of its header are
+/// those of one of the two messages, the fields of each sentence whole or empty until the next
+/// addRecord() or formatForRDB().
 ///
 /// Threads may read one message side by side. Whatever changes it (addRecord(), formatForRDB(),
 /// setTimeStamp(), setHeaderReserved(), restoreHeader(), setMbnr(), cascadeChannel(), assignment)
@@ -161,6 +161,16 @@ public:
     /// \param dataSize   bytes readable at \p data
     /// \throws std::logic_error when \p data is null and \p dataSize is not 0
     GPSTraceMessage(timeStamp_t timeStamp, const uint8_t* data, size_t dataSize);
+
+    /// Copies all of the message.
+    GPSTraceMessage(const GPSTraceMessage&) = default;
+    /// Takes all of the message over.
+    GPSTraceMessage(GPSTraceMessage&&) noexcept = default;
+    /// Copies all of the message; what holds when memory fails is told above.
+    GPSTraceMessage& operator=(const GPSTraceMessage& other);
+    /// Takes all of the message over.
+    GPSTraceMessage& operator=(GPSTraceMessage&&) noexcept = default;
+    ~GPSTraceMessage() override = default;
 
     /// Stores one more sentence, then splits the held RMC and GGA sentences into their fields.
     ///
@@ -306,42 +316,22 @@ private:
     friend std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);
 
     // Maps a code to its sentence. Unlike the map itself, whose sentences are constant, it can be
-    // assigned with every standard library. An assignment that fails changes nothing.
+    // moved to another with every standard library.
     struct Sentences : std::map<std::string, const std::string, std::less<>> {
         Sentences() = default;
         Sentences(const Sentences&) = default;
         Sentences(Sentences&&) noexcept = default;
         ~Sentences() = default;
-        Sentences& operator=(const Sentences& other) { return *this = Sentences(other); }
+        Sentences& operator=(const Sentences&) = delete;
         Sentences& operator=(Sentences&& other) noexcept {
             swap(other);
             return *this;
         }
     };
 
-    // The fields of one sentence. An assignment that fails leaves them empty: fields that are not
-    // are taken for those of the held sentence, so they must never be those of two messages.
-    template <class Texts>
-    struct Fields : Texts {
-        Fields() = default;
-        Fields(const Fields&) = default;
-        Fields(Fields&&) noexcept = default;
-        ~Fields() = default;
-        Fields& operator=(const Fields& other) {
-            try {
-                Texts::operator=(other);
-            } catch (...) {
-                Texts::operator=(Texts());
-                throw;
-            }
-            return *this;
-        }
-        Fields& operator=(Fields&&) noexcept = default;
-    };
-
     Sentences gpsStrings;
-    Fields<gprmc_t> gprmc;
-    Fields<gpgga_t> gpgga;
+    gprmc_t gprmc;
+    gpgga_t gpgga;
 };
 
 inline GPSTraceMessage::numeric_gprmc_t::numeric_gprmc_t() = default;

@@ -95,11 +95,12 @@ void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& 
 }  // namespace
 
 // Fields that are not empty stay: they are those of the held sentence, which never changes. Fields
-// that are empty while their sentence is held were never split, or memory failed, perhaps in an
-// assignment: then the other sentence's may be another message's.
+// that are empty while their sentence is held were never split, or memory failed.
 void GPSTraceMessage::splitNewSentences() {
-    const bool rmcIsNew = isEmpty<gprmc_t>(gprmc, RMC_FIELDS) && parseRMC();
-    if (rmcIsNew || isEmpty<gpgga_t>(gpgga, GGA_FIELDS)) {
+    if (isEmpty(gprmc, RMC_FIELDS)) {
+        parseRMC();
+    }
+    if (isEmpty(gpgga, GGA_FIELDS)) {
         parseGGA();
     }
 }
@@ -113,7 +114,7 @@ bool GPSTraceMessage::parseRMC() {
     std::string_view item;
     s.readField(item, ',');  // sentence code
     item = {};
-    splitFields<gprmc_t>(s, item, RMC_FIELDS, gprmc);
+    splitFields(s, item, RMC_FIELDS, gprmc);
     return true;
 }
 
@@ -127,7 +128,7 @@ bool GPSTraceMessage::parseGGA() {
     // Unlike in parseRMC the buffer is meant to keep field 0: where the sentence holds no comma,
     // all of it becomes the time.
     s.readField(item, ',');
-    splitFields<gpgga_t>(s, item, GGA_FIELDS, gpgga);
+    splitFields(s, item, GGA_FIELDS, gpgga);
     return true;
 }
 

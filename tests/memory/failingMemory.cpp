@@ -1,11 +1,25 @@
 #include "tests/memory/failingMemory.h"
 
+#include <atomic>
 #include <cstdlib>
 
 namespace {
 
+// Only one test has several threads; none fails there.
 size_t allocationsUntilFailure = 0;
-size_t blocks = 0;
+std::atomic<size_t> blocks{0};
+std::atomic<size_t> blocksEver{0};
+std::atomic<void (*)()> inTheMidst{nullptr};
+
+void callInTheMidst() {
+    thread_local bool called = false;
+    void (*const function)() = inTheMidst;
+    if (function != nullptr && !called) {
+        called = true;
+        function();
+        called = false;
+    }
+}
 
 }  // namespace
 
@@ -19,6 +33,14 @@ size_t liveBlocks() {
     return blocks;
 }
 
+size_t allocations() {
+    return blocksEver;
+}
+
+void duringAllocations(void (*function)()) {
+    inTheMidst = function;
+}
+
 }  // namespace failingMemory
 
 void* operator new(size_t size) {
@@ -30,6 +52,8 @@ void* operator new(size_t size) {
         throw std::bad_alloc();
     }
     ++blocks;
+    ++blocksEver;
+    callInTheMidst();
     return block;
 }
 

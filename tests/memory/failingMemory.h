@@ -14,6 +14,13 @@ void failAt(size_t n);
 /// Blocks allocated and not yet freed.
 size_t liveBlocks();
 
+/// Blocks allocated so far, freed ones included.
+size_t allocations();
+
+/// Calls the function in the midst of every allocation, but not of those that it makes itself; null
+/// ends that. For what another thread might do there.
+void duringAllocations(void (*function)());
+
 }  // namespace failingMemory
 
 /// Runs the operation with its first, second, third ... allocation failing, until it needs no more
