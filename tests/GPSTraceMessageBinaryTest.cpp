@@ -10,6 +10,7 @@
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/InvalidMessageException.h"
+#include "tests/support/InvalidHandling.h"
 #include "tests/support/fieldTexts.h"
 #include "tests/support/messages.h"
 
@@ -72,8 +73,12 @@ GPSTraceMessage twoSentences() {
     return message;
 }
 
+constexpr char NO_ROOM[] = "MessageBase: No room for the message.";
+constexpr char TOO_LONG[] = "MessageBase: The message is too long for its size field.";
+
 // Writing must be refused with the value, and touch neither the bytes nor the position.
-void expectRefused(const MessageBase& message, size_t room, uint16_t value) {
+void expectRefused(const MessageBase& message, size_t room, uint16_t value,
+                   const char* text = NO_ROOM) {
     const Bytes before(room, 0xA5);
     Bytes bytes = before;
     uint8_t* pdest = bytes.data();
@@ -83,6 +88,7 @@ void expectRefused(const MessageBase& message, size_t room, uint16_t value) {
     } catch (const InvalidMessageException& error) {
         EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
         EXPECT_EQ(error.getInvalidValue(), value);
+        EXPECT_STREQ(error.what(), text);
     }
     EXPECT_EQ(bytes, before);
     EXPECT_EQ(pdest, bytes.data());
@@ -206,8 +212,25 @@ TEST(GPSTraceMessageBinaryTest, WritesTheLongestMessageOfTheSizeField) {
 }
 
 TEST(GPSTraceMessageBinaryTest, RefusesAMessageTooLongForTheSizeField) {
-    expectRefused(messageOfSize(65536), 65538, 65535);
-    expectRefused(messageOfSize(65536), 100000, 65535);
+    expectRefused(messageOfSize(65536), 65538, 65535, TOO_LONG);
+    expectRefused(messageOfSize(65536), 100000, 65535, TOO_LONG);
+}
+
+TEST(GPSTraceMessageBinaryTest, ReturnsItsOwnSizeWhateverADerivedTypeSays) {
+    class WithTrailer : public GPSTraceMessage {
+    public:
+        using GPSTraceMessage::GPSTraceMessage;
+        size_t getSize() const override { return 12 + 9 + 4; }
+    };
+    const WithTrailer derived(TIME_STAMP, "$GPRMC,A");
+    const MessageBase& message = derived;
+    Bytes bytes(27, 0xA5);
+    uint8_t* pdest = bytes.data();
+    EXPECT_EQ(message.writeToByteArray(pdest, bytes.size(), false), 21U);
+    EXPECT_EQ(pdest, bytes.data() + 23);
+    // The header is the base's, which asks the whole message.
+    EXPECT_EQ(bytes[1], 25);
+    expectRefused(message, 26, 26);
 }
 
 TEST(GPSTraceMessageBinaryTest, ReadsTimeStampAndReservedWordBigEndian) {
@@ -290,10 +313,10 @@ TEST(GPSTraceMessageBinaryTest, ThrowsOnAnIncompleteHeader) {
 }
 
 TEST(GPSTraceMessageBinaryTest, ThrowsWhateverTheHandlingOfInvalidMessages) {
-    MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
-    expectNoSentenceIn(serialised(1, TIME_STAMP, "\n"));
-    MessageBase::invalidHandling = IMH_RETURN_NULL;
-    expectNoSentenceIn(serialised(1, TIME_STAMP, "\n"));
+    for (const invalidMsgHandling_t handling : {IMH_RETURN_NULL, IMH_RETURN_INVALID_MESSAGE}) {
+        const InvalidHandling inForce(handling);
+        expectNoSentenceIn(serialised(1, TIME_STAMP, "\n"));
+    }
 }
 
 TEST(GPSTraceMessageBinaryTest, ReadsOnlyTheBytesItIsGiven) {

@@ -2,6 +2,7 @@
 
 #include <cfloat>
 
+#include "tests/support/InvalidHandling.h"
 #include "tests/support/messages.h"
 
 namespace {
@@ -115,13 +116,12 @@ TEST(FailingMemoryTest, DecodingReturnsNothing) {
 TEST(FailingMemoryTest, RefusedBytesBecomeAFailureAndNotAHalfMadeInvalidMessage) {
     const Bytes bytes = serialised(0, 0, "\n");
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
-    MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
+    const InvalidHandling handling(IMH_RETURN_INVALID_MESSAGE);
     const size_t failures = failEachAllocation([&] {
         const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
         EXPECT_EQ(decoded.message->getMsgID(), MSGID_INVALID);
         EXPECT_TRUE(decoded.error.has_value());
     });
-    MessageBase::invalidHandling = IMH_RETURN_NULL;
     EXPECT_GE(failures, 4U);
 }
 
@@ -147,9 +147,8 @@ TEST(FailingMemoryTest, TextsAreWholeOrNotAtAll) {
     const std::string rdb = message.formatForRDB();
     EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(message.formatForRDB(), rdb); }), 2U);
     const Bytes unreadable(40, 0xAB);
-    MessageBase::invalidHandling = IMH_RETURN_INVALID_MESSAGE;
+    const InvalidHandling handling(IMH_RETURN_INVALID_MESSAGE);
     const DecodedMessage decoded = MessageFactory::decode(unreadable.data(), unreadable.size());
-    MessageBase::invalidHandling = IMH_RETURN_NULL;
     const std::string invalid = decoded.message->toString();
     EXPECT_GE(failEachAllocation([&] { EXPECT_EQ(decoded.message->toString(), invalid); }), 2U);
     EXPECT_GE(failEachAllocation(

@@ -6,6 +6,7 @@
 
 #include "libvextrace/MessageFactory.h"
 #include "tests/model/compareMessages.h"
+#include "tests/support/InvalidHandling.h"
 
 namespace {
 
@@ -40,22 +41,6 @@ ExpectedStep expectedStep(const std::string& range) {
     }
     return {size + 2, std::nullopt, 0};
 }
-
-// Sets the framework's policy for the time of one walk.
-class InvalidHandling {
-public:
-    explicit InvalidHandling(invalidMsgHandling_t handling) : before(MessageBase::invalidHandling) {
-        MessageBase::invalidHandling = handling;
-    }
-    ~InvalidHandling() { MessageBase::invalidHandling = before; }
-    InvalidHandling(const InvalidHandling&) = delete;
-    InvalidHandling(InvalidHandling&&) = delete;
-    InvalidHandling& operator=(const InvalidHandling&) = delete;
-    InvalidHandling& operator=(InvalidHandling&&) = delete;
-
-private:
-    invalidMsgHandling_t before;
-};
 
 std::string writtenBack(const MessageBase& message, size_t length) {
     std::vector<uint8_t> room(length);
