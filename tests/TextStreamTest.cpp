@@ -20,12 +20,6 @@ TEST(TextStreamTest, CollectsCharactersTextsAndNumbers) {
     EXPECT_EQ(text.takeText(), std::string("abc42ff \0", 9));
 }
 
-TEST(TextStreamTest, PassesOnWhatAStreamWouldSwallow) {
-    vextrace::internal::TextStream text;
-    EXPECT_EQ(text.os.exceptions(), std::ios_base::badbit);
-    EXPECT_TRUE(text.os.good());
-}
-
 TEST(TextStreamTest, TakesTheEndOfAFileForNoCharacter) {
     OpenBuffer buffer;
     const int end = std::char_traits<char>::eof();
