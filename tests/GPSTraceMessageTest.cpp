@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -180,6 +184,11 @@ using NamePosition = decltype(Type::MO_GPS);
 template <class Type>
 using NameSecondPosition = decltype(Type::MO2_GPS);
 
+template <class... Expected, class... Actual>
+constexpr bool areOfTypes(const Actual&...) {
+    return std::is_same_v<std::tuple<Expected...>, std::tuple<Actual...>>;
+}
+
 }  // namespace
 
 TEST(GPSTraceMessageTest, NamesTheCodes) {
@@ -194,6 +203,7 @@ TEST(GPSTraceMessageTest, NamesTheCodes) {
 TEST(GPSTraceMessageTest, NumbersTheDataTypes) {
     EXPECT_EQ(static_cast<int>(GPSTraceMessage::NMEA_DATA_GPRMC), 0);
     EXPECT_EQ(static_cast<int>(GPSTraceMessage::NMEA_DATA_GPGGA), 1);
+    EXPECT_TRUE((std::is_same_v<std::underlying_type_t<GPSTraceMessage::nmeaDataType_t>, int>));
 }
 
 TEST(GPSTraceMessageTest, HoldsNothingByDefault) {
@@ -243,8 +253,14 @@ TEST(GPSTraceMessageTest, TakesNoMoreBytesThanGiven) {
 }
 
 TEST(GPSTraceMessageTest, RefusesNullDataWithASize) {
-    EXPECT_THROW(GPSTraceMessage(0, nullptr, 1), std::logic_error);
-    EXPECT_THROW(GPSTraceMessage(0, nullptr, 70), std::logic_error);
+    for (const size_t size : {size_t{1}, size_t{70}}) {
+        try {
+            const GPSTraceMessage message(0, nullptr, size);
+            ADD_FAILURE() << "built from null and " << size;
+        } catch (const std::logic_error& error) {
+            EXPECT_STREQ(error.what(), "GPSTraceMessage: Null data with a size.");
+        }
+    }
 }
 
 TEST(GPSTraceMessageTest, TakesNullDataWithoutSizeForAnEmptyText) {
@@ -341,6 +357,65 @@ TEST(GPSTraceMessageTest, GivesTheSentenceWithTheSmallestCode) {
 
 TEST(GPSTraceMessageTest, GivesAnEmptyTextWithoutSentences) {
     EXPECT_EQ(GPSTraceMessage().getString(), "");
+}
+
+TEST(GPSTraceMessageTest, GivesASentenceByItsCodeAsStored) {
+    const GPSTraceMessage message =
+        messageOf({"$GNRMC,1\r\n", "$GLGSV,2", "$GNGSV,3", PROPRIETARY, "AB\0CDE,4"s, "AB"});
+    EXPECT_EQ(message.getSentence("$GPRMC"), "$GPRMC,1\r\n");
+    EXPECT_EQ(message.getSentence("$GPGSV"), "$GPGSV,2\n");
+    EXPECT_EQ(message.getSentence("$PGRME"), PROPRIETARY + '\n');
+    EXPECT_EQ(message.getSentence("AB\0CDE"s), "AB\0CDE,4\n"s);
+    EXPECT_EQ(message.getSentence("AB\n"), "AB\n");
+}
+
+TEST(GPSTraceMessageTest, GivesNoSentenceOfACodeItDoesNotHold) {
+    const GPSTraceMessage message = messageOf({"$GNRMC,1", "AB"});
+    for (const std::string& code :
+         {""s, "$GNRMC"s, "$GPGGA"s, "$GPRM"s, "$GPRMC,"s, "$GPRMC,1\n"s, "$gprmc"s, "AB"s}) {
+        EXPECT_TRUE(message.getSentence(code).empty()) << code;
+    }
+    EXPECT_TRUE(GPSTraceMessage().getSentence("$GPRMC").empty());
+}
+
+TEST(GPSTraceMessageTest, GivesTheSentenceOfABareTalker) {
+    EXPECT_EQ(messageOf({"$G"}).getSentence("$GP"), "$GP");
+    EXPECT_EQ(messageOf({""}).getSentence("\n"), "\n");
+}
+
+TEST(GPSTraceMessageTest, GivesTheSentenceThatItHoldsAndNoCopy) {
+    GPSTraceMessage message = messageOf({RMC_SENTENCE});
+    const std::string_view sentence = message.getSentence("$GPRMC");
+    message.addRecord("$GPRMC,999999,V");
+    message.addRecord(GGA_SENTENCE);
+    message.addRecord(PROPRIETARY);
+    EXPECT_EQ(sentence, RMC_SENTENCE + '\n');
+    EXPECT_EQ(message.getSentence("$GPRMC").data(), sentence.data());
+    EXPECT_EQ(message.getSentences().at("$GPRMC").data(), sentence.data());
+}
+
+TEST(GPSTraceMessageTest, GivesAllSentencesByTheirCodesInOrder) {
+    GPSTraceMessage message = messageOf({"$GNRMC,1", "\xFFx", "$GLGSV,2\r\n", ""});
+    const auto& sentences = message.getSentences();
+    using Pairs = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(Pairs(sentences.begin(), sentences.end()), (Pairs{{"\n", "\n"},
+                                                                {"$GPGSV", "$GPGSV,2\r\n"},
+                                                                {"$GPRMC", "$GPRMC,1\n"},
+                                                                {"\xFFx\n", "\xFFx\n"}}));
+    EXPECT_TRUE(GPSTraceMessage().getSentences().empty());
+}
+
+TEST(GPSTraceMessageTest, KeepsItsSentencesInPlaceWhenItGrows) {
+    GPSTraceMessage message = messageOf({"$GNRMC,1"});
+    const auto& sentences = message.getSentences();
+    auto place = sentences.begin();
+    for (char c = 'A'; c <= 'Z'; ++c) {
+        message.addRecord(std::string("$P") + c);
+    }
+    EXPECT_EQ(sentences.size(), 27U);
+    EXPECT_EQ(place->first, "$GPRMC");
+    EXPECT_EQ(place, sentences.begin());
+    EXPECT_EQ((++place)->first, "$PA\n");
 }
 
 TEST(GPSTraceMessageTest, TellsWhichSentencesItHolds) {
@@ -469,6 +544,22 @@ TEST(GPSTraceMessageTest, DeclaresItsResults) {
         (std::is_same_v<decltype(std::declval<Message>().getRMC()), GPSTraceMessage::gprmc_t>));
     EXPECT_TRUE(
         (std::is_same_v<decltype(std::declval<Message>().getGGA()), GPSTraceMessage::gpgga_t>));
+    EXPECT_TRUE(
+        (std::is_same_v<decltype(std::declval<Message>().getSentence("")), std::string_view>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getSentences()),
+                                const std::map<std::string, const std::string, std::less<>>&>));
+}
+
+TEST(GPSTraceMessageTest, DeclaresItsNumbers) {
+    GPSTraceMessage::numeric_gprmc_t gprmc;
+    GPSTraceMessage::numeric_gpgga_t gpgga;
+    // Binding by order and type: a member that is added, dropped or of another type is seen.
+    const auto& [time, status, latitude, longitude, speed, course, date] = gprmc;
+    EXPECT_TRUE((areOfTypes<uint64_t, bool, double, double, double, double, uint64_t>(
+        time, status, latitude, longitude, speed, course, date)));
+    const auto& [ggaTime, ggaStatus, ggaLatitude, ggaLongitude, satellites, altitude] = gpgga;
+    EXPECT_TRUE((areOfTypes<uint64_t, bool, double, double, uint16_t, double>(
+        ggaTime, ggaStatus, ggaLatitude, ggaLongitude, satellites, altitude)));
 }
 
 TEST(GPSTraceMessageTest, CopiesAllOfItselfDeeply) {
@@ -486,8 +577,40 @@ TEST(GPSTraceMessageTest, AssignsAllOfItselfDeeply) {
     GPSTraceMessage message = fullMessage();
     GPSTraceMessage assigned(1, "$GPGSV,1");
     assigned = message;
+    expectSame(message, fullMessage());
     message.addRecord("$PAAAA");
     expectSame(assigned, fullMessage());
+    assigned.addRecord("$PBBBB");
+    EXPECT_EQ(message.getSentence("$PBBBB"), "");
+}
+
+TEST(GPSTraceMessageTest, LeavesWhatItIsCopiedFrom) {
+    const GPSTraceMessage message = fullMessage();
+    const std::string_view sentence = message.getSentence("$GPRMC");
+    const GPSTraceMessage copy(message);
+    GPSTraceMessage assigned;
+    assigned = message;
+    const std::unique_ptr<GPSTraceMessage> clone(message.clone());
+    expectSame(message, fullMessage());
+    EXPECT_EQ(message.getSentence("$GPRMC").data(), sentence.data());
+    EXPECT_NE(copy.getSentence("$GPRMC").data(), sentence.data());
+    EXPECT_NE(assigned.getSentence("$GPRMC").data(), sentence.data());
+    EXPECT_NE(clone->getSentence("$GPRMC").data(), sentence.data());
+}
+
+TEST(GPSTraceMessageTest, StaysAsItIsWhenAssignedToItself) {
+    GPSTraceMessage message = fullMessage();
+    const GPSTraceMessage& itself = message;
+    message = itself;
+    expectSame(message, fullMessage());
+}
+
+TEST(GPSTraceMessageTest, ChangesPlacesWithAnother) {
+    GPSTraceMessage message = fullMessage();
+    GPSTraceMessage other(1, "$GPGSV,1");
+    std::swap(message, other);
+    expectSame(other, fullMessage());
+    expectSame(message, GPSTraceMessage(1, "$GPGSV,1"));
 }
 
 TEST(GPSTraceMessageTest, MovesAllOfItself) {

@@ -2,6 +2,7 @@
 
 #include <iomanip>
 #include <ios>
+#include <locale>
 #include <numeric>
 #include <sstream>
 #include <string>
@@ -227,6 +228,13 @@ public:
     std::ostream& print(std::ostream& os) const override { return os << "its own"; }
 };
 
+// Writes numbers of any base in groups of three.
+class Grouping : public std::numpunct<char> {
+protected:
+    char do_thousands_sep() const override { return '\''; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
 std::string toString(const MessageBase& message) {
     return message.toString();
 }
@@ -336,6 +344,27 @@ TEST(GPSTraceMessageTextTest, PrintWritesTheTraceLineAndReturnsTheStream) {
     EXPECT_EQ(os.str(), "before:" + textOf(message));
     os << 255;
     EXPECT_EQ(os.str(), "before:" + textOf(message) + "255");
+}
+
+TEST(GPSTraceMessageTextTest, PrintReplacesAPendingWidth) {
+    std::ostringstream os;
+    messageWith("$GPRMC,A").print(os << std::setw(60));
+    EXPECT_EQ(os.str(), BASE_PART + COLUMN + " $GPRMC,A");
+    EXPECT_EQ(os.width(), 0);
+}
+
+TEST(GPSTraceMessageTextTest, NumbersAreWrittenInTheLocaleOfTheStream) {
+    const GPSTraceMessage message = messageWith("$GPRMC,A");
+    const std::locale locale(std::locale::classic(), new Grouping);
+    std::ostringstream printed;
+    printed.imbue(locale);
+    message.print(printed);
+    EXPECT_EQ(printed.str(), "123'456'789'abc'def 0fed'cba" + COLUMN + " $GPRMC,A");
+    std::ostringstream written;
+    written.imbue(locale);
+    written << message;
+    EXPECT_EQ(written.str(), printed.str());
+    EXPECT_EQ(toString(message), BASE_PART + COLUMN + " $GPRMC,A");
 }
 
 TEST(GPSTraceMessageTextTest, ToStringGivesTheTextOfPrint) {

@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "tests/support/detected.h"
+
 namespace {
 
 struct NamedCause {
@@ -18,6 +20,9 @@ constexpr NamedCause CAUSES[] = {
     {IM_INVALID_LEN, 3},   {IM_INVALID_PARAMETER, 4},
     {IM_MISC, 5},
 };
+
+template <class Type>
+using CastDown = decltype(static_cast<Type*>(std::declval<std::exception*>()));
 
 }  // namespace
 
@@ -119,6 +124,20 @@ TEST(InvalidMessageExceptionTest, IsCaughtAsStandardException) {
         text = error.what();
     }
     EXPECT_EQ(text, "caught");
+}
+
+TEST(InvalidMessageExceptionTest, IsAStandardExceptionForEveryoneAndOnce) {
+    EXPECT_TRUE((std::is_convertible_v<InvalidMessageException*, std::exception*>));
+    // What is derived virtually cannot be cast down without a look at the object.
+    EXPECT_TRUE((isDetected<CastDown, InvalidMessageException>));
+}
+
+TEST(InvalidMessageExceptionTest, DeclaresItsResults) {
+    using Error = const InvalidMessageException&;
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Error>().what()), const char*>));
+    EXPECT_TRUE(
+        (std::is_same_v<decltype(std::declval<Error>().getCause()), invalidMessageCause_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Error>().getInvalidValue()), uint16_t>));
 }
 
 TEST(InvalidMessageExceptionTest, NeverThrowsFromWhat) {

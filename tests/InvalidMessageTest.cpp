@@ -96,9 +96,34 @@ TEST(InvalidMessageTest, RefusesTooLittleRoomUntouched) {
     } catch (const InvalidMessageException& error) {
         EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
         EXPECT_EQ(error.getInvalidValue(), 15U);
+        EXPECT_STREQ(error.what(), "InvalidMessage: No room for the bytes.");
     }
     EXPECT_EQ(room, Bytes(BYTES.size(), 0x77));
     EXPECT_EQ(pdest, room.data());
+}
+
+TEST(InvalidMessageTest, TellsTheRoomThatIsTooLittleUpTo65535) {
+    const struct {
+        size_t bytes;
+        size_t room;
+        uint16_t value;
+    } cases[] = {{1, 0, 0},
+                 {300, 299, 299},
+                 {300, 256, 256},
+                 {65536, 65535, 65535},
+                 {70000, 65536, 65535},
+                 {70000, 69999, 65535}};
+    for (const auto& c : cases) {
+        const InvalidMessage message = messageOf(Bytes(c.bytes, 0x42));
+        Bytes room(c.room + 1, 0x77);
+        uint8_t* pdest = room.data();
+        try {
+            message.writeToByteArray(pdest, c.room, false);
+            ADD_FAILURE() << c.bytes << " bytes written into " << c.room;
+        } catch (const InvalidMessageException& error) {
+            EXPECT_EQ(error.getInvalidValue(), c.value) << c.bytes << " into " << c.room;
+        }
+    }
 }
 
 TEST(InvalidMessageTest, PrintsReasonAndBytesInOneLine) {

@@ -40,7 +40,11 @@ void expectSameState(const TestMessage& message, const TestMessage& expected) {
     EXPECT_EQ(message.bytes, expected.bytes);
 }
 
-void expectRefused(const MessageBase& message, size_t maxlen, uint16_t value) {
+constexpr char NO_ROOM[] = "MessageBase: No room for the message.";
+constexpr char TOO_LONG[] = "MessageBase: The message is too long for its size field.";
+
+void expectRefused(const MessageBase& message, size_t maxlen, uint16_t value,
+                   const char* text = NO_ROOM) {
     const Bytes untouched(64, 0x77);
     Bytes bytes = untouched;
     uint8_t* pdest = bytes.data();
@@ -50,6 +54,7 @@ void expectRefused(const MessageBase& message, size_t maxlen, uint16_t value) {
     } catch (const InvalidMessageException& error) {
         EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
         EXPECT_EQ(error.getInvalidValue(), value);
+        EXPECT_STREQ(error.what(), text);
     }
     EXPECT_EQ(bytes, untouched);
     EXPECT_EQ(pdest, bytes.data());
@@ -123,6 +128,63 @@ TEST(MessageBaseTest, KeepsReservedWordAndMbnrApart) {
     EXPECT_EQ(message.getMbnr(), 0x89ABCDEFU);
 }
 
+TEST(MessageBaseTest, SetsTheTimeStampAlone) {
+    TestMessage message = messageOf(PAYLOAD);
+    message.setTimeStamp(0x1021324354657687);
+    EXPECT_EQ(message.getTimeStamp(), 0x1021324354657687U);
+    message.setTimeStamp(TIME_STAMP);
+    expectSameState(message, messageOf(PAYLOAD));
+}
+
+TEST(MessageBaseTest, DeclaresItsResults) {
+    using Message = const MessageBase&;
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getMsgID()), msgid_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getTimeStamp()), timeStamp_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getHeaderReserved()), uint16_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getMbnr()), uint32_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().getSize()), size_t>));
+    EXPECT_TRUE((std::is_same_v<decltype(std::declval<Message>().clone()), MessageBase*>));
+}
+
+TEST(MessageBaseTest, TakesTimeStampAndReservedWordFromAHeader) {
+    TestMessage message(MSGID_CAN, 1);
+    message.setMbnr(0x13579BDF);
+    message.bytes = PAYLOAD;
+    message.restoreHeader(HEADER.data(), HEADER.size());
+    EXPECT_EQ(message.getTimeStamp(), TIME_STAMP);
+    EXPECT_EQ(message.getHeaderReserved(), 0x9ABCU);
+    EXPECT_EQ(message.getMsgID(), MSGID_CAN);
+    EXPECT_EQ(message.getMbnr(), 0x13579BDFU);
+    EXPECT_EQ(message.bytes, PAYLOAD);
+}
+
+TEST(MessageBaseTest, TakesNothingFromHalfAHeader) {
+    for (uint16_t len = 0; len < 14; ++len) {
+        TestMessage message(MSGID_CAN, 0x1021324354657687);
+        message.setHeaderReserved(0x5678);
+        const Bytes half(HEADER.begin(), HEADER.begin() + len);
+        try {
+            message.restoreHeader(half.data(), half.size());
+            ADD_FAILURE() << "restored from " << len;
+        } catch (const InvalidMessageException& error) {
+            EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
+            EXPECT_EQ(error.getInvalidValue(), len);
+            EXPECT_STREQ(error.what(), "MessageBase: The bytes end within the header.");
+        }
+        EXPECT_EQ(message.getTimeStamp(), 0x1021324354657687U);
+        EXPECT_EQ(message.getHeaderReserved(), 0x5678U);
+    }
+}
+
+TEST(MessageBaseTest, TakesTheHeaderOfALongMessage) {
+    TestMessage message(MSGID_CAN, 1);
+    Bytes bytes = HEADER;
+    bytes.resize(70000, 0xEE);
+    message.restoreHeader(bytes.data(), bytes.size());
+    EXPECT_EQ(message.getTimeStamp(), TIME_STAMP);
+    EXPECT_EQ(message.getHeaderReserved(), 0x9ABCU);
+}
+
 TEST(MessageBaseTest, HasSize12WithoutPayload) {
     EXPECT_EQ(messageOf({}).getSize(), 12U);
     EXPECT_EQ(messageOf(PAYLOAD).MessageBase::getSize(), 12U);
@@ -174,8 +236,9 @@ TEST(MessageBaseTest, WritesASizeOf65535) {
 }
 
 TEST(MessageBaseTest, RefusesASizeAbove65535Untouched) {
-    expectRefused(messageOf(Bytes(65524, 0x42)), 65538, 0xFFFF);
-    expectRefused(messageOf(Bytes(65524 + 65536, 0x42)), 200000, 0xFFFF);
+    expectRefused(messageOf(Bytes(65524, 0x42)), 65538, 0xFFFF, TOO_LONG);
+    expectRefused(messageOf(Bytes(65524 + 65536, 0x42)), 200000, 0xFFFF, TOO_LONG);
+    expectRefused(messageOf(Bytes(65524, 0x42)), 3, 0xFFFF, TOO_LONG);
 }
 
 TEST(MessageBaseTest, NeverWritesAHeaderBeyondTheRoomWhateverTheTypeSaysOfItsSize) {
@@ -204,6 +267,31 @@ TEST(MessageBaseTest, SetsMbnrFromTheCascadeChannel) {
     EXPECT_EQ(message.getMbnr(), 0xFEDCU);
     EXPECT_EQ(message.getSourceChannelID(), 0x0000FEDC00000103U);
     EXPECT_EQ(writtenBytes(message), bytes);
+}
+
+TEST(MessageBaseTest, LetsATypeCascadeInItsOwnWay) {
+    class Counting : public TestMessage {
+    public:
+        using TestMessage::TestMessage;
+        void cascadeChannel(uint16_t channel) override { mbnr += channel; }
+    };
+    Counting message(MSGID_CAN, 1);
+    MessageBase& base = message;
+    base.setMbnr(0x10000);
+    base.cascadeChannel(0xFEDC);
+    EXPECT_EQ(message.getMbnr(), 0x1FEDCU);
+}
+
+TEST(MessageBaseTest, NumbersSourcesOfAnyBusFromTheWire) {
+    const auto number = [](int bus) {
+        return MessageBase::getSourceChannelID(static_cast<busid_t>(bus), 0xAB, 0x89ABCDEF);
+    };
+    EXPECT_EQ(number(22), 0x89ABCDEF000016ABU);
+    EXPECT_EQ(number(200), 0x89ABCDEF0000C8ABU);
+    EXPECT_EQ(number(255), 0x89ABCDEF0000FFABU);
+    // More than eight bits would reach the bits that are 0.
+    EXPECT_EQ(number(256 + 13), 0x89ABCDEF00000DABU);
+    EXPECT_EQ(number(-1), 0x89ABCDEF0000FFABU);
 }
 
 TEST(MessageBaseTest, NumbersSourcesByMbnrBusAndChannel) {
@@ -259,6 +347,7 @@ TEST(MessageBaseTest, AssignsAllItsStateDeeply) {
     TestMessage message = messageOf(PAYLOAD);
     TestMessage assigned(MSGID_LIN, 1);
     assigned = message;
+    expectSameState(message, messageOf(PAYLOAD));
     message.bytes[0] = 0xFF;
     message.text[0] = 'X';
     expectSameState(assigned, messageOf(PAYLOAD));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <type_traits>
 
 namespace {
 
@@ -31,4 +32,11 @@ TEST(BusIDTest, NumbersTheKindsOfBus) {
 TEST(BusIDTest, CountsTheKinds) {
     EXPECT_EQ(static_cast<int>(BUSID_NUM), 21);
     EXPECT_EQ(std::size(BUSES), size_t{BUSID_NUM});
+}
+
+TEST(BusIDTest, HoldsKindsWithoutAName) {
+    EXPECT_TRUE((std::is_same_v<std::underlying_type_t<busid_t>, int>));
+    for (const int value : {22, 31, 32, 200, 255, 256, -1, 0x7FFFFFFF}) {
+        EXPECT_EQ(static_cast<int>(static_cast<busid_t>(value)), value);
+    }
 }

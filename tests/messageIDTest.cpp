@@ -125,11 +125,21 @@ TEST(MessageIDTest, NumbersTheControlAndOnlineMessages) {
 
 TEST(MessageIDTest, Is16BitsWide) {
     EXPECT_EQ(sizeof(msgid_t), 2U);
-    EXPECT_TRUE(std::is_unsigned_v<std::underlying_type_t<msgid_t>>);
+    EXPECT_TRUE((std::is_same_v<std::underlying_type_t<msgid_t>, uint16_t>));
+}
+
+TEST(MessageIDTest, NamesNoneOfTheIDsForTypesOfOnesOwn) {
+    const auto isFree = [](unsigned value) { return value >= 0xC000 && value <= 0xDFFF; };
+    for (const NamedID& named : CONTROL_AND_ONLINE) {
+        EXPECT_FALSE(isFree(named.value)) << named.value;
+    }
+    for (const NamedID& named : LOGGER_EVENTS) {
+        EXPECT_FALSE(isFree(named.value)) << named.value;
+    }
 }
 
 TEST(MessageIDTest, HoldsIDsWithoutAName) {
-    for (const unsigned value : {7U, 256U, 61440U, 61441U, 65533U}) {
+    for (const unsigned value : {7U, 256U, 49152U, 57343U, 61440U, 61441U, 65533U}) {
         EXPECT_EQ(unsigned{static_cast<msgid_t>(value)}, value);
     }
 }
