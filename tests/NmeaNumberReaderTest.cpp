@@ -24,6 +24,8 @@ const std::vector<std::string> TEXTS = {
     "0", "1", "7", "9", "00", "007", "123519", "002153.000", "4807.038", "01131.000", "022.4",
     "084.4", "230394", "545.4", "0.9", "46.9", "08", "1.852", "0.1", "0.3", "2.675", "99.99",
     "4859.9996", "0000.000", "0.0", "1.", ".5", "00.50", "5.", "0.000000000000001",
+    // rounded twice where division keeps more precision than double's
+    "16.678979", "85.367286", "251.5771201198",
     // none, blanks, signs
     "", " ", "\t", "\n", "\r\n", " 12.5", "\t\n\v\f\r 12.5", "12.5 ", "1 2", "+12.5", "-12.5", "-0",
     "-0.0", "+0", "+-1", "--1", "- 1", "+", "-", " -7.25", "-.5", "+.5",
@@ -147,6 +149,9 @@ TEST(NmeaNumberReaderTest, ReadsKnownReals) {
     const NmeaNumberReader number;
     EXPECT_EQ(bitsOf(number.real("022.4")), 0x4036666666666666U);
     EXPECT_EQ(bitsOf(number.real("1.852")), 0x3FFDA1CAC083126FU);
+    EXPECT_EQ(bitsOf(number.real("16.678979")), 0x4030ADD19157ABB9U);
+    EXPECT_EQ(bitsOf(number.real("85.367286")), 0x405557819D2391D5U);
+    EXPECT_EQ(bitsOf(number.real("251.5771201198")), 0x406F7277C49D0CF3U);
     EXPECT_EQ(bitsOf(number.real("-0")), 0x8000000000000000U);
     EXPECT_EQ(bitsOf(number.real("1e400")), 0x7FF0000000000000U);
     EXPECT_EQ(bitsOf(number.real("9007199254740993")), 0x4340000000000000U);
