@@ -80,5 +80,4 @@ TEST(RegistrationRaceTest, GivesEachIDToOneOfTwoThreadsThatMeet) {
         EXPECT_EQ(winners[i], 1U) << i;
         EXPECT_NE(MessageFactory::getReader(testID(100 + i)), nullptr) << i;
     }
-    EXPECT_EQ(arrivals, THREADS * IDS);
 }
