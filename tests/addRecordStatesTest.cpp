@@ -28,11 +28,19 @@ const std::vector<std::string> RECORDS = {
 
 using Records = std::vector<std::string>;
 
-// No record, each alone, and each pair.
-std::vector<Records> fewRecords() {
+// No record, and each alone.
+std::vector<Records> atMostOneRecord() {
     std::vector<Records> all = {{}};
+    for (const std::string& record : RECORDS) {
+        all.push_back({record});
+    }
+    return all;
+}
+
+// Each pair besides.
+std::vector<Records> fewRecords() {
+    std::vector<Records> all = atMostOneRecord();
     for (const std::string& first : RECORDS) {
-        all.push_back({first});
         for (const std::string& second : RECORDS) {
             all.push_back({first, second});
         }
@@ -114,8 +122,8 @@ void expectFieldsOfWhatItHolds(GPSTraceMessage& movedFrom) {
     }
 }
 
-void forEachState(const std::function<void(MessagePair)>& test) {
-    for (const Records& records : fewRecords()) {
+void forEachStateOf(const std::vector<Records>& all, const std::function<void(MessagePair)>& test) {
+    for (const Records& records : all) {
         SCOPED_TRACE(testing::PrintToString(records));
         for (const auto& make : {added, built}) {
             test(make(258, records));
@@ -126,11 +134,20 @@ void forEachState(const std::function<void(MessagePair)>& test) {
     }
 }
 
+void forEachState(const std::function<void(MessagePair)>& test) {
+    forEachStateOf(fewRecords(), test);
+}
+
 void forEachTwoStates(const std::function<void(MessagePair, MessagePair)>& test) {
+    std::vector<Records> all = atMostOneRecord();
+    all.push_back({RECORDS[0], RECORDS[5]});
+    all.push_back({RECORDS[3], RECORDS[5]});
+    all.push_back({RECORDS[0], RECORDS[7]});
     for (const Records& records : OTHERS) {
         SCOPED_TRACE(testing::PrintToString(records));
         for (const auto& make : {added, built}) {
-            forEachState([&](MessagePair pair) { test(std::move(pair), make(259, records)); });
+            forEachStateOf(all,
+                           [&](MessagePair pair) { test(std::move(pair), make(259, records)); });
         }
     }
 }
