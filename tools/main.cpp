@@ -2,10 +2,13 @@
 /// vextrace: records GPS receivers, shows, sums up, converts, checks and mends traces.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <sstream>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/version.h"
@@ -33,7 +36,20 @@ int showHelp(const CLI::App& app, const CLI::ParseError& request) {
     return STATUS_OK;
 }
 
-int run(int argc, char* argv[]) {
+// The arguments in the order that CLI11 wants, the last one first. It takes "[a]" for a list, which
+// "./[a]" is not.
+std::vector<std::string> reversed(int argc, char* argv[]) {
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    for (std::string& argument : arguments) {
+        if (argument.starts_with('[') && argument.ends_with(']')) {
+            argument.insert(0, "./");
+        }
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
+}
+
+int run(std::vector<std::string> arguments) {
     CLI::App app(
         "Records GPS receivers as traces, and looks at, converts, checks and mends them.\n"
         "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
@@ -49,7 +65,7 @@ int run(int argc, char* argv[]) {
     addCheck(app, status);
     addRepair(app, status);
     try {
-        app.parse(argc, argv);
+        app.parse(arguments);
     } catch (const CLI::ParseError& error) {
         return error.get_exit_code() == 0 ? showHelp(app, error)
                                           : fail(STATUS_USAGE, escaped(error.what()));
@@ -64,7 +80,7 @@ int main(int argc, char* argv[]) {
     std::signal(SIGPIPE, SIG_IGN);  // a write says so, too
     GPSTraceMessage::registerMessage();
     try {
-        return run(argc, argv);
+        return run(reversed(argc, argv));
     } catch (const BrokenPipe&) {
         return STATUS_OK;
     } catch (const UsageError& error) {

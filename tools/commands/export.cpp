@@ -1,7 +1,229 @@
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "tools/commands/commands.h"
+#include "tools/export/Exporter.h"
+#include "tools/export/Format.h"
+#include "tools/io/InputFile.h"
+#include "tools/io/OutputFile.h"
+#include "tools/io/escape.h"
+#include "tools/io/standardStreams.h"
+#include "tools/nmea/utc.h"
+#include "tools/trace/TraceReader.h"
 
 namespace vextools {
 
-void addExport(CLI::App& /*app*/, ExitStatus& /*status*/) {}
+namespace {
+
+struct NamedFormat {
+    std::string_view name;
+    std::unique_ptr<Format> (*make)(OutputFile&);
+};
+
+constexpr NamedFormat FORMATS[] = {
+    {"gpx", makeGpx}, {"geojson", makeGeoJson}, {"kml", makeKml},
+    {"csv", makeCsv}, {"jsonl", makeJsonLines}, {"nmea", makeNmea},
+};
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const NamedFormat& format : FORMATS) {
+        names.emplace_back(format.name);
+    }
+    return names;
+}
+
+struct Arguments {
+    std::string format;
+    std::string output = "-";
+    bool force = false;
+    double gap = 5;
+    std::string from;
+    std::string until;
+    bool unchecked = false;
+    std::vector<std::string> traces;
+};
+
+std::unique_ptr<Format> makeFormat(std::string_view name, OutputFile& output) {
+    const auto* format = std::find_if(std::begin(FORMATS), std::end(FORMATS),
+                                      [&](const NamedFormat& known) { return known.name == name; });
+    return format->make(output);
+}
+
+timeStamp_t timeOf(const char* option, const std::string& text) {
+    const std::optional<timeStamp_t> stamp = parseUtc(text);
+    if (!stamp) {
+        throw UsageError(
+            fmt::format("{}: {} is no time such as 2026-11-21T12:35:19.5Z", option, escaped(text)));
+    }
+    return *stamp;
+}
+
+timeStamp_t nanoseconds(double seconds) {
+    constexpr double MOST = 1e9;  // some thirty years
+    if (!(seconds > 0)) {
+        throw UsageError("--gap: takes a number of seconds greater than 0");
+    }
+    return static_cast<timeStamp_t>(std::min(seconds, MOST) * 1e9);
+}
+
+ExportChoice choiceOf(const Arguments& arguments) {
+    ExportChoice choice;
+    choice.gap = nanoseconds(arguments.gap);
+    choice.unchecked = arguments.unchecked;
+    if (!arguments.from.empty()) {
+        choice.from = timeOf("--from", arguments.from);
+    }
+    if (!arguments.until.empty()) {
+        choice.until = timeOf("--until", arguments.until);
+    }
+    if (choice.from > choice.until) {
+        throw UsageError("--from: is later than --until");
+    }
+    return choice;
+}
+
+// Looked at before anything is written, and without opening them: there may be more inputs than
+// files that can be open, and a FIFO is opened once.
+std::vector<struct stat> statusesOf(const std::vector<std::string>& paths) {
+    std::vector<struct stat> statuses(paths.size());
+    for (size_t i = 0; i < paths.size(); ++i) {
+        const bool isThere = paths[i] == "-" ? fstat(STDIN_FILENO, &statuses[i]) == 0
+                                             : stat(paths[i].c_str(), &statuses[i]) == 0 &&
+                                                   access(paths[i].c_str(), R_OK) == 0;
+        if (!isThere) {
+            throw UsageError(
+                fmt::format("{}: cannot be read: {}", shownName(paths[i]), std::strerror(errno)));
+        }
+        if (S_ISDIR(statuses[i].st_mode)) {
+            throw UsageError(fmt::format("{}: is a directory", shownName(paths[i])));
+        }
+    }
+    return statuses;
+}
+// Reads the messages of a trace. What is good goes out, whatever is damaged; damage is told.
+class TraceInput {
+public:
+    explicit TraceInput(const std::string& path) : input(path), reader(input) {}
+
+    void exportTo(Exporter& exporter) {
+        for (TraceItem item = next(); item.kind != TraceItem::Kind::END; item = next()) {
+            if (item.kind == TraceItem::Kind::DAMAGE) {
+                addDamage(item);
+                continue;
+            }
+            tellDamage();
+            if (item.kind == TraceItem::Kind::GPS) {
+                exporter.add(*item.gps);
+            } else {
+                exporter.addOther();
+            }
+        }
+        exporter.endTrace();
+        if (reader.foundMessage()) {
+            tellDamage();
+        } else if (!reason.empty()) {
+            tell(fmt::format("{}: no trace: {}", input.name(), reason));
+        }
+    }
+
+    /// Nothing was damaged; a trace of no bytes is sound.
+    bool isSound() const { return !isDamaged; }
+    bool isTrace() const { return isSound() || reader.foundMessage(); }
+
+private:
+    // An input that fails ends the trace, not the export.
+    TraceItem next() {
+        try {
+            return reader.next();
+        } catch (const DataError& error) {
+            isDamaged = true;
+            tell(error.what());
+            return {};
+        }
+    }
+
+    // Told when it is known whether there is any message.
+    void addDamage(const TraceItem& item) {
+        tellDamage();
+        isDamaged = true;
+        reason = item.reason;
+        damage = fmt::format("{}: damaged at byte {}: {}; {} bytes passed over", input.name(),
+                             item.offset, item.reason, item.length);
+    }
+
+    void tellDamage() {
+        if (!damage.empty()) {
+            tell(damage);
+        }
+        damage.clear();
+    }
+
+    InputFile input;
+    TraceReader reader;
+    bool isDamaged = false;
+    std::string damage;
+    std::string reason;
+};
+
+ExitStatus run(const Arguments& arguments) {
+    const ExportChoice choice = choiceOf(arguments);
+    OutputFile output(arguments.output, arguments.force, statusesOf(arguments.traces));
+    const std::unique_ptr<Format> format = makeFormat(arguments.format, output);
+    Exporter exporter(*format, choice);
+    format->begin();
+    ExitStatus status = STATUS_OK;
+    bool foundTrace = false;
+    for (const std::string& path : arguments.traces) {
+        TraceInput trace(path);
+        trace.exportTo(exporter);
+        status = trace.isSound() ? status : STATUS_DATA;
+        foundTrace |= trace.isTrace();
+    }
+    if (!foundTrace) {
+        return status;
+    }
+    format->end();
+    output.commit();
+    if (const std::string leftOut = exporter.leftOut(); !leftOut.empty()) {
+        tell(fmt::format("left out: {}", leftOut));
+    }
+    return status;
+}
+
+}  // namespace
+
+void addExport(CLI::App& app, ExitStatus& status) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::App* command = app.add_subcommand(
+        "export",
+        "Writes the fixes of traces, or their sentences, in a format that other programs read.\n"
+        "Example: vextrace export --to gpx -o drive.gpx drive.trace");
+    command->add_option("--to", arguments->format, "the format")
+        ->required()
+        ->check(CLI::IsMember(formatNames()));
+    command->add_option("-o,--output", arguments->output, "file to write; standard output is -");
+    command->add_flag("--force", arguments->force, "replace the output where it exists");
+    command->add_option("--gap", arguments->gap,
+                        "begin a new line behind so many seconds without a fix (5)");
+    command->add_option("--from", arguments->from,
+                        "leave out what is before this time, such as 2026-11-21T12:35:19Z");
+    command->add_option("--until", arguments->until, "leave out what is behind this time");
+    command->add_flag("--unchecked", arguments->unchecked,
+                      "take fixes whose sentences have a wrong checksum, too");
+    command->add_option("TRACE", arguments->traces, "traces, in this order; standard input is -")
+        ->required();
+    command->callback([arguments, &status] { status = run(*arguments); });
+}
 
 }  // namespace vextools

@@ -1,57 +1,41 @@
 #include "tools/nmea/Fix.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
-#include <iterator>
 #include <string_view>
 
 namespace vextools {
 
 namespace {
 
-// Positions of fields in their sentences; those behind the last one used are not looked for.
-enum RmcField : size_t {
-    RMC_STATUS = 2,
-    RMC_LATITUDE = 3,
-    RMC_LONGITUDE = 5,
-    RMC_SPEED = 7,
-    RMC_COURSE = 8,
-    RMC_FIELDS
-};
-enum GgaField : size_t {
-    GGA_LATITUDE = 2,
-    GGA_LONGITUDE = 4,
-    GGA_QUALITY = 6,
-    GGA_SATELLITES = 7,
-    GGA_HDOP = 8,
-    GGA_ALTITUDE = 9,
-    GGA_ALTITUDE_UNIT = 10,
-    GGA_FIELDS
-};
-
 constexpr double MAX_COURSE = 360;
 
-// The first fields of a sentence; empty where it has fewer.
-template <size_t COUNT>
-std::array<std::string_view, COUNT> fieldsOf(std::string_view sentence) {
-    std::array<std::string_view, COUNT> fields;
-    const char* next = sentence.data();
-    const char* const end = next + sentence.size();
-    for (std::string_view& field : fields) {
-        const char* const begin = next;
-        while (next != end && *next != ',' && *next != '*' && *next != '\r' && *next != '\n') {
-            ++next;
-        }
-        field = {begin, static_cast<size_t>(next - begin)};
-        if (next == end || *next != ',') {
-            break;
-        }
-        ++next;
+// Gives the fields of a sentence one after the other, the address first; empty ones behind the
+// last.
+class FieldReader {
+public:
+    explicit FieldReader(std::string_view sentence) {
+        const size_t star = sentence.find('*');
+        rest = star == std::string_view::npos ? withoutLineEnd(sentence) : sentence.substr(0, star);
     }
-    return fields;
-}
+
+    std::string_view next() {
+        const size_t length = std::min(rest.find(','), rest.size());
+        const std::string_view field = rest.substr(0, length);
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+        return field;
+    }
+
+    void skip(size_t count) {
+        for (size_t i = 0; i < count; ++i) {
+            next();
+        }
+    }
+
+private:
+    std::string_view rest;
+};
 
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -60,9 +44,16 @@ bool isDigit(char c) {
 // Digits with at most one point. What the library makes of anything else is no number of the
 // receiver's.
 bool isUnsignedNumber(std::string_view text) {
-    const auto digits = std::count_if(text.begin(), text.end(), isDigit);
-    const auto points = std::count(text.begin(), text.end(), '.');
-    return digits > 0 && points <= 1 && digits + points == std::ssize(text);
+    size_t digits = 0;
+    size_t points = 0;
+    for (const char c : text) {
+        if (isDigit(c)) {
+            ++digits;
+        } else if (c != '.' || ++points > 1) {
+            return false;
+        }
+    }
+    return digits > 0;
 }
 
 bool isNumber(std::string_view text) {
@@ -78,16 +69,19 @@ bool hasMinutes(std::string_view coordinate) {
            (minutes[0] == '6' && minutes.find_first_not_of("0.", 1) == std::string_view::npos);
 }
 
-bool isCoordinate(std::string_view text, std::string_view hemisphere, char positive,
-                  char negative) {
+// Whether a coordinate and its hemisphere, the next two fields, make sense.
+bool readCoordinate(FieldReader& fields, char positive, char negative) {
+    const std::string_view text = fields.next();
+    const std::string_view hemisphere = fields.next();
     return isUnsignedNumber(text) && hasMinutes(text) && hemisphere.size() == 1 &&
            (hemisphere[0] == positive || hemisphere[0] == negative);
 }
 
-// Each stands before its hemisphere, latitude before longitude.
-void setPosition(const std::string_view* texts, double latitude, double longitude, Fix& fix) {
-    if (isCoordinate(texts[0], texts[1], 'N', 'S') && isCoordinate(texts[2], texts[3], 'E', 'W') &&
-        std::fabs(latitude) <= 90 && std::fabs(longitude) <= 180) {
+// Takes the position that the next four fields hold, where they make sense.
+void readPosition(FieldReader& fields, double latitude, double longitude, Fix& fix) {
+    const bool hasLatitude = readCoordinate(fields, 'N', 'S') && std::fabs(latitude) <= 90;
+    const bool hasLongitude = readCoordinate(fields, 'E', 'W') && std::fabs(longitude) <= 180;
+    if (hasLatitude && hasLongitude) {
         fix.latitude = latitude;
         fix.longitude = longitude;
     }
@@ -110,36 +104,42 @@ std::optional<double> decimalNumber(std::string_view text) {
 }
 
 void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
-    const auto fields = fieldsOf<RMC_FIELDS>(sentence);
     GPSTraceMessage::numeric_gprmc_t numbers;
     message.getGPRMC(numbers);
     fix.rmcChecksum = storedChecksum(sentence);
-    setPosition(&fields[RMC_LATITUDE], numbers.latitude, numbers.longitude, fix);
+    FieldReader fields(sentence);
+    fields.skip(3);  // address, time, status
+    readPosition(fields, numbers.latitude, numbers.longitude, fix);
     fix.valid = numbers.status && fix.latitude.has_value();
-    if (isUnsignedNumber(fields[RMC_SPEED]) && std::isfinite(numbers.speed)) {
+    if (isUnsignedNumber(fields.next()) && std::isfinite(numbers.speed)) {
         fix.speed = numbers.speed;
     }
-    if (isUnsignedNumber(fields[RMC_COURSE]) && numbers.course <= MAX_COURSE) {
+    if (isUnsignedNumber(fields.next()) && numbers.course <= MAX_COURSE) {
         fix.course = numbers.course;
     }
 }
 
 void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
-    const auto fields = fieldsOf<GGA_FIELDS>(sentence);
     GPSTraceMessage::numeric_gpgga_t numbers;
     message.getGPGGA(numbers);
     fix.ggaChecksum = storedChecksum(sentence);
-    fix.quality = wholeNumber(fields[GGA_QUALITY]);
-    fix.satellites = wholeNumber(fields[GGA_SATELLITES]);
-    fix.hdop = decimalNumber(fields[GGA_HDOP]);
-    const std::string_view unit = fields[GGA_ALTITUDE_UNIT];
-    if (isNumber(fields[GGA_ALTITUDE]) && std::isfinite(numbers.antennaAltitude) &&
-        (unit.empty() || unit == "M")) {
-        fix.altitude = numbers.antennaAltitude;
+    FieldReader fields(sentence);
+    fields.skip(2);  // address, time
+    if (fix.rmcChecksum) {
+        fields.skip(4);  // the position is that of RMC
+    } else {
+        readPosition(fields, numbers.latitude, numbers.longitude, fix);
     }
+    fix.quality = wholeNumber(fields.next());
     if (!fix.rmcChecksum) {
-        setPosition(&fields[GGA_LATITUDE], numbers.latitude, numbers.longitude, fix);
         fix.valid = fix.quality.value_or(0) != 0 && fix.latitude.has_value();
+    }
+    fix.satellites = wholeNumber(fields.next());
+    fix.hdop = decimalNumber(fields.next());
+    const bool hasAltitude = isNumber(fields.next()) && std::isfinite(numbers.antennaAltitude);
+    const std::string_view unit = fields.next();
+    if (hasAltitude && (unit.empty() || unit == "M")) {
+        fix.altitude = numbers.antennaAltitude;
     }
 }
 

@@ -1,7 +1,5 @@
 #include "tools/nmea/utc.h"
 
-#include <fmt/format.h>
-
 #include "tools/nmea/digits.h"
 #include "tools/nmea/sentence.h"
 
@@ -9,7 +7,8 @@ namespace vextools {
 
 namespace {
 
-constexpr uint64_t NANOSECONDS_PER_DAY = 86'400'000'000'000;
+constexpr uint64_t NANOSECONDS_PER_SECOND = 1'000'000'000;
+constexpr uint64_t NANOSECONDS_PER_DAY = 86'400 * NANOSECONDS_PER_SECOND;
 
 constexpr size_t DATE_SIZE = 10;  // YYYY-MM-DD
 constexpr size_t TIME_SIZE = 8;   // hh:mm:ss
@@ -18,9 +17,32 @@ constexpr size_t TIME_SIZE = 8;   // hh:mm:ss
 constexpr std::chrono::sys_days LAST_DAY{
     std::chrono::year_month_day(std::chrono::year(2554), std::chrono::July, std::chrono::day(20))};
 
-std::string fractionText(uint64_t nanoseconds) {
-    const std::string text = fmt::format(".{:09}", nanoseconds);
-    return nanoseconds == 0 ? "" : text.substr(0, text.find_last_not_of('0') + 1);
+// Writes the number with so many digits; gives the place behind them.
+char* writeDigits(char* place, uint64_t number, size_t count) {
+    for (size_t i = count; i > 0; --i) {
+        place[i - 1] = static_cast<char>('0' + number % 10);
+        number /= 10;
+    }
+    return place + count;
+}
+
+char* writeDigitsAnd(char* place, uint64_t number, size_t count, char behind) {
+    place = writeDigits(place, number, count);
+    *place = behind;
+    return place + 1;
+}
+
+// With its point, without zeros at the end; nothing of a whole second.
+char* writeFraction(char* place, uint64_t nanoseconds) {
+    if (nanoseconds == 0) {
+        return place;
+    }
+    *place = '.';
+    place = writeDigits(place + 1, nanoseconds, 9);
+    while (place[-1] == '0') {
+        --place;
+    }
+    return place;
 }
 
 std::optional<TimeOfDay> parseTime(std::string_view text) {
@@ -35,13 +57,26 @@ std::optional<TimeOfDay> parseTime(std::string_view text) {
 }  // namespace
 
 std::string utcText(timeStamp_t stamp) {
+    std::string text;
+    appendUtc(text, stamp);
+    return text;
+}
+
+void appendUtc(std::string& text, timeStamp_t stamp) {
     const std::chrono::year_month_day date{
         std::chrono::sys_days(std::chrono::days(stamp / NANOSECONDS_PER_DAY))};
-    const std::chrono::hh_mm_ss time{std::chrono::nanoseconds(stamp % NANOSECONDS_PER_DAY)};
-    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}{}Z", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                       time.hours().count(), time.minutes().count(), time.seconds().count(),
-                       fractionText(stamp % 1'000'000'000));
+    const uint64_t seconds = stamp / NANOSECONDS_PER_SECOND % 86'400;
+    char characters[sizeof("2554-07-21T23:34:33.709551615Z")];
+    char* end =
+        writeDigitsAnd(characters, static_cast<uint64_t>(static_cast<int>(date.year())), 4, '-');
+    end = writeDigitsAnd(end, static_cast<unsigned>(date.month()), 2, '-');
+    end = writeDigitsAnd(end, static_cast<unsigned>(date.day()), 2, 'T');
+    end = writeDigitsAnd(end, seconds / 3600, 2, ':');
+    end = writeDigitsAnd(end, seconds / 60 % 60, 2, ':');
+    end = writeDigits(end, seconds % 60, 2);
+    end = writeFraction(end, stamp % NANOSECONDS_PER_SECOND);
+    *end++ = 'Z';
+    text.append(characters, static_cast<size_t>(end - characters));
 }
 
 std::optional<timeStamp_t> parseUtc(std::string_view text) {

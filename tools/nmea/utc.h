@@ -14,6 +14,9 @@ namespace vextools {
 /// the fraction as it has. Years beyond 9999 cannot occur in 64 bits.
 std::string utcText(timeStamp_t stamp);
 
+/// Appends the same to a text; for many of them.
+void appendUtc(std::string& text, timeStamp_t stamp);
+
 /// A time that a user gave: YYYY-MM-DD, or YYYY-MM-DDThh:mm:ss with a fraction or none, Z or none.
 std::optional<timeStamp_t> parseUtc(std::string_view text);
 

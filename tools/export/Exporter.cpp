@@ -1,0 +1,87 @@
+#include "tools/export/Exporter.h"
+
+#include <fmt/format.h>
+
+#include <string_view>
+
+namespace vextools {
+
+namespace {
+
+// Adds "2 fixes that are not valid" to a list; of 1 the form for one.
+void appendCount(std::string& list, uint64_t count, std::string_view one, std::string_view many,
+                 std::string_view reason) {
+    if (count != 0) {
+        list += fmt::format("{}{} {} {}", list.empty() ? "" : ", ", count, count == 1 ? one : many,
+                            reason);
+    }
+}
+
+}  // namespace
+
+Exporter::Exporter(Format& document, const ExportChoice& chosen)
+    : format(document), choice(chosen), content(document.content()) {}
+
+void Exporter::add(const GPSTraceMessage& message) {
+    const timeStamp_t stamp = message.getTimeStamp();
+    if (stamp < choice.from || stamp > choice.until) {
+        ++outside;
+    } else if (content == Format::Content::SENTENCES) {
+        format.addMessage(message);
+    } else {
+        addFixOf(message);
+    }
+    lastMessage = stamp;
+}
+
+void Exporter::addFixOf(const GPSTraceMessage& message) {
+    const std::optional<Fix> fix = fixOf(message);
+    if (!fix) {
+        countWithoutFix(message.getTimeStamp());
+    } else if (fix->isDoubtful() && !choice.unchecked) {
+        ++doubtful;
+    } else if (content == Format::Content::ALL_FIXES) {
+        format.addFix(*fix, message);
+    } else if (fix->valid) {
+        addToLine(*fix, message);
+    } else {
+        ++invalid;
+    }
+}
+
+void Exporter::addToLine(const Fix& fix, const GPSTraceMessage& message) {
+    if (lastOfLine) {
+        const timeStamp_t between =
+            fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;
+        if (between > choice.gap) {
+            format.endLine();
+        }
+    }
+    lastOfLine = fix.stamp;
+    format.addFix(fix, message);
+}
+
+// What a message has no room for stands in others of the same stamp, which lack nothing.
+void Exporter::countWithoutFix(timeStamp_t stamp) {
+    if (stamp != lastMessage) {
+        ++withoutFix;
+    }
+}
+
+void Exporter::endTrace() {
+    format.endLine();
+    lastOfLine.reset();
+    lastMessage.reset();
+}
+
+std::string Exporter::leftOut() const {
+    std::string list;
+    appendCount(list, doubtful, "fix", "fixes", "with a wrong checksum");
+    appendCount(list, invalid, "fix", "fixes", "that the receiver does not call valid");
+    appendCount(list, withoutFix, "epoch", "epochs", "without RMC and GGA");
+    appendCount(list, outside, "message", "messages", "from before or after the time asked for");
+    appendCount(list, others, "message", "messages", "of other types");
+    return list;
+}
+
+}  // namespace vextools

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "tools/export/Format.h"
+
+namespace vextools {
+
+/// What of a trace is exported.
+struct ExportChoice {
+    timeStamp_t from = 0;
+    timeStamp_t until = std::numeric_limits<timeStamp_t>::max();  ///< included
+    timeStamp_t gap = 5'000'000'000;  ///< the longest time between two fixes of one line
+    bool unchecked = false;           ///< whether fixes with a wrong checksum are taken
+};
+
+/// Chooses what a document holds, divides it into lines and counts what is left out.
+class Exporter {
+public:
+    /// \param document  must outlive the exporter
+    Exporter(Format& document, const ExportChoice& chosen);
+
+    void add(const GPSTraceMessage& message);
+
+    /// Counts a message of another type.
+    void addOther() { ++others; }
+
+    /// What follows is another trace.
+    void endTrace();
+
+    /// What was left out, and why; empty where nothing was.
+    std::string leftOut() const;
+
+private:
+    void addFixOf(const GPSTraceMessage& message);
+    void addToLine(const Fix& fix, const GPSTraceMessage& message);
+    void countWithoutFix(timeStamp_t stamp);
+
+    Format& format;
+    const ExportChoice choice;
+    const Format::Content content;
+    std::optional<timeStamp_t> lastOfLine;
+    std::optional<timeStamp_t> lastMessage;  // of the trace in hand
+    // What was left out.
+    uint64_t doubtful = 0;
+    uint64_t invalid = 0;
+    uint64_t withoutFix = 0;
+    uint64_t outside = 0;
+    uint64_t others = 0;
+};
+
+}  // namespace vextools

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "tools/io/OutputFile.h"
+#include "tools/nmea/Fix.h"
+
+namespace vextools {
+
+/// A document of one format, written message by message in bounded memory.
+class Format {
+public:
+    /// What of a trace the document holds.
+    enum class Content {
+        VALID_FIXES,  ///< lines of fixes that are valid, and so have a position
+        ALL_FIXES,    ///< every fix, valid or not
+        SENTENCES     ///< the sentences of every message
+    };
+
+    explicit Format(OutputFile& output) : out(output) {}
+    Format(const Format&) = delete;
+    Format& operator=(const Format&) = delete;
+    virtual ~Format() = default;
+
+    virtual Content content() const = 0;
+
+    /// Writes what stands in front of the first fix.
+    virtual void begin() {}
+
+    /// Writes a fix, given with the message that it comes from.
+    virtual void addFix(const Fix& /*fix*/, const GPSTraceMessage& /*message*/) {}
+
+    /// Writes a message whose content is SENTENCES.
+    virtual void addMessage(const GPSTraceMessage& /*message*/) {}
+
+    /// The next fix does not go on from the one before.
+    virtual void endLine() {}
+
+    /// Completes the document.
+    virtual void end() {}
+
+protected:
+    OutputFile& out;
+};
+
+std::unique_ptr<Format> makeGpx(OutputFile& output);
+std::unique_ptr<Format> makeGeoJson(OutputFile& output);
+std::unique_ptr<Format> makeKml(OutputFile& output);
+std::unique_ptr<Format> makeCsv(OutputFile& output);
+std::unique_ptr<Format> makeJsonLines(OutputFile& output);
+std::unique_ptr<Format> makeNmea(OutputFile& output);
+
+}  // namespace vextools

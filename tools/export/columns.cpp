@@ -1,0 +1,65 @@
+#include "tools/export/columns.h"
+
+#include <optional>
+
+#include "tools/export/text.h"
+#include "tools/nmea/utc.h"
+
+namespace vextools {
+
+namespace {
+
+template <auto MEMBER>
+bool appendMember(std::string& text, const Fix& fix) {
+    const auto& value = fix.*MEMBER;
+    if (value) {
+        appendNumber(text, *value);
+    }
+    return value.has_value();
+}
+
+bool appendTime(std::string& text, const Fix& fix) {
+    if (fix.stamp != 0) {
+        appendUtc(text, fix.stamp);
+    }
+    return fix.stamp != 0;
+}
+
+bool appendNanoseconds(std::string& text, const Fix& fix) {
+    if (fix.stamp != 0) {
+        appendNumber(text, fix.stamp);
+    }
+    return fix.stamp != 0;
+}
+
+bool appendValid(std::string& text, const Fix& fix) {
+    text += fix.valid ? "true" : "false";
+    return true;
+}
+
+// Of both sentences: right only where each there is has a right one.
+bool appendChecksum(std::string& text, const Fix& fix) {
+    const bool isRight = fix.rmcChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT &&
+                         fix.ggaChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT;
+    text += fix.isDoubtful() ? "wrong" : isRight ? "right" : "none";
+    return true;
+}
+
+}  // namespace
+
+const std::array<Column, COLUMN_COUNT> COLUMNS = {{
+    {"time_utc", true, appendTime},
+    {"time_ns", false, appendNanoseconds},
+    {"valid", false, appendValid},
+    {"latitude_deg", false, appendMember<&Fix::latitude>},
+    {"longitude_deg", false, appendMember<&Fix::longitude>},
+    {"altitude_m", false, appendMember<&Fix::altitude>},
+    {"speed_kmh", false, appendMember<&Fix::speed>},
+    {"course_deg", false, appendMember<&Fix::course>},
+    {"satellites", false, appendMember<&Fix::satellites>},
+    {"quality", false, appendMember<&Fix::quality>},
+    {"hdop", false, appendMember<&Fix::hdop>},
+    {"checksum", true, appendChecksum},
+}};
+
+}  // namespace vextools

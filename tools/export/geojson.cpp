@@ -1,0 +1,196 @@
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+#include "tools/export/Format.h"
+#include "tools/export/text.h"
+#include "tools/nmea/utc.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr double ANTIMERIDIAN = 180;
+
+struct Position {
+    double longitude;
+    double latitude;
+    std::optional<double> altitude;
+};
+
+// Where the way from one position to another crosses the antimeridian, seen from the first.
+Position crossing(const Position& from, const Position& to) {
+    const double edge = std::copysign(ANTIMERIDIAN, from.longitude);
+    const double part = (edge - from.longitude) / (to.longitude + 2 * edge - from.longitude);
+    Position place = {edge, from.latitude + part * (to.latitude - from.latitude), std::nullopt};
+    if (from.altitude && to.altitude) {
+        place.altitude = *from.altitude + part * (*to.altitude - *from.altitude);
+    }
+    return place;
+}
+
+/// GeoJSON by RFC 7946: a feature for each line, with its first and last time. The line is cut
+/// where it crosses the antimeridian. Whether it does must be known before its first position is
+/// written, so lines are kept; one that grows too long is written as a cut line, cut or not.
+class GeoJson : public Format {
+public:
+    explicit GeoJson(OutputFile& output) : Format(output) {
+        coordinates.reserve(LONGEST_KEPT + LONGEST_POSITION);
+    }
+
+    Content content() const override { return Content::VALID_FIXES; }
+
+    void begin() override { out.write("{\"type\":\"FeatureCollection\",\"features\":["); }
+
+    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+        Position position = {*fix.longitude, *fix.latitude, fix.altitude};
+        if (fixes == 0) {
+            begun = fix.stamp;
+        } else {
+            leadTo(position);
+        }
+        append(position);
+        last = position;
+        ended = fix.stamp;
+        ++fixes;
+        if (coordinates.size() > LONGEST_KEPT && positions > 1) {
+            writeKept();
+        }
+    }
+
+    void endLine() override {
+        if (fixes == 0) {
+            return;
+        }
+        if (isWritten) {
+            endGeometry("]]");
+        } else if (isCut) {
+            beginGeometry("MultiLineString", "[[");
+            endGeometry("]]");
+        } else if (fixes > 1) {
+            beginGeometry("LineString", "[");
+            endGeometry("]");
+        } else {
+            beginGeometry("Point", "");
+            endGeometry("");
+        }
+        writeProperties();
+        fixes = 0;
+        positions = 0;
+        partBegin = 0;
+        isCut = false;
+        isWritten = false;
+    }
+
+    void end() override { out.write("\n]}\n"); }
+
+private:
+    static constexpr size_t LONGEST_KEPT = size_t{4} * 1024 * 1024;
+    static constexpr size_t LONGEST_POSITION = 2048;
+
+    // Cuts the line where it crosses the antimeridian on its way to the position. On the
+    // antimeridian both longitudes are right; that of the side it comes from needs no cut.
+    void leadTo(Position& position) {
+        if (std::fabs(position.longitude) == ANTIMERIDIAN) {
+            position.longitude = std::copysign(ANTIMERIDIAN, last.longitude);
+        }
+        if (std::fabs(position.longitude - last.longitude) <= ANTIMERIDIAN) {
+            return;
+        }
+        Position edge = crossing(last, position);
+        if (std::fabs(last.longitude) != ANTIMERIDIAN) {
+            append(edge);
+        }
+        cut();
+        edge.longitude = -edge.longitude;
+        append(edge);
+    }
+
+    // A part of one position, which lies on the antimeridian, is none.
+    void cut() {
+        if (positions > 1) {
+            coordinates += "],[";
+            isCut = true;
+            partBegin = coordinates.size();
+        }
+        coordinates.resize(partBegin);
+        positions = 0;
+    }
+
+    void append(const Position& position) {
+        coordinates += positions == 0 ? "[" : ",[";
+        appendNumber(coordinates, position.longitude);
+        coordinates += ',';
+        appendNumber(coordinates, position.latitude);
+        if (position.altitude) {
+            coordinates += ',';
+            appendNumber(coordinates, *position.altitude);
+        }
+        coordinates += ']';
+        ++positions;
+    }
+
+    void beginGeometry(std::string_view type, std::string_view opening) {
+        out.write(features++ == 0 ? "\n" : ",\n");
+        out.write("{\"type\":\"Feature\",\"geometry\":{\"type\":\"");
+        out.write(type);
+        out.write("\",\"coordinates\":");
+        out.write(opening);
+    }
+
+    void endGeometry(std::string_view closing) {
+        out.write(coordinates);
+        coordinates.clear();
+        out.write(closing);
+        out.write("}");
+    }
+
+    void writeKept() {
+        if (!isWritten) {
+            beginGeometry("MultiLineString", "[[");
+        }
+        isWritten = true;
+        out.write(coordinates);
+        coordinates.clear();
+    }
+
+    void writeProperties() {
+        std::string properties = ",\"properties\":{\"first_utc\":";
+        appendTime(properties, begun);
+        properties += ",\"last_utc\":";
+        appendTime(properties, ended);
+        properties += ",\"fixes\":";
+        appendNumber(properties, fixes);
+        out.write(properties + "}}");
+    }
+
+    static void appendTime(std::string& text, timeStamp_t stamp) {
+        if (stamp == 0) {
+            text += "null";
+            return;
+        }
+        text += '"';
+        appendUtc(text, stamp);
+        text += '"';
+    }
+
+    uint64_t features = 0;
+    // Of the line in hand.
+    uint64_t fixes = 0;
+    timeStamp_t begun = 0;
+    timeStamp_t ended = 0;
+    Position last = {};
+    bool isCut = false;
+    bool isWritten = false;   // its beginning is
+    std::string coordinates;  // what is not written
+    size_t partBegin = 0;     // of the part in hand, in the coordinates
+    size_t positions = 0;     // of the part in hand
+};
+
+}  // namespace
+
+std::unique_ptr<Format> makeGeoJson(OutputFile& output) {
+    return std::make_unique<GeoJson>(output);
+}
+
+}  // namespace vextools

@@ -1,0 +1,141 @@
+#include <cmath>
+#include <string_view>
+
+#include "tools/export/Format.h"
+#include "tools/export/text.h"
+#include "tools/nmea/sentence.h"
+#include "tools/nmea/utc.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr const char* HEAD =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<gpx version=\"1.1\" creator=\"vextrace\" xmlns=\"http://www.topografix.com/GPX/1/1\""
+    " xmlns:tpx=\"http://www.garmin.com/xmlschemas/TrackPointExtension/v2\">\n"
+    "<trk>\n";
+constexpr const char* FOOT = "</trk>\n</gpx>\n";
+
+// The range of longitudes ends before 180 degrees, which are -180 degrees as well.
+double gpxLongitude(double longitude) {
+    return longitude == 180 ? -180 : longitude;
+}
+
+// The range of courses ends before 360 degrees.
+double gpxCourse(double course) {
+    return course == 360 ? 0 : course;
+}
+
+// To the millimetre per second, which is finer than receivers send.
+double metresPerSecond(double kmh) {
+    return std::round(kmh / 3.6 * 1000) / 1000;
+}
+
+// The dimensions of the fix, from a GSA sentence.
+std::string_view dimensions(const GPSTraceMessage& message) {
+    const std::string_view gsa = message.getSentence("$GPGSA");
+    if (gsa.empty() || storedChecksum(gsa) == Checksum::WRONG) {
+        return "";
+    }
+    const std::string_view mode = field(gsa, 2);
+    return mode == "3" ? "3d" : mode == "2" ? "2d" : "";
+}
+
+std::string_view fixType(const Fix& fix, const GPSTraceMessage& message) {
+    switch (fix.quality.value_or(0)) {
+        case 2:
+        case 4:  // with corrections that tell whole wavelengths
+        case 5:  // or parts of them
+            return "dgps";
+        case 3:
+            return "pps";
+        default:
+            return dimensions(message);
+    }
+}
+
+/// GPX 1.1: a track with a segment for each line. Speed and course have no place of their own in
+/// it; they stand in the extension that most readers of GPX know.
+class Gpx : public Format {
+public:
+    using Format::Format;
+
+    Content content() const override { return Content::VALID_FIXES; }
+
+    void begin() override { out.write(HEAD); }
+
+    void addFix(const Fix& fix, const GPSTraceMessage& message) override {
+        point = inSegment ? "" : "<trkseg>\n";
+        inSegment = true;
+        point += "<trkpt lat=\"";
+        appendNumber(point, *fix.latitude);
+        point += "\" lon=\"";
+        appendNumber(point, gpxLongitude(*fix.longitude));
+        point += "\">";
+        appendChildren(fix, message);
+        point += "</trkpt>\n";
+        out.write(point);
+    }
+
+    void endLine() override {
+        if (inSegment) {
+            out.write("</trkseg>\n");
+        }
+        inSegment = false;
+    }
+
+    void end() override { out.write(FOOT); }
+
+private:
+    // In the order that the schema wants.
+    void appendChildren(const Fix& fix, const GPSTraceMessage& message) {
+        append("<ele>", fix.altitude, "</ele>");
+        if (fix.stamp != 0) {
+            point += "<time>";
+            appendUtc(point, fix.stamp);
+            point += "</time>";
+        }
+        if (const std::string_view type = fixType(fix, message); !type.empty()) {
+            point += "<fix>";
+            point += type;
+            point += "</fix>";
+        }
+        append("<sat>", fix.satellites, "</sat>");
+        append("<hdop>", fix.hdop, "</hdop>");
+        if (fix.speed || fix.course) {
+            appendMovement(fix);
+        }
+    }
+
+    void appendMovement(const Fix& fix) {
+        point += "<extensions><tpx:TrackPointExtension>";
+        if (fix.speed) {
+            append("<tpx:speed>", std::optional(metresPerSecond(*fix.speed)), "</tpx:speed>");
+        }
+        if (fix.course) {
+            append("<tpx:course>", std::optional(gpxCourse(*fix.course)), "</tpx:course>");
+        }
+        point += "</tpx:TrackPointExtension></extensions>";
+    }
+
+    template <class Number>
+    void append(std::string_view opening, std::optional<Number> value, std::string_view closing) {
+        if (value) {
+            point += opening;
+            appendNumber(point, *value);
+            point += closing;
+        }
+    }
+
+    bool inSegment = false;
+    std::string point;
+};
+
+}  // namespace
+
+std::unique_ptr<Format> makeGpx(OutputFile& output) {
+    return std::make_unique<Gpx>(output);
+}
+
+}  // namespace vextools

@@ -1,0 +1,136 @@
+#include "tools/export/Format.h"
+#include "tools/export/text.h"
+#include "tools/nmea/utc.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr const char* HEAD =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+    "<kml xmlns=\"http://www.opengis.net/kml/2.2\""
+    " xmlns:gx=\"http://www.google.com/kml/ext/2.2\">\n"
+    "<Document>\n"
+    "<Schema id=\"fix\">\n"
+    "<gx:SimpleArrayField name=\"speed\" type=\"double\">"
+    "<displayName>Speed (km/h)</displayName></gx:SimpleArrayField>\n"
+    "</Schema>\n";
+constexpr const char* SPEEDS_HEAD =
+    "<ExtendedData><SchemaData schemaUrl=\"#fix\"><gx:SimpleArrayData name=\"speed\">\n";
+constexpr const char* SPEEDS_FOOT = "</gx:SimpleArrayData></SchemaData></ExtendedData>\n";
+constexpr const char* FOOT = "</Document>\n</kml>\n";
+
+/// KML 2.2: a placemark for each line, with the time, the place, the course and the speed of each
+/// fix. A track lists all its times, then all its places and so on, so a long line becomes several
+/// tracks, each of which begins where the one before ends.
+class Kml : public Format {
+public:
+    using Format::Format;
+
+    Content content() const override { return Content::VALID_FIXES; }
+
+    void begin() override { out.write(HEAD); }
+
+    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+        if (!inLine) {
+            out.write("<Placemark><gx:MultiTrack>\n");
+            inLine = true;
+        }
+        if (count == FIXES_PER_TRACK) {
+            writeTrack();
+            append(last);
+        }
+        append(fix);
+        last = fix;
+    }
+
+    void endLine() override {
+        if (inLine) {
+            writeTrack();
+            out.write("</gx:MultiTrack></Placemark>\n");
+        }
+        inLine = false;
+    }
+
+    void end() override { out.write(FOOT); }
+
+private:
+    static constexpr size_t FIXES_PER_TRACK = 4096;
+
+    // What is missing keeps its place, so that the lists go together.
+    void append(const Fix& fix) {
+        ++count;
+        times += "<when>";
+        appendUtc(times, fix.stamp);
+        times += "</when>\n";
+        appendPlace(fix);
+        courses += "<gx:angles>";
+        if (fix.course) {
+            appendNumber(courses, *fix.course);
+            courses += " 0 0";  // neither tilt nor roll
+            hasCourses = true;
+        }
+        courses += "</gx:angles>\n";
+        speeds += "<gx:value>";
+        if (fix.speed) {
+            appendNumber(speeds, *fix.speed);
+            hasSpeeds = true;
+        }
+        speeds += "</gx:value>\n";
+    }
+
+    void appendPlace(const Fix& fix) {
+        places += "<gx:coord>";
+        appendNumber(places, *fix.longitude);
+        places += ' ';
+        appendNumber(places, *fix.latitude);
+        if (fix.altitude) {
+            places += ' ';
+            appendNumber(places, *fix.altitude);
+        }
+        places += "</gx:coord>\n";
+    }
+
+    void writeTrack() {
+        out.write("<gx:Track>\n");
+        out.write(times);
+        out.write(places);
+        if (hasCourses) {
+            out.write(courses);
+        }
+        if (hasSpeeds) {
+            out.write(SPEEDS_HEAD);
+            out.write(speeds);
+            out.write(SPEEDS_FOOT);
+        }
+        out.write("</gx:Track>\n");
+        clear();
+    }
+
+    void clear() {
+        for (std::string* list : {&times, &places, &courses, &speeds}) {
+            list->clear();
+        }
+        hasCourses = false;
+        hasSpeeds = false;
+        count = 0;
+    }
+
+    bool inLine = false;
+    Fix last;
+    size_t count = 0;  // of fixes in the lists
+    std::string times;
+    std::string places;
+    std::string courses;
+    bool hasCourses = false;
+    std::string speeds;
+    bool hasSpeeds = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Format> makeKml(OutputFile& output) {
+    return std::make_unique<Kml>(output);
+}
+
+}  // namespace vextools
