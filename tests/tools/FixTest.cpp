@@ -189,7 +189,9 @@ TEST(FixTest, TakesSpeedsAndCoursesInRange) {
     EXPECT_EQ(moving("0", "0").course, 0.0);
     EXPECT_EQ(moving("000.5", "360.0").speed, 0.5 * 1.852);
     EXPECT_EQ(moving("000.5", "360.0").course, 360.0);
-    for (const std::string text : {"-1", "nan", "inf", "1e1", "1 ", "360.1x", "0x1", "."}) {
+    EXPECT_EQ(moving("539956", "0").speed, 539956 * 1.852);
+    for (const std::string text :
+         {"-1", "nan", "inf", "1e1", "1 ", "360.1x", "0x1", ".", "999999"}) {
         EXPECT_EQ(moving(text, text).speed, std::nullopt) << text;
         EXPECT_EQ(moving(text, text).course, std::nullopt) << text;
     }
@@ -203,22 +205,27 @@ TEST(FixTest, TakesAltitudesInMetres) {
     EXPECT_EQ(ggaFix("1,08,0.9,0,M,,,,").altitude, 0.0);
     EXPECT_EQ(ggaFix("1,08,0.9,545.4,F,,,,").altitude, std::nullopt);
     EXPECT_EQ(ggaFix("1,08,0.9,545.4,m,,,,").altitude, std::nullopt);
-    for (const std::string text : {"", "nan", "inf", "-inf", "1e999", "--3", "-", "12a"}) {
+    EXPECT_EQ(high("-100000000").altitude, -1e8);
+    for (const std::string text :
+         {"", "nan", "inf", "-inf", "1e999", "--3", "-", "12a", "100000001", "-100000001"}) {
         EXPECT_EQ(high(text).altitude, std::nullopt) << text;
     }
     EXPECT_EQ(high(std::string(400, '9')).altitude, std::nullopt);
 }
 
-TEST(FixTest, TakesCountsAndDilutionsThatAreNumbers) {
+TEST(FixTest, TakesCountsAndDilutionsInRange) {
     EXPECT_EQ(ggaFix("1,00,0.0,,M,,,,").satellites, 0U);
     EXPECT_EQ(ggaFix("1,00,0.0,,M,,,,").hdop, 0.0);
-    EXPECT_EQ(ggaFix("1,65544,99.99,,M,,,,").satellites, 65544U);
-    EXPECT_EQ(ggaFix("1,65544,99.99,,M,,,,").hdop, 99.99);
-    for (const std::string text : {"", "-1", "x", "1x", "1e1", "inf", "nan", "+1"}) {
-        const Fix fix = ggaFix(fmt::format("1,{0},{0},545.4,M,,,,", text));
+    EXPECT_EQ(ggaFix("1,999,1000000,,M,,,,").satellites, 999U);
+    EXPECT_EQ(ggaFix("1,999,1000000,,M,,,,").hdop, 1e6);
+    for (const std::string text :
+         {"", "-1", "x", "1x", "1e1", "inf", "nan", "+1", "1000001", "99999999999"}) {
+        const Fix fix = ggaFix(fmt::format("{0},{0},{0},545.4,M,,,,", text));
+        EXPECT_EQ(fix.quality, std::nullopt) << text;
         EXPECT_EQ(fix.satellites, std::nullopt) << text;
         EXPECT_EQ(fix.hdop, std::nullopt) << text;
     }
+    EXPECT_EQ(ggaFix("1,1000,1,,M,,,,").satellites, std::nullopt);
 }
 
 TEST(FixTest, IsDoubtfulWhenEitherChecksumIsWrong) {

@@ -1,4 +1,3 @@
-#include <cmath>
 #include <string_view>
 
 #include "tools/export/Format.h"
@@ -17,19 +16,22 @@ constexpr const char* HEAD =
     "<trk>\n";
 constexpr const char* FOOT = "</trk>\n</gpx>\n";
 
+// Some readers take decimals of no more than 18 digits. These are a fraction of a micrometre.
+constexpr unsigned DEGREE_DECIMALS = 12;
+constexpr unsigned DECIMALS = 3;
+
+constexpr double KMH_PER_METRE_PER_SECOND = 3.6;
+
 // The range of longitudes ends before 180 degrees, which are -180 degrees as well.
 double gpxLongitude(double longitude) {
-    return longitude == 180 ? -180 : longitude;
+    constexpr double LAST = 180 - 0.5e-12;
+    return longitude < LAST ? longitude : -180;
 }
 
 // The range of courses ends before 360 degrees.
 double gpxCourse(double course) {
-    return course == 360 ? 0 : course;
-}
-
-// To the millimetre per second, which is finer than receivers send.
-double metresPerSecond(double kmh) {
-    return std::round(kmh / 3.6 * 1000) / 1000;
+    constexpr double LAST = 360 - 0.5e-3;
+    return course < LAST ? course : 0;
 }
 
 // The dimensions of the fix, from a GSA sentence.
@@ -69,9 +71,9 @@ public:
         point = inSegment ? "" : "<trkseg>\n";
         inSegment = true;
         point += "<trkpt lat=\"";
-        appendNumber(point, *fix.latitude);
+        appendRounded(point, *fix.latitude, DEGREE_DECIMALS);
         point += "\" lon=\"";
-        appendNumber(point, gpxLongitude(*fix.longitude));
+        appendRounded(point, gpxLongitude(*fix.longitude), DEGREE_DECIMALS);
         point += "\">";
         appendChildren(fix, message);
         point += "</trkpt>\n";
@@ -90,7 +92,9 @@ public:
 private:
     // In the order that the schema wants.
     void appendChildren(const Fix& fix, const GPSTraceMessage& message) {
-        append("<ele>", fix.altitude, "</ele>");
+        if (fix.altitude) {
+            append("<ele>", *fix.altitude, "</ele>");
+        }
         if (fix.stamp != 0) {
             point += "<time>";
             appendUtc(point, fix.stamp);
@@ -101,8 +105,12 @@ private:
             point += type;
             point += "</fix>";
         }
-        append("<sat>", fix.satellites, "</sat>");
-        append("<hdop>", fix.hdop, "</hdop>");
+        if (fix.satellites) {
+            append("<sat>", *fix.satellites, "</sat>");
+        }
+        if (fix.hdop) {
+            append("<hdop>", *fix.hdop, "</hdop>");
+        }
         if (fix.speed || fix.course) {
             appendMovement(fix);
         }
@@ -111,21 +119,18 @@ private:
     void appendMovement(const Fix& fix) {
         point += "<extensions><tpx:TrackPointExtension>";
         if (fix.speed) {
-            append("<tpx:speed>", std::optional(metresPerSecond(*fix.speed)), "</tpx:speed>");
+            append("<tpx:speed>", *fix.speed / KMH_PER_METRE_PER_SECOND, "</tpx:speed>");
         }
         if (fix.course) {
-            append("<tpx:course>", std::optional(gpxCourse(*fix.course)), "</tpx:course>");
+            append("<tpx:course>", gpxCourse(*fix.course), "</tpx:course>");
         }
         point += "</tpx:TrackPointExtension></extensions>";
     }
 
-    template <class Number>
-    void append(std::string_view opening, std::optional<Number> value, std::string_view closing) {
-        if (value) {
-            point += opening;
-            appendNumber(point, *value);
-            point += closing;
-        }
+    void append(std::string_view opening, double number, std::string_view closing) {
+        point += opening;
+        appendRounded(point, number, DECIMALS);
+        point += closing;
     }
 
     bool inSegment = false;

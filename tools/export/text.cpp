@@ -16,27 +16,47 @@ constexpr size_t LONGEST_NUMBER = 350;
 constexpr double LEAST_PLAIN = 1e-4;
 constexpr double GREATEST_PLAIN = 1e16;
 
-constexpr size_t DECIMALS = 6;
-constexpr uint64_t SCALE = 1'000'000;
-constexpr double EXACT = 1e15;
+constexpr unsigned FEW_DECIMALS = 6;
+constexpr double EXACT =
+    1e15;  // integers below it are, and so are their quotients with powers of ten
+constexpr uint64_t POWERS_OF_TEN[] = {1,
+                                      10,
+                                      100,
+                                      1'000,
+                                      10'000,
+                                      100'000,
+                                      1'000'000,
+                                      10'000'000,
+                                      100'000'000,
+                                      1'000'000'000,
+                                      10'000'000'000,
+                                      100'000'000'000,
+                                      1'000'000'000'000};
 
-// Writes the digits of a fraction, without zeros at the end; gives the place behind them.
-char* writeFraction(char* place, uint32_t millionths) {
-    for (size_t i = DECIMALS; i > 0; --i) {
-        place[i - 1] = static_cast<char>('0' + millionths % 10);
-        millionths /= 10;
+// Appends number / 10^decimals, without zeros at the end.
+void appendScaled(std::string& text, bool isNegative, uint64_t number, unsigned decimals) {
+    char digits[24] = {'-'};
+    char* end = isNegative ? digits + 1 : digits;
+    end = std::to_chars(end, digits + sizeof(digits), number / POWERS_OF_TEN[decimals]).ptr;
+    if (uint64_t fraction = number % POWERS_OF_TEN[decimals]; fraction != 0) {
+        *end = '.';
+        for (unsigned i = decimals; i > 0; --i) {
+            end[i] = static_cast<char>('0' + fraction % 10);
+            fraction /= 10;
+        }
+        end += decimals + 1;
+        while (end[-1] == '0') {
+            --end;
+        }
     }
-    place += DECIMALS;
-    while (place[-1] == '0') {
-        --place;
-    }
-    return place;
+    text.append(digits, static_cast<size_t>(end - digits));
 }
 
 // Appends a number of few decimals, as receivers send them, much faster than the general way. A
 // text of up to 15 digits that reads back as the number is the only such text, so it is the
 // shortest. Gives false, with nothing appended, where there is none.
 bool appendFewDecimals(std::string& text, double number) {
+    constexpr auto SCALE = static_cast<double>(POWERS_OF_TEN[FEW_DECIMALS]);
     const double scaled = std::fabs(number) * SCALE;
     if (!(scaled < EXACT)) {
         return false;
@@ -45,14 +65,7 @@ bool appendFewDecimals(std::string& text, double number) {
     if (static_cast<double>(millionths) / SCALE != std::fabs(number)) {
         return false;
     }
-    char digits[24] = {'-'};
-    char* end = number < 0 ? digits + 1 : digits;
-    end = std::to_chars(end, digits + sizeof(digits), millionths / SCALE).ptr;
-    if (const auto fraction = static_cast<uint32_t>(millionths % SCALE); fraction != 0) {
-        *end = '.';
-        end = writeFraction(end + 1, fraction);
-    }
-    text.append(digits, static_cast<size_t>(end - digits));
+    appendScaled(text, number < 0, millionths, FEW_DECIMALS);
     return true;
 }
 
@@ -74,6 +87,12 @@ void appendNumber(std::string& text, double number) {
     } else if (!appendFewDecimals(text, number)) {
         appendShortest(text, number);
     }
+}
+
+void appendRounded(std::string& text, double number, unsigned decimals) {
+    const double scaled = std::fabs(number) * static_cast<double>(POWERS_OF_TEN[decimals]);
+    const auto rounded = static_cast<uint64_t>(scaled + 0.5);
+    appendScaled(text, number < 0 && rounded != 0, rounded, decimals);
 }
 
 }  // namespace vextools

@@ -9,7 +9,14 @@ namespace vextools {
 
 namespace {
 
+constexpr double MAX_LATITUDE = 90;
+constexpr double MAX_LONGITUDE = 180;
 constexpr double MAX_COURSE = 360;
+// Greater than all that a receiver can mean.
+constexpr double MAX_SPEED = 1e6;
+constexpr double MAX_ALTITUDE = 1e8;
+constexpr double MAX_HDOP = 1e6;
+constexpr unsigned MAX_COUNT = 999;
 
 // Gives the fields of a sentence one after the other, the address first; empty ones behind the
 // last.
@@ -79,28 +86,31 @@ bool readCoordinate(FieldReader& fields, char positive, char negative) {
 
 // Takes the position that the next four fields hold, where they make sense.
 void readPosition(FieldReader& fields, double latitude, double longitude, Fix& fix) {
-    const bool hasLatitude = readCoordinate(fields, 'N', 'S') && std::fabs(latitude) <= 90;
-    const bool hasLongitude = readCoordinate(fields, 'E', 'W') && std::fabs(longitude) <= 180;
+    const bool hasLatitude =
+        readCoordinate(fields, 'N', 'S') && std::fabs(latitude) <= MAX_LATITUDE;
+    const bool hasLongitude =
+        readCoordinate(fields, 'E', 'W') && std::fabs(longitude) <= MAX_LONGITUDE;
     if (hasLatitude && hasLongitude) {
         fix.latitude = latitude;
         fix.longitude = longitude;
     }
 }
 
-std::optional<unsigned> wholeNumber(std::string_view text) {
-    unsigned number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    return isWhole ? std::optional(number) : std::nullopt;
+std::optional<unsigned> readCount(std::string_view text) {
+    unsigned count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    const bool isCount =
+        error == std::errc() && end == text.data() + text.size() && count <= MAX_COUNT;
+    return isCount ? std::optional(count) : std::nullopt;
 }
 
-std::optional<double> decimalNumber(std::string_view text) {
-    double number = 0;
-    if (!isUnsignedNumber(text) ||
-        std::from_chars(text.data(), text.data() + text.size(), number).ec != std::errc()) {
-        return std::nullopt;
-    }
-    return number;
+std::optional<double> readHdop(std::string_view text) {
+    double hdop = 0;
+    const bool isHdop =
+        isUnsignedNumber(text) &&
+        std::from_chars(text.data(), text.data() + text.size(), hdop).ec == std::errc() &&
+        hdop <= MAX_HDOP;
+    return isHdop ? std::optional(hdop) : std::nullopt;
 }
 
 void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
@@ -111,7 +121,7 @@ void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
     fields.skip(3);  // address, time, status
     readPosition(fields, numbers.latitude, numbers.longitude, fix);
     fix.valid = numbers.status && fix.latitude.has_value();
-    if (isUnsignedNumber(fields.next()) && std::isfinite(numbers.speed)) {
+    if (isUnsignedNumber(fields.next()) && numbers.speed <= MAX_SPEED) {
         fix.speed = numbers.speed;
     }
     if (isUnsignedNumber(fields.next()) && numbers.course <= MAX_COURSE) {
@@ -130,13 +140,14 @@ void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
     } else {
         readPosition(fields, numbers.latitude, numbers.longitude, fix);
     }
-    fix.quality = wholeNumber(fields.next());
+    fix.quality = readCount(fields.next());
     if (!fix.rmcChecksum) {
         fix.valid = fix.quality.value_or(0) != 0 && fix.latitude.has_value();
     }
-    fix.satellites = wholeNumber(fields.next());
-    fix.hdop = decimalNumber(fields.next());
-    const bool hasAltitude = isNumber(fields.next()) && std::isfinite(numbers.antennaAltitude);
+    fix.satellites = readCount(fields.next());
+    fix.hdop = readHdop(fields.next());
+    const bool hasAltitude =
+        isNumber(fields.next()) && std::fabs(numbers.antennaAltitude) <= MAX_ALTITUDE;
     const std::string_view unit = fields.next();
     if (hasAltitude && (unit.empty() || unit == "M")) {
         fix.altitude = numbers.antennaAltitude;

@@ -16,12 +16,12 @@ struct Fix {
     bool valid = false;               ///< the receiver calls it valid, and it has a position
     std::optional<double> latitude;   ///< degrees, north positive, -90 to 90
     std::optional<double> longitude;  ///< degrees, east positive, -180 to 180
-    std::optional<double> altitude;   ///< metres
-    std::optional<double> speed;      ///< km/h
-    std::optional<double> course;     ///< degrees
-    std::optional<unsigned> satellites;
-    std::optional<unsigned> quality;
-    std::optional<double> hdop;
+    std::optional<double> altitude;   ///< metres, -1e8 to 1e8
+    std::optional<double> speed;      ///< km/h, 0 to 1e6
+    std::optional<double> course;     ///< degrees, 0 to 360
+    std::optional<unsigned> satellites;   ///< in use, 0 to 999
+    std::optional<unsigned> quality;      ///< of GGA: 0 no fix, 1 GPS, 2 differential, ...; to 999
+    std::optional<double> hdop;           ///< horizontal dilution of precision, 0 to 1e6
     std::optional<Checksum> rmcChecksum;  ///< nothing where there is no RMC sentence
     std::optional<Checksum> ggaChecksum;
 
