@@ -38,7 +38,7 @@ size_t InputFile::read(uint8_t* dest, size_t room) {
         count = ::read(fd, dest, room);
     } while (count < 0 && errno == EINTR);
     if (count < 0) {
-        throw DataError(fmt::format("{}: cannot be read on at byte {}: {}", shown, position,
+        throw ReadError(fmt::format("{}: cannot be read on at byte {}: {}", shown, position,
                                     std::strerror(errno)));
     }
     position += static_cast<size_t>(count);

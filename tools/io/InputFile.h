@@ -21,8 +21,8 @@ public:
     ~InputFile();
 
     /// Reads what is there, at most \p room bytes; waits where nothing is. 0 is the end of the
-    /// file; more may be read behind it, should the file grow. \throws DataError on a read error;
-    /// names the file, the byte and the reason
+    /// file; more may be read behind it, should the file grow. \throws ReadError, which names the
+    /// file, the byte and the reason
     size_t read(uint8_t* dest, size_t room);
 
     /// Goes back over the last \p count bytes that were read. For regular files alone.

@@ -18,6 +18,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// An input that cannot be read on.
+class ReadError : public DataError {
+public:
+    using DataError::DataError;
+};
+
 /// Ends the command with STATUS_USAGE; the text likewise says what to do.
 class UsageError : public std::runtime_error {
 public:

@@ -44,10 +44,30 @@ bool isControl(std::string_view character) {
             static_cast<unsigned char>(character[1]) < 0xA0);
 }
 
+// Nearly all texts are such. The loop has no branches, so that it takes many bytes at once.
+bool isPlainAscii(std::string_view text) {
+    unsigned special = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        special |= static_cast<unsigned>(byte < 0x20) | static_cast<unsigned>(byte > 0x7E) |
+                   static_cast<unsigned>(byte == '\\');
+    }
+    return special == 0;
+}
+
 }  // namespace
 
 std::string escaped(std::string_view text) {
     std::string result;
+    appendEscaped(result, text);
+    return result;
+}
+
+void appendEscaped(std::string& result, std::string_view text) {
+    if (isPlainAscii(text)) {
+        result += text;
+        return;
+    }
     while (!text.empty()) {
         const size_t length = characterLength(text);
         const std::string_view character = text.substr(0, length == 0 ? 1 : length);
@@ -62,7 +82,6 @@ std::string escaped(std::string_view text) {
         }
         text.remove_prefix(character.size());
     }
-    return result;
 }
 
 std::string shownName(std::string_view path) {

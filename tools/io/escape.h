@@ -9,6 +9,9 @@ namespace vextools {
 /// such as \x1b, so that it cannot steer a terminal. Everything else stays as it is.
 std::string escaped(std::string_view text);
 
+/// Appends the same.
+void appendEscaped(std::string& result, std::string_view text);
+
 /// The name of a file for a message: "standard input" for "-", else escaped.
 std::string shownName(std::string_view path);
 

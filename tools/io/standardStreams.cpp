@@ -4,6 +4,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "tools/io/Progress.h"
+
 namespace vextools {
 
 void holdStandardStreams() {
@@ -16,6 +18,7 @@ void holdStandardStreams() {
 }
 
 void tell(std::string_view text) {
+    Progress::erase();
     const std::string line = fmt::format("vextrace: {}\n", text);
     static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
 }

@@ -203,10 +203,12 @@ void TraceReader::State::passOver(uint64_t until) {
 }
 
 TraceItem TraceReader::State::endDamage() {
-    if (window.available(cursor, 1) == 0) {
+    const bool reachesEnd = window.available(cursor, 1) == 0;
+    if (reachesEnd) {
         window.throwReadError();
     }
     TraceItem item;
+    item.reachesEnd = reachesEnd;
     item.kind = TraceItem::Kind::DAMAGE;
     item.offset = position;
     item.bytes = front;

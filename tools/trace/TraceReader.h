@@ -28,6 +28,7 @@ struct TraceItem {
     msgid_t id = MSGID_INVALID;            ///< of a message
     std::unique_ptr<GPSTraceMessage> gps;  ///< of a GPS message
     std::string reason;                    ///< of damage, for people
+    bool reachesEnd = false;               ///< of damage: no message comes behind it
 };
 
 /// Reads a trace message by message, in bounded memory, and goes on behind damage at the next place

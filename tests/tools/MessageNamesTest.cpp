@@ -9,7 +9,7 @@
 
 using namespace vextools;
 
-TEST(messageNamesTest, EveryIdOfTheLibraryHasItsName) {
+TEST(MessageNamesTest, EveryIdOfTheLibraryHasItsName) {
     std::ifstream header(VEXTRACE_SOURCE_DIR "/libvextrace/messageID.h");
     std::map<int, std::string> named;
     const std::regex enumerator(R"(\s+(MSGID_\w+) = (\d+).*)");
@@ -27,7 +27,7 @@ TEST(messageNamesTest, EveryIdOfTheLibraryHasItsName) {
     }
 }
 
-TEST(messageNamesTest, ExpectsNamedIdsThoseInUseElsewhereAndFreeOnes) {
+TEST(MessageNamesTest, ExpectsNamedIdsThoseInUseElsewhereAndFreeOnes) {
     for (int id = 0; id <= 0xFFFF; ++id) {
         const bool expected = (!messageName(static_cast<msgid_t>(id)).empty() && id != 65535) ||
                               id == 7 || id == 256 || id == 61440 || id == 61441 || id == 65533 ||

@@ -20,7 +20,7 @@ bool mayBe(int size, int id) {
 
 }  // namespace
 
-TEST(soundnessTest, WhatTheLibraryWritesIsCanonical) {
+TEST(SoundnessTest, WhatTheLibraryWritesIsCanonical) {
     for (const char* payload :
          {"$GPRMC,1\n", "$GPGGA,1\r\n$GPRMC,1\n", "!AIVDM\n$GPGGA\n", "$G\n$P\n$PX\n", "x\n",
           "$GPGSV,\xFF\x01\r\r\n", "$GPRMC\n$GPRMD\n"}) {
@@ -28,7 +28,7 @@ TEST(soundnessTest, WhatTheLibraryWritesIsCanonical) {
     }
 }
 
-TEST(soundnessTest, EverythingElseIsNot) {
+TEST(SoundnessTest, EverythingElseIsNot) {
     for (const std::string& payload :
          {std::string(), std::string("\n"), std::string("$GPRMC,1"), std::string("\n$GPRMC,1\n"),
           std::string("$GPRMC,1\n\n"), std::string("$GPRMC,1\n$GPGGA,1\n"),
@@ -38,7 +38,7 @@ TEST(soundnessTest, EverythingElseIsNot) {
     }
 }
 
-TEST(soundnessTest, AHeaderCoversItselfAndHasAnExpectedType) {
+TEST(SoundnessTest, AHeaderCoversItselfAndHasAnExpectedType) {
     EXPECT_TRUE(mayBe(12, 22));
     EXPECT_TRUE(mayBe(65535, 0));
     EXPECT_TRUE(mayBe(0x1234, 0xC123));
@@ -48,7 +48,7 @@ TEST(soundnessTest, AHeaderCoversItselfAndHasAnExpectedType) {
     EXPECT_FALSE(mayBe(100, 0xFFFF));
 }
 
-TEST(soundnessTest, ReadsTheFieldsOfAHeader) {
+TEST(SoundnessTest, ReadsTheFieldsOfAHeader) {
     const uint8_t header[] = {0x12, 0x34, 0x00, 0x16, 0x9A, 0xBC, 1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_EQ(messageLength(header), 0x1236u);
     EXPECT_EQ(messageId(header), MSGID_GPS);

@@ -1,0 +1,74 @@
+#include "tools/io/Progress.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace vextools {
+
+namespace {
+
+constexpr uint64_t BYTES_BETWEEN_LOOKS = 64 * 1024;
+constexpr uint64_t NEVER = std::numeric_limits<uint64_t>::max();
+constexpr std::chrono::milliseconds QUIET_TIME{1000};
+constexpr std::chrono::milliseconds TIME_BETWEEN_LINES{200};
+constexpr double MEGABYTE = 1e6;
+
+Progress* current = nullptr;
+
+}  // namespace
+
+Progress::Progress(std::optional<uint64_t> bytes)
+    : Progress(bytes, isatty(STDERR_FILENO) != 0 ? STDERR_FILENO : -1, &Clock::now) {}
+
+Progress::Progress(std::optional<uint64_t> bytes, int where, Clock::time_point (*time)())
+    : total(bytes), terminal(where), now(time), begin(now()), lastShown(begin) {
+    if (terminal < 0) {
+        nextLook = NEVER;
+    }
+    current = this;
+}
+
+Progress::~Progress() {
+    erase();
+    current = nullptr;
+}
+
+void Progress::erase() {
+    if (current != nullptr && current->width != 0) {
+        current->show("");
+    }
+}
+
+void Progress::look(uint64_t done) {
+    nextLook = done + BYTES_BETWEEN_LOOKS;
+    const Clock::time_point time = now();
+    if (time - begin > QUIET_TIME && time - lastShown >= TIME_BETWEEN_LINES) {
+        lastShown = time;
+        show(progressText(done, total, std::chrono::duration<double>(time - begin).count()));
+    }
+}
+
+// Blanks erase what the text leaves of the line before it; every terminal knows them.
+void Progress::show(const std::string& text) {
+    const std::string rest(width > text.size() ? width - text.size() : 0, ' ');
+    const std::string line = '\r' + text + rest + (text.empty() ? "\r" : "");
+    static_cast<void>(!write(terminal, line.data(), line.size()));
+    width = text.size();
+}
+
+std::string progressText(uint64_t done, std::optional<uint64_t> total, double seconds) {
+    const double rate = static_cast<double>(done) / seconds;
+    const std::string speed = fmt::format("{:.1f} MB/s", rate / MEGABYTE);
+    if (!total || *total == 0 || rate == 0) {
+        return fmt::format("{:.0f} MB, {}", static_cast<double>(done) / MEGABYTE, speed);
+    }
+    // A file may have grown since it was asked for its size.
+    const uint64_t whole = std::max(*total, done);
+    const auto left = static_cast<uint64_t>(static_cast<double>(whole - done) / rate + 0.5);
+    return fmt::format("{} %, {}, {}:{:02} left", done * 100 / whole, speed, left / 60, left % 60);
+}
+
+}  // namespace vextools

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vextools {
+
+/// A line on standard error that tells how far the work is: per cent, MB/s, time left. It is there
+/// when standard error is a terminal and the work has lasted longer than a second, and is erased
+/// at the end. There may be one at a time.
+class Progress {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// \param total  bytes to work through; nothing where nobody knows
+    explicit Progress(std::optional<uint64_t> total);
+
+    /// For tests: writes to \p terminal, and asks \p now for the time.
+    Progress(std::optional<uint64_t> total, int terminal, Clock::time_point (*now)());
+
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    /// Tells how many bytes are done. Cheap, for every message.
+    void update(uint64_t done) {
+        if (done >= nextLook) {
+            look(done);
+        }
+    }
+
+    /// Erases the line where there is one, before something else is written to the terminal. It
+    /// comes back with the next update.
+    static void erase();
+
+private:
+    void look(uint64_t done);
+    void show(const std::string& text);
+
+    std::optional<uint64_t> total;
+    int terminal;
+    Clock::time_point (*now)();
+    Clock::time_point begin;
+    Clock::time_point lastShown;
+    uint64_t nextLook = 0;
+    size_t width = 0;  // of what stands there
+};
+
+/// "43 %, 125.0 MB/s, 0:12 left"; without a total "500 MB, 125.0 MB/s". MB are 10^6 bytes.
+std::string progressText(uint64_t done, std::optional<uint64_t> total, double seconds);
+
+}  // namespace vextools

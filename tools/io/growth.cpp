@@ -1,0 +1,42 @@
+#include "tools/io/growth.h"
+
+#include <fmt/format.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tools/io/errors.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr int MOMENT_MS = 100;
+
+}  // namespace
+
+bool waitForGrowth(const InputFile& input, uint64_t position) {
+    if (!input.size()) {
+        return false;
+    }
+    struct stat status = {};
+    if (fstat(input.descriptor(), &status) == 0 &&
+        static_cast<uint64_t>(status.st_size) < position) {
+        throw DataError(fmt::format("{}: became shorter than the {} bytes that were shown",
+                                    input.name(), position));
+    }
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    if (poll(&output, 1, MOMENT_MS) > 0 && (output.revents & POLLERR) != 0) {
+        throw BrokenPipe();
+    }
+    return true;
+}
+
+void endQuietlyOnInterrupt() {
+    struct sigaction action = {};
+    action.sa_handler = [](int) { _exit(STATUS_OK); };
+    sigaction(SIGINT, &action, nullptr);
+}
+
+}  // namespace vextools

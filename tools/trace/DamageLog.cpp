@@ -1,0 +1,41 @@
+#include "tools/trace/DamageLog.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "tools/io/counted.h"
+#include "tools/io/standardStreams.h"
+
+namespace vextools {
+
+namespace {
+
+constexpr uint64_t TOLD_PLACES = 10;
+
+}  // namespace
+
+DamageLog::DamageLog(std::string shownName) : name(std::move(shownName)) {}
+
+void DamageLog::add(const TraceItem& damage) {
+    ++count;
+    passedOver += damage.length;
+    const std::string length = counted(damage.length, "byte");
+    if (damage.offset == 0 && damage.reachesEnd) {
+        tell(fmt::format("{}: no trace: {} without any message", name, length));
+    } else if (count <= TOLD_PLACES) {
+        tell(fmt::format("{}: damaged at byte {}, {} passed over: {}", name, damage.offset, length,
+                         damage.reason));
+    } else {
+        heldBack += damage.length;
+    }
+}
+
+void DamageLog::finish() {
+    if (count > TOLD_PLACES) {
+        tell(fmt::format("{}: {} more, {} passed over", name,
+                         counted(count - TOLD_PLACES, "damaged place"), counted(heldBack, "byte")));
+    }
+}
+
+}  // namespace vextools

@@ -1,0 +1,219 @@
+#include "tools/trace/views.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "tools/io/counted.h"
+#include "tools/nmea/digits.h"
+#include "tools/nmea/fields.h"
+#include "tools/nmea/sentence.h"
+
+namespace vextools {
+
+namespace {
+
+// As the library does it: the last character goes unseen, then one carriage return.
+std::string_view shownSentence(std::string_view sentence) {
+    sentence.remove_suffix(1);
+    if (sentence.ends_with('\r')) {
+        sentence.remove_suffix(1);
+    }
+    return sentence;
+}
+
+bool isNumber(std::string_view text) {
+    if (text.starts_with('-') || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    const auto digits =
+        std::count_if(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    const auto points = std::count(text.begin(), text.end(), '.');
+    return digits > 0 && points <= 1 && digits + points == std::ssize(text);
+}
+
+// With so many decimals, never with an exponent.
+void addDecimal(std::string& text, double number, int decimals) {
+    char digits[400];
+    const auto result =
+        std::to_chars(digits, std::end(digits), number, std::chars_format::fixed, decimals);
+    text.append(digits, result.ptr);
+}
+
+// Adds ", NAME VALUE UNIT", or says that there is none.
+void addNumber(std::string& line, std::string_view name, std::string_view sent, double value,
+               int decimals, std::string_view unit) {
+    line += ", ";
+    line += name;
+    if (sent.empty()) {
+        line += " missing";
+    } else if (!isNumber(sent) || !std::isfinite(value)) {
+        line += " invalid";
+    } else {
+        line += ' ';
+        addDecimal(line, value, decimals);
+        line += ' ';
+        line += unit;
+    }
+}
+
+// Digits, and behind a point more of them, are shown as they were sent.
+void addDigits(std::string& line, std::string_view name, std::string_view sent) {
+    const bool isValid = isNumber(sent) && isDigits(sent.substr(0, sent.find('.')));
+    line += name;
+    line += ' ';
+    line += sent.empty() ? "missing" : isValid ? sent : "invalid";
+}
+
+// A number and its hemisphere.
+using SentCoordinate = const std::string_view*;
+
+bool isCoordinate(SentCoordinate sent, std::string_view hemispheres) {
+    return isNumber(sent[0]) && sent[1].size() == 1 &&
+           hemispheres.find(sent[1]) != std::string_view::npos;
+}
+
+void addPosition(std::string& line, SentCoordinate latitude, SentCoordinate longitude, double north,
+                 double east) {
+    if (latitude->empty() || longitude->empty()) {
+        line += ", position missing";
+    } else if (isCoordinate(latitude, "NS") && isCoordinate(longitude, "EW") &&
+               std::fabs(north) <= 90 && std::fabs(east) <= 180) {
+        addNumber(line, "latitude", latitude[0], north, 10, "deg");
+        addNumber(line, "longitude", longitude[0], east, 10, "deg");
+    } else {
+        line += ", position invalid";
+    }
+}
+
+void addStatus(std::string& line, std::string_view sent, bool isValid) {
+    line += sent.empty() ? ", status missing" : isValid ? ", valid" : ", not valid";
+}
+
+void addSatellites(std::string& line, std::string_view sent, uint16_t number) {
+    if (isDigits(sent)) {
+        line += ", " + counted(number, "satellite");
+    } else {
+        line += sent.empty() ? ", satellites missing" : ", satellites invalid";
+    }
+}
+
+void showRmc(const GPSTraceMessage& gps, std::string& line) {
+    const auto rmc = fieldsOf<10>(gps.getSentence(GPSTraceMessage::GPRMC));
+    GPSTraceMessage::numeric_gprmc_t numbers;
+    gps.getGPRMC(numbers);
+    addDigits(line, "RMC: time", rmc[1]);
+    addDigits(line, ", date", rmc[9]);
+    addStatus(line, rmc[2], numbers.status);
+    addPosition(line, &rmc[3], &rmc[5], numbers.latitude, numbers.longitude);
+    addNumber(line, "speed", rmc[7], numbers.speed, 6, "km/h");
+    addNumber(line, "course", rmc[8], numbers.course, 4, "deg");
+}
+
+void showGga(const GPSTraceMessage& gps, std::string& line) {
+    const auto gga = fieldsOf<10>(gps.getSentence(GPSTraceMessage::GPGGA));
+    GPSTraceMessage::numeric_gpgga_t numbers;
+    gps.getGPGGA(numbers);
+    addDigits(line, "GGA: time", gga[1]);
+    addDigits(line, ", quality", gga[6]);
+    addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
+    addSatellites(line, gga[7], numbers.numberSatellites);
+    addNumber(line, "altitude", gga[9], numbers.antennaAltitude, 4, "m");
+}
+
+constexpr size_t BYTES_PER_LINE = 16;
+
+void addBytes(std::string& line, std::span<const uint8_t> bytes) {
+    constexpr std::string_view DIGITS = "0123456789abcdef";
+    constexpr size_t CHARACTERS = 3 * BYTES_PER_LINE + 2;
+    const size_t begin = line.size();
+    line.append(CHARACTERS + bytes.size(), ' ');
+    char* const row = line.data() + begin;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const uint8_t byte = bytes[i];
+        row[3 * i + 1] = DIGITS[byte >> 4];
+        row[3 * i + 2] = DIGITS[byte & 0x0F];
+        row[CHARACTERS + i] = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.';
+    }
+}
+
+}  // namespace
+
+void Views::showLine(const GPSTraceMessage& gps) {
+    writer.beginLine();
+    fmt::format_to(std::back_inserter(writer.text()), "{:016x} {:08x}  GPS         |",
+                   gps.getTimeStamp(), gps.getMbnr());
+    for (const auto& entry : gps.getSentences()) {
+        writer.add(" ");
+        writer.addReceived(shownSentence(entry.second));
+    }
+    writer.endLine();
+}
+
+void Views::showFields(GPSTraceMessage& gps) {
+    gps.addRecord(gps.getString());  // held already: nothing is stored, the fields are split
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
+        dump.seekp(0);
+        dump << "RMC\n" << gps.getRMC();
+        showDump();
+    }
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA)) {
+        dump.seekp(0);
+        dump << "GGA\n" << gps.getGGA();
+        showDump();
+    }
+}
+
+// The last field of a sentence may hold its line end, which would show as a blank line.
+void Views::showDump() {
+    std::string_view rest = dump.view().substr(0, static_cast<size_t>(dump.tellp()));
+    while (!rest.empty()) {
+        const size_t end = rest.find('\n');
+        const std::string_view line = withoutLineEnd(rest.substr(0, end));
+        if (!line.empty()) {
+            writer.beginLine();
+            writer.addReceived(line);
+            writer.endLine();
+        }
+        rest.remove_prefix(end + 1);
+    }
+}
+
+void Views::showFix(const GPSTraceMessage& gps) {
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
+        writer.beginLine();
+        showRmc(gps, writer.text());
+        writer.endLine();
+    }
+    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA)) {
+        writer.beginLine();
+        showGga(gps, writer.text());
+        writer.endLine();
+    }
+}
+
+void Views::showRdb(GPSTraceMessage& gps) {
+    const std::string text = gps.formatForRDB();
+    if (!text.empty()) {
+        writer.beginLine();
+        writer.addReceived(withoutLineEnd(text));
+        writer.endLine();
+    }
+}
+
+void Views::showBytes(std::span<const uint8_t> bytes) {
+    for (size_t begin = 0; begin < bytes.size(); begin += BYTES_PER_LINE) {
+        writer.beginLine();
+        fmt::format_to(std::back_inserter(writer.text()), "{:04x} ", begin);
+        addBytes(writer.text(),
+                 bytes.subspan(begin, std::min(BYTES_PER_LINE, bytes.size() - begin)));
+        writer.endLine();
+    }
+}
+
+}  // namespace vextools

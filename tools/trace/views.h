@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <sstream>
+
+#include "libvextrace/GPSTraceMessage.h"
+#include "tools/trace/LineWriter.h"
+
+namespace vextools {
+
+/// What can be shown of a GPS message. No line ends in a receiver's line end.
+class Views {
+public:
+    explicit Views(LineWriter& destination) : writer(destination) {}
+
+    /// Its trace line, as the library prints it.
+    void showLine(const GPSTraceMessage& gps);
+
+    /// The numbered fields of its RMC and GGA sentences. Splits them first.
+    void showFields(GPSTraceMessage& gps);
+
+    /// Its RMC and GGA sentences as numbers, a line each. A value that the receiver did not send is
+    /// called missing; one that makes no sense, invalid.
+    void showFix(const GPSTraceMessage& gps);
+
+    /// Its RDB text; nothing where there is no position. Splits the fields first.
+    void showRdb(GPSTraceMessage& gps);
+
+    /// Bytes of the trace in hexadecimal and as characters, sixteen a line.
+    void showBytes(std::span<const uint8_t> bytes);
+
+private:
+    void showDump();
+
+    LineWriter& writer;
+    std::ostringstream dump;  // kept: to make one takes longer than to write to it
+};
+
+}  // namespace vextools
