@@ -1,6 +1,7 @@
 #include "tools/nmea/Framer.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "tools/nmea/digits.h"
 
@@ -12,6 +13,8 @@ constexpr size_t BUFFER_SIZE = size_t{256} * 1024;
 // No sentence reaches further back.
 constexpr size_t HISTORY = MESSAGE_ROOM;
 constexpr size_t CHECKSUM_SIZE = 3;  // "*hh"
+
+constexpr ptrdiff_t WORD_SIZE = sizeof(uint64_t);
 
 // Those before START are ordinary: they end nothing and begin nothing.
 enum class Kind : uint8_t { PRINTABLE, BINARY, START, STAR, CARRIAGE_RETURN, LINE_FEED, NUL };
@@ -46,6 +49,29 @@ constexpr std::array<Kind, 256> KINDS = makeKinds();
 
 Kind kind(char byte) {
     return KINDS[static_cast<unsigned char>(byte)];
+}
+
+uint64_t wordAt(const char* bytes) {
+    uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof(word));
+    return word;
+}
+
+// Whether eight bytes are printable and behind "*", as in most of a sentence: there is nothing else
+// to know of them.
+bool isPlain(uint64_t word) {
+    constexpr uint64_t ONES = 0x0101010101010101;
+    constexpr uint64_t HIGH_BITS = 0x80 * ONES;
+    const bool allBelowDelete = ((word | (word + ONES)) & HIGH_BITS) == 0;
+    return allBelowDelete && ((word + (0x80 - '+') * ONES) & HIGH_BITS) == HIGH_BITS;
+}
+
+// The exclusive or of the bytes of the word.
+uint8_t folded(uint64_t word) {
+    word ^= word >> 32;
+    word ^= word >> 16;
+    word ^= word >> 8;
+    return static_cast<uint8_t>(word);
 }
 
 // As it is stored, "$GP" without a line feed, it would run into the next sentence.
@@ -125,13 +151,17 @@ void Framer::passOrdinary() {
     const char* const begin = buffer.data() + (position - bufferBegin);
     const char* const end = buffer.data() + (bufferEnd - bufferBegin);
     const char* byte = begin;
-    uint8_t passed = sum;
+    uint64_t passed = 0;
+    for (; end - byte >= WORD_SIZE && isPlain(wordAt(byte)); byte += WORD_SIZE) {
+        passed ^= wordAt(byte);
+    }
+    uint8_t last = sum ^ folded(passed);
     bool binary = false;
     for (; byte != end && kind(*byte) <= Kind::BINARY; ++byte) {
-        passed ^= static_cast<uint8_t>(*byte);
+        last ^= static_cast<uint8_t>(*byte);
         binary |= kind(*byte) == Kind::BINARY;
     }
-    sum = passed;
+    sum = last;
     lineStands &= !binary;
     position += static_cast<uint64_t>(byte - begin);
 }

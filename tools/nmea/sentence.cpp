@@ -46,19 +46,19 @@ uint8_t exclusiveOr(std::string_view text) {
     return sum;
 }
 
-// "GPRMC"; empty where the address is of another form, or proprietary.
-std::string_view standardAddress(std::string_view sentence) {
+bool endsField(char c) {
+    return c == ',' || c == '*';
+}
+
+// "RMC" of "$GPRMC,..."; empty where the address is of another form, or proprietary.
+std::string_view typeOf(std::string_view sentence) {
     if (sentence.size() <= ADDRESS_SIZE || sentence[0] != '$' || sentence[1] == 'P' ||
         sentence[ADDRESS_SIZE] != ',') {
         return {};
     }
     const std::string_view address = sentence.substr(1, ADDRESS_SIZE - 1);
-    return address.find_first_of(",*") == std::string_view::npos ? address : std::string_view();
-}
-
-std::string_view typeOf(std::string_view sentence) {
-    const std::string_view address = standardAddress(sentence);
-    return address.empty() ? address : address.substr(TALKER_SIZE);
+    return std::any_of(address.begin(), address.end(), endsField) ? std::string_view()
+                                                                  : address.substr(TALKER_SIZE);
 }
 
 // Whether the second letter of the talker may have been this one before it was stored. Q counts
@@ -139,16 +139,17 @@ std::string_view withoutLineEnd(std::string_view sentence) {
 }
 
 std::string_view field(std::string_view sentence, size_t index) {
-    std::string_view rest = withoutLineEnd(sentence);
-    rest = rest.substr(0, rest.find('*'));
+    const std::string_view text = withoutLineEnd(sentence);
+    const auto* begin = text.begin();
+    const auto* end = std::find_if(begin, text.end(), endsField);
     for (; index > 0; --index) {
-        const size_t comma = rest.find(',');
-        if (comma == std::string_view::npos) {
+        if (end == text.end() || *end == '*') {
             return {};
         }
-        rest.remove_prefix(comma + 1);
+        begin = end + 1;
+        end = std::find_if(begin, text.end(), endsField);
     }
-    return rest.substr(0, rest.find(','));
+    return {begin, end};
 }
 
 std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
