@@ -126,18 +126,26 @@ void showGga(const GPSTraceMessage& gps, std::string& line) {
     addNumber(line, "altitude", gga[9], numbers.antennaAltitude, 4, "m");
 }
 
+constexpr std::string_view HEX_DIGITS = "0123456789abcdef";
 constexpr size_t BYTES_PER_LINE = 16;
 
+// At least four digits.
+void addOffset(std::string& line, size_t offset) {
+    for (int bits = offset > 0xFFFF ? 16 : 12; bits >= 0; bits -= 4) {
+        line += HEX_DIGITS[offset >> bits & 0x0F];
+    }
+    line += ' ';
+}
+
 void addBytes(std::string& line, std::span<const uint8_t> bytes) {
-    constexpr std::string_view DIGITS = "0123456789abcdef";
     constexpr size_t CHARACTERS = 3 * BYTES_PER_LINE + 2;
     const size_t begin = line.size();
     line.append(CHARACTERS + bytes.size(), ' ');
     char* const row = line.data() + begin;
     for (size_t i = 0; i < bytes.size(); ++i) {
         const uint8_t byte = bytes[i];
-        row[3 * i + 1] = DIGITS[byte >> 4];
-        row[3 * i + 2] = DIGITS[byte & 0x0F];
+        row[3 * i + 1] = HEX_DIGITS[byte >> 4];
+        row[3 * i + 2] = HEX_DIGITS[byte & 0x0F];
         row[CHARACTERS + i] = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.';
     }
 }
@@ -209,7 +217,7 @@ void Views::showRdb(GPSTraceMessage& gps) {
 void Views::showBytes(std::span<const uint8_t> bytes) {
     for (size_t begin = 0; begin < bytes.size(); begin += BYTES_PER_LINE) {
         writer.beginLine();
-        fmt::format_to(std::back_inserter(writer.text()), "{:04x} ", begin);
+        addOffset(writer.text(), begin);
         addBytes(writer.text(),
                  bytes.subspan(begin, std::min(BYTES_PER_LINE, bytes.size() - begin)));
         writer.endLine();

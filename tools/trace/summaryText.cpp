@@ -1,0 +1,230 @@
+#include "tools/trace/summaryText.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <string_view>
+
+#include "tools/io/counted.h"
+#include "tools/io/escape.h"
+#include "tools/nmea/utc.h"
+#include "tools/trace/messageNames.h"
+
+namespace vextools {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr uint64_t NANOSECONDS = 1'000'000'000;
+
+double seconds(timeStamp_t nanoseconds) {
+    return static_cast<double>(nanoseconds) / NANOSECONDS;
+}
+
+// "12.5 s", with no more decimals than it has.
+std::string secondsText(timeStamp_t nanoseconds) {
+    std::string fraction = fmt::format(".{:09}", nanoseconds % NANOSECONDS);
+    fraction.erase(fraction.find_last_not_of(".0") + 1);
+    return fmt::format("{}{} s", nanoseconds / NANOSECONDS, fraction);
+}
+
+class Lines {
+public:
+    void add(std::string_view name, std::string_view value) {
+        fmt::format_to(std::back_inserter(text), "  {:<16}{}\n", name, value);
+    }
+    std::string take() { return std::move(text); }
+
+private:
+    std::string text;
+};
+
+std::string messagesText(const Summary& summary) {
+    std::string text =
+        fmt::format("{} GPS, {} of other types", summary.gpsMessages, summary.otherMessages);
+    std::string_view separator = ": ";
+    for (const auto& [id, count] : summary.otherById) {
+        const std::string_view name = messageName(id);
+        text += fmt::format("{}{} ({}) {}", separator, name.empty() ? "unnamed" : name,
+                            static_cast<unsigned>(id), count);
+        separator = ", ";
+    }
+    return text;
+}
+
+std::string sentencesText(const SentenceCounts& sentences) {
+    std::string text = fmt::format("{}", sentences.total());
+    std::string_view separator = ": ";
+    for (const auto& [code, count] : sentences.byCode()) {
+        text += fmt::format("{}{} {}", separator, escaped(code), count);
+        separator = ", ";
+    }
+    if (sentences.others() != 0) {
+        text += fmt::format(", further codes {}", sentences.others());
+    }
+    return text;
+}
+
+std::string damageText(const Summary& summary) {
+    return summary.damagedPlaces == 0
+               ? "none"
+               : fmt::format("{}, {} passed over", counted(summary.damagedPlaces, "place"),
+                             counted(summary.damagedBytes, "byte"));
+}
+
+std::string timeText(const Summary& summary) {
+    const TimeSpan& times = summary.times();
+    std::string text = "none";
+    if (times.first) {
+        text = fmt::format("{} to {}, {}", utcText(*times.first), utcText(*times.last),
+                           secondsText(*times.last - *times.first));
+    }
+    if (summary.messagesWithoutDate != 0) {
+        text += fmt::format("; {} without a date", counted(summary.messagesWithoutDate, "message"));
+    }
+    if (times.stepsBack != 0) {
+        text += fmt::format("; {} back", counted(times.stepsBack, "step"));
+    }
+    return text;
+}
+
+std::string gapsText(const TimeSpan& times) {
+    if (!times.longestGap) {
+        return "none";
+    }
+    return fmt::format("{}, the longest {} after {}", times.gapCount,
+                       secondsText(times.longestGap->length()), utcText(times.longestGap->begin));
+}
+
+std::string satellitesText(const SatelliteCounts& satellites) {
+    return satellites.least() ? fmt::format("{} least, {} median, {} most", *satellites.least(),
+                                            *satellites.median(), *satellites.most())
+                              : "none";
+}
+
+std::string rangeText(const ValueRange& range, std::string_view unit) {
+    return range.least
+               ? fmt::format("{:.1f} {} to {:.1f} {}", *range.least, unit, *range.greatest, unit)
+               : "none";
+}
+
+std::string boxText(const std::optional<Box>& box) {
+    if (!box) {
+        return "none";
+    }
+    return fmt::format("latitude {:.7f} to {:.7f} deg, longitude {:.7f} to {:.7f} deg{}",
+                       box->south, box->north, box->west, box->east,
+                       box->west > box->east ? ", across the 180th meridian" : "");
+}
+
+template <class Value>
+Json orNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json();
+}
+
+Json messagesJson(const Summary& summary) {
+    Json byId = Json::array();
+    for (const auto& [id, count] : summary.otherById) {
+        const std::string_view name = messageName(id);
+        byId.push_back({{"id", static_cast<unsigned>(id)},
+                        {"name", name.empty() ? Json() : Json(name)},
+                        {"count", count}});
+    }
+    return {{"gps", summary.gpsMessages}, {"other", summary.otherMessages}, {"other_by_id", byId}};
+}
+
+Json sentencesJson(const Summary& summary) {
+    Json byCode = Json::object();
+    for (const auto& [code, count] : summary.sentences.byCode()) {
+        byCode[escaped(code)] = count;
+    }
+    return {{"count", summary.sentences.total()},
+            {"by_code", byCode},
+            {"of_other_codes", summary.sentences.others()},
+            {"wrong_checksum", summary.wrongChecksums},
+            {"no_checksum", summary.noChecksums}};
+}
+
+Json timeJson(const Summary& summary) {
+    const TimeSpan& times = summary.times();
+    return {{"first", times.first ? Json(utcText(*times.first)) : Json()},
+            {"last", times.last ? Json(utcText(*times.last)) : Json()},
+            {"first_ns", orNull(times.first)},
+            {"last_ns", orNull(times.last)},
+            {"without_date", summary.messagesWithoutDate},
+            {"steps_back", times.stepsBack}};
+}
+
+Json gapsJson(const Summary& summary) {
+    const TimeSpan& times = summary.times();
+    Json list = Json::array();
+    for (const Gap& gap : times.gaps) {
+        list.push_back({{"begin", utcText(gap.begin)},
+                        {"end", utcText(gap.end)},
+                        {"seconds", seconds(gap.length())}});
+    }
+    return {{"limit_s", seconds(summary.gapLimit())},
+            {"count", times.gapCount},
+            {"longest_s", times.longestGap ? Json(seconds(times.longestGap->length())) : Json()},
+            {"list", list}};
+}
+
+Json boxJson(const std::optional<Box>& box) {
+    if (!box) {
+        return {};
+    }
+    return {{"south", box->south}, {"west", box->west}, {"north", box->north}, {"east", box->east}};
+}
+
+}  // namespace
+
+std::string summaryText(const Summary& summary) {
+    Lines lines;
+    lines.add("bytes", fmt::format("{}", summary.bytes));
+    lines.add("messages", messagesText(summary));
+    lines.add("damage", damageText(summary));
+    lines.add("sentences", sentencesText(summary.sentences));
+    lines.add("checksums",
+              fmt::format("{} wrong, {} missing", summary.wrongChecksums, summary.noChecksums));
+    lines.add("time", timeText(summary));
+    lines.add("gaps > " + secondsText(summary.gapLimit()), gapsText(summary.times()));
+    lines.add("fixes",
+              fmt::format("{} valid, {} not valid, {} with a wrong checksum", summary.validFixes,
+                          summary.invalidFixes, summary.doubtfulFixes));
+    lines.add("satellites", satellitesText(summary.satellites));
+    lines.add("distance", fmt::format("{:.3f} km", summary.path.metres() / 1000));
+    lines.add("highest speed", summary.speed.greatest
+                                   ? fmt::format("{:.1f} km/h", *summary.speed.greatest)
+                                   : "none");
+    lines.add("altitude", rangeText(summary.altitude, "m"));
+    lines.add("box", boxText(summary.positions.box()));
+    return lines.take();
+}
+
+Json summaryJson(const Summary& summary) {
+    return {{"bytes", summary.bytes},
+            {"messages", messagesJson(summary)},
+            {"damage", {{"places", summary.damagedPlaces}, {"bytes", summary.damagedBytes}}},
+            {"sentences", sentencesJson(summary)},
+            {"time", timeJson(summary)},
+            {"gaps", gapsJson(summary)},
+            {"fixes",
+             {{"valid", summary.validFixes},
+              {"not_valid", summary.invalidFixes},
+              {"wrong_checksum", summary.doubtfulFixes}}},
+            {"satellites",
+             {{"least", orNull(summary.satellites.least())},
+              {"median", orNull(summary.satellites.median())},
+              {"most", orNull(summary.satellites.most())}}},
+            {"distance_m", summary.path.metres()},
+            {"highest_speed_kmh", orNull(summary.speed.greatest)},
+            {"altitude_m",
+             {{"lowest", orNull(summary.altitude.least)},
+              {"highest", orNull(summary.altitude.greatest)}}},
+            {"box", boxJson(summary.positions.box())}};
+}
+
+}  // namespace vextools
