@@ -822,7 +822,7 @@ def test_what_is_good_goes_out_around_damage(vextrace, trace):
         assert result.returncode == 1
         assert fixes_in(to, result.stdout) == 3
         assert document_is_valid(to, result.stdout)
-        assert re.fullmatch(rb"vextrace: \d+\.trace: damaged at byte %d: [^\n]*; %d bytes passed over\n"
+        assert re.fullmatch(rb"vextrace: \d+\.trace: damaged at byte %d, %d bytes passed over: [^\n]+\n"
                             % (position, len(good[1])), result.stderr)
 
 
@@ -831,7 +831,7 @@ def test_a_torn_message_at_the_end_is_damage(vextrace, trace, tmp_path):
     name = trace(*good, good[0][:-1])
     result = vextrace("export", "--to", "csv", "-o", "out", name)
     assert result.returncode == 1
-    assert result.stderr.startswith(b"vextrace: %s: damaged at byte %d: "
+    assert result.stderr.startswith(b"vextrace: %s: damaged at byte %d, "
                                     % (name.encode(), 2 * len(good[0])))
     assert fixes_in("csv", (tmp_path / "out").read_bytes()) == 2
 
@@ -840,7 +840,7 @@ def test_what_is_no_trace_is_called_so_and_makes_no_document(vextrace, trace, tm
     name = trace(b"No trace at all, but a text of many words.\n" * 100)
     result = vextrace("export", "--to", "gpx", "-o", "out", name)
     assert result.returncode == 1
-    assert re.fullmatch(rb"vextrace: %s: no trace: [^\n]+\n" % name.encode(), result.stderr)
+    assert result.stderr == b"vextrace: %s: no trace: 4300 bytes without any message\n" % name.encode()
     assert os.listdir(tmp_path) == [name]
     result = vextrace("export", "--to", "gpx", name)
     assert (result.returncode, result.stdout) == (1, b"")

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,9 +17,11 @@
 #include "tools/export/Format.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
+#include "tools/io/Progress.h"
 #include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
 #include "tools/nmea/utc.h"
+#include "tools/trace/DamageLog.h"
 #include "tools/trace/TraceReader.h"
 
 namespace vextools {
@@ -111,84 +114,92 @@ std::vector<struct stat> statusesOf(const std::vector<std::string>& paths) {
     }
     return statuses;
 }
-// Reads the messages of a trace. What is good goes out, whatever is damaged; damage is told.
-class TraceInput {
+// How far all traces are. Nothing is shown where the document itself goes to a terminal.
+class ExportProgress {
 public:
-    explicit TraceInput(const std::string& path) : input(path), reader(input) {}
-
-    void exportTo(Exporter& exporter) {
-        for (TraceItem item = next(); item.kind != TraceItem::Kind::END; item = next()) {
-            if (item.kind == TraceItem::Kind::DAMAGE) {
-                addDamage(item);
-                continue;
-            }
-            tellDamage();
-            if (item.kind == TraceItem::Kind::GPS) {
-                exporter.add(*item.gps);
-            } else {
-                exporter.addOther();
-            }
-        }
-        exporter.endTrace();
-        if (reader.foundMessage()) {
-            tellDamage();
-        } else if (!reason.empty()) {
-            tell(fmt::format("{}: no trace: {}", input.name(), reason));
+    ExportProgress(const std::vector<struct stat>& inputs, bool isShown) {
+        if (isShown) {
+            progress.emplace(totalSize(inputs));
         }
     }
 
-    /// Nothing was damaged; a trace of no bytes is sound.
-    bool isSound() const { return !isDamaged; }
-    bool isTrace() const { return isSound() || reader.foundMessage(); }
+    void update(uint64_t position) {
+        if (progress) {
+            progress->update(before + position);
+        }
+    }
+
+    void endTrace(uint64_t position) { before += position; }
 
 private:
-    // An input that fails ends the trace, not the export.
-    TraceItem next() {
-        try {
-            return reader.next();
-        } catch (const DataError& error) {
-            isDamaged = true;
-            tell(error.what());
-            return {};
+    static std::optional<uint64_t> totalSize(const std::vector<struct stat>& inputs) {
+        uint64_t total = 0;
+        for (const struct stat& input : inputs) {
+            if (!S_ISREG(input.st_mode)) {
+                return std::nullopt;
+            }
+            total += static_cast<uint64_t>(input.st_size);
         }
+        return total;
     }
 
-    // Told when it is known whether there is any message.
-    void addDamage(const TraceItem& item) {
-        tellDamage();
-        isDamaged = true;
-        reason = item.reason;
-        damage = fmt::format("{}: damaged at byte {}: {}; {} bytes passed over", input.name(),
-                             item.offset, item.reason, item.length);
-    }
-
-    void tellDamage() {
-        if (!damage.empty()) {
-            tell(damage);
-        }
-        damage.clear();
-    }
-
-    InputFile input;
-    TraceReader reader;
-    bool isDamaged = false;
-    std::string damage;
-    std::string reason;
+    std::optional<Progress> progress;
+    uint64_t before = 0;
 };
+
+void exportMessages(TraceReader& trace, Exporter& exporter, DamageLog& damage,
+                    ExportProgress& progress) {
+    for (TraceItem item = trace.next(); item.kind != TraceItem::Kind::END; item = trace.next()) {
+        if (item.kind == TraceItem::Kind::GPS) {
+            exporter.add(*item.gps);
+        } else if (item.kind == TraceItem::Kind::OTHER) {
+            exporter.addOther();
+        } else {
+            damage.add(item);
+        }
+        progress.update(trace.position());
+    }
+}
+
+// What came of a trace.
+struct Outcome {
+    bool isSound;  // nothing is damaged
+    bool isTrace;  // it holds a message, or nothing at all
+};
+
+// What is good goes out, whatever is damaged. An input that fails ends its trace, not the export.
+Outcome exportTrace(const std::string& path, Exporter& exporter, ExportProgress& progress) {
+    InputFile input(path);
+    TraceReader trace(input);
+    DamageLog damage(input.name());
+    bool isWhole = true;
+    try {
+        exportMessages(trace, exporter, damage, progress);
+    } catch (const ReadError& error) {
+        tell(error.what());
+        isWhole = false;
+    }
+    damage.finish();
+    exporter.endTrace();
+    progress.endTrace(trace.position());
+    const bool isSound = isWhole && damage.places() == 0;
+    return {isSound, isSound || trace.foundMessage()};
+}
 
 ExitStatus run(const Arguments& arguments) {
     const ExportChoice choice = choiceOf(arguments);
-    OutputFile output(arguments.output, arguments.force, statusesOf(arguments.traces));
+    const std::vector<struct stat> inputs = statusesOf(arguments.traces);
+    OutputFile output(arguments.output, arguments.force, inputs);
     const std::unique_ptr<Format> format = makeFormat(arguments.format, output);
     Exporter exporter(*format, choice);
+    ExportProgress progress(inputs, arguments.output != "-" || isatty(STDOUT_FILENO) == 0);
     format->begin();
     ExitStatus status = STATUS_OK;
     bool foundTrace = false;
     for (const std::string& path : arguments.traces) {
-        TraceInput trace(path);
-        trace.exportTo(exporter);
-        status = trace.isSound() ? status : STATUS_DATA;
-        foundTrace |= trace.isTrace();
+        const Outcome outcome = exportTrace(path, exporter, progress);
+        status = outcome.isSound ? status : STATUS_DATA;
+        foundTrace |= outcome.isTrace;
     }
     if (!foundTrace) {
         return status;
