@@ -16,10 +16,6 @@ constexpr const char* HEAD =
     "<trk>\n";
 constexpr const char* FOOT = "</trk>\n</gpx>\n";
 
-// Some readers take decimals of no more than 18 digits. These are a fraction of a micrometre.
-constexpr unsigned DEGREE_DECIMALS = 12;
-constexpr unsigned DECIMALS = 3;
-
 constexpr double KMH_PER_METRE_PER_SECOND = 3.6;
 
 // The range of longitudes ends before 180 degrees, which are -180 degrees as well.
@@ -58,7 +54,8 @@ std::string_view fixType(const Fix& fix, const GPSTraceMessage& message) {
 }
 
 /// GPX 1.1: a track with a segment for each line. Speed and course have no place of their own in
-/// it; they stand in the extension that most readers of GPX know.
+/// it; they stand in the extension that most readers of GPX know. Numbers are rounded: some readers
+/// take decimals of no more than 18 digits.
 class Gpx : public Format {
 public:
     using Format::Format;
@@ -71,9 +68,9 @@ public:
         point = inSegment ? "" : "<trkseg>\n";
         inSegment = true;
         point += "<trkpt lat=\"";
-        appendRounded(point, *fix.latitude, DEGREE_DECIMALS);
+        appendDegrees(point, *fix.latitude);
         point += "\" lon=\"";
-        appendRounded(point, gpxLongitude(*fix.longitude), DEGREE_DECIMALS);
+        appendDegrees(point, gpxLongitude(*fix.longitude));
         point += "\">";
         appendChildren(fix, message);
         point += "</trkpt>\n";
@@ -129,7 +126,7 @@ private:
 
     void append(std::string_view opening, double number, std::string_view closing) {
         point += opening;
-        appendRounded(point, number, DECIMALS);
+        appendThousandths(point, number);
         point += closing;
     }
 

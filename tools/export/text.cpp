@@ -16,35 +16,26 @@ constexpr size_t LONGEST_NUMBER = 350;
 constexpr double LEAST_PLAIN = 1e-4;
 constexpr double GREATEST_PLAIN = 1e16;
 
-constexpr unsigned FEW_DECIMALS = 6;
 constexpr double EXACT =
     1e15;  // integers below it are, and so are their quotients with powers of ten
-constexpr uint64_t POWERS_OF_TEN[] = {1,
-                                      10,
-                                      100,
-                                      1'000,
-                                      10'000,
-                                      100'000,
-                                      1'000'000,
-                                      10'000'000,
-                                      100'000'000,
-                                      1'000'000'000,
-                                      10'000'000'000,
-                                      100'000'000'000,
-                                      1'000'000'000'000};
 
-// Appends number / 10^decimals, without zeros at the end.
-void appendScaled(std::string& text, bool isNegative, uint64_t number, unsigned decimals) {
+constexpr uint64_t powerOfTen(unsigned exponent) {
+    return exponent == 0 ? 1 : 10 * powerOfTen(exponent - 1);
+}
+
+// Appends number / 10^DECIMALS, without zeros at the end.
+template <unsigned DECIMALS>
+void appendScaled(std::string& text, bool isNegative, uint64_t number) {
     char digits[24] = {'-'};
     char* end = isNegative ? digits + 1 : digits;
-    end = std::to_chars(end, digits + sizeof(digits), number / POWERS_OF_TEN[decimals]).ptr;
-    if (uint64_t fraction = number % POWERS_OF_TEN[decimals]; fraction != 0) {
+    end = std::to_chars(end, digits + sizeof(digits), number / powerOfTen(DECIMALS)).ptr;
+    if (uint64_t fraction = number % powerOfTen(DECIMALS); fraction != 0) {
         *end = '.';
-        for (unsigned i = decimals; i > 0; --i) {
+        for (unsigned i = DECIMALS; i > 0; --i) {
             end[i] = static_cast<char>('0' + fraction % 10);
             fraction /= 10;
         }
-        end += decimals + 1;
+        end += DECIMALS + 1;
         while (end[-1] == '0') {
             --end;
         }
@@ -52,11 +43,19 @@ void appendScaled(std::string& text, bool isNegative, uint64_t number, unsigned 
     text.append(digits, static_cast<size_t>(end - digits));
 }
 
+template <unsigned DECIMALS>
+void appendRounded(std::string& text, double number) {
+    const double scaled = std::fabs(number) * static_cast<double>(powerOfTen(DECIMALS));
+    const auto rounded = static_cast<uint64_t>(scaled + 0.5);
+    appendScaled<DECIMALS>(text, number < 0 && rounded != 0, rounded);
+}
+
 // Appends a number of few decimals, as receivers send them, much faster than the general way. A
 // text of up to 15 digits that reads back as the number is the only such text, so it is the
 // shortest. Gives false, with nothing appended, where there is none.
 bool appendFewDecimals(std::string& text, double number) {
-    constexpr auto SCALE = static_cast<double>(POWERS_OF_TEN[FEW_DECIMALS]);
+    constexpr unsigned DECIMALS = 6;
+    constexpr auto SCALE = static_cast<double>(powerOfTen(DECIMALS));
     const double scaled = std::fabs(number) * SCALE;
     if (!(scaled < EXACT)) {
         return false;
@@ -65,7 +64,7 @@ bool appendFewDecimals(std::string& text, double number) {
     if (static_cast<double>(millionths) / SCALE != std::fabs(number)) {
         return false;
     }
-    appendScaled(text, number < 0, millionths, FEW_DECIMALS);
+    appendScaled<DECIMALS>(text, number < 0, millionths);
     return true;
 }
 
@@ -89,10 +88,12 @@ void appendNumber(std::string& text, double number) {
     }
 }
 
-void appendRounded(std::string& text, double number, unsigned decimals) {
-    const double scaled = std::fabs(number) * static_cast<double>(POWERS_OF_TEN[decimals]);
-    const auto rounded = static_cast<uint64_t>(scaled + 0.5);
-    appendScaled(text, number < 0 && rounded != 0, rounded, decimals);
+void appendThousandths(std::string& text, double number) {
+    appendRounded<3>(text, number);
+}
+
+void appendDegrees(std::string& text, double degrees) {
+    appendRounded<12>(text, degrees);
 }
 
 }  // namespace vextools

@@ -11,9 +11,11 @@ namespace vextools {
 /// exponent, which some formats do not know. The number is finite.
 void appendNumber(std::string& text, double number);
 
-/// Appends a number rounded to so many decimals, at most 12, without zeros at the end. The number
-/// has at most 15 digits then.
-void appendRounded(std::string& text, double number, unsigned decimals);
+/// Appends a number rounded to 3 decimals, without zeros at the end. The number is less than 1e12.
+void appendThousandths(std::string& text, double number);
+
+/// Appends degrees rounded to 12 decimals, a fraction of a micrometre, without zeros at the end.
+void appendDegrees(std::string& text, double degrees);
 
 void appendNumber(std::string& text, std::unsigned_integral auto number) {
     char digits[std::numeric_limits<decltype(number)>::digits10 + 1];
