@@ -28,6 +28,8 @@ enum Operation : uint8_t {
     READ_WRITTEN,
     CLONE,
     MOVE,
+    ASSIGN,
+    MOVE_ASSIGN,
     EQUALITY,
     ALL,
     OPERATIONS
@@ -240,6 +242,12 @@ private:
             case MOVE:
                 move(pair, message());
                 break;
+            case ASSIGN:
+                assign(pair, message());
+                break;
+            case MOVE_ASSIGN:
+                moveAssign(pair, message());
+                break;
             case EQUALITY:
                 compareEquality(comparison, pair, message());
                 break;
@@ -261,6 +269,18 @@ private:
         MessagePair moved{std::make_unique<GPSTraceMessage>(std::move(*from.library)), from.model};
         from = MessagePair();
         to = std::move(moved);
+    }
+
+    static void assign(const MessagePair& from, MessagePair& to) {
+        *to.library = *from.library;
+        to.model = from.model;
+    }
+
+    static void moveAssign(MessagePair& from, MessagePair& to) {
+        if (&from != &to) {
+            *to.library = std::move(*from.library);
+            to.model = std::exchange(from, MessagePair()).model;
+        }
     }
 
     ProgramReader reader;
@@ -326,6 +346,10 @@ std::string programOf(uint64_t timeStamp, const std::vector<std::string>& senten
         .text("0123456789,")
         .bytes({READ_BYTES, 1})
         .text("fourteen bytes$GPGGA,1*00\n$GPRMC,2*00\n")
+        .bytes({ALL, 1, ASSIGN, 1, 2, ADD, 2})
+        .text("$GPGGA,3*00")
+        .bytes({MOVE_ASSIGN, 2, 1, ADD, 1})
+        .text("$PXYZE,4*00")
         .bytes({ALL, 1});
     return program.written();
 }
