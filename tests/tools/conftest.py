@@ -11,6 +11,8 @@ DRIVE = PROJECT / "examples" / "data" / "drive.nmea"
 def pytest_addoption(parser):
     parser.addoption("--vextrace", required=True, help="the program to test")
     parser.addoption("--log-dir", default="", help="a folder of receiver logs to read, too")
+    parser.addoption("--streams", default=300, type=int,
+                     help="how many mixed streams are recorded and compared with the model")
 
 
 def logs_of(config):

@@ -12,10 +12,23 @@
 
 namespace vextools {
 
+namespace {
+
+// A standard input that was closed is held open for writing.
+bool isReadable(int fd) {
+    if ((fcntl(fd, F_GETFL) & O_ACCMODE) != O_WRONLY) {
+        return true;
+    }
+    errno = EBADF;
+    return false;
+}
+
+}  // namespace
+
 InputFile::InputFile(const std::string& path)
     : fd(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)),
       shown(shownName(path)) {
-    if (fd < 0 || fstat(fd, &status) != 0) {
+    if (fd < 0 || fstat(fd, &status) != 0 || !isReadable(fd)) {
         throw UsageError(fmt::format("{}: cannot be read: {}", shown, std::strerror(errno)));
     }
     if (S_ISDIR(status.st_mode)) {

@@ -66,7 +66,15 @@ Recorder::Ending Recorder::record() {
         }
         return ending;
     } catch (const DataError& error) {
+        passOverRest();
         return {"by a write error", STATUS_DATA, error.what()};
+    }
+}
+
+// What was read and cannot be written is accounted for all the same.
+void Recorder::passOverRest() {
+    framer.finish();
+    while (framer.next()) {
     }
 }
 

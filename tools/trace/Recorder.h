@@ -47,6 +47,7 @@ private:
     };
 
     Ending record();
+    void passOverRest();
     Ending follow();
     int wait();
     Ending endOfInput() const;
