@@ -1,0 +1,82 @@
+#include "tools/io/escape.h"
+
+#include <gtest/gtest.h>
+
+using namespace vextools;
+
+TEST(EscapeTest, PrintableAsciiStaysAsItIs) {
+    std::string text;
+    for (char c = ' '; c <= '~'; ++c) {
+        text += c == '\\' ? ' ' : c;
+    }
+    EXPECT_EQ(escaped(text), text);
+    EXPECT_EQ(escaped(""), "");
+}
+
+TEST(EscapeTest, ControlCharactersBecomeEscapes) {
+    for (int c = 0; c < 0x20; ++c) {
+        const char digits[] = {"0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15], '\0'};
+        EXPECT_EQ(escaped(std::string{'a', static_cast<char>(c), 'b'}),
+                  std::string("a\\x") + digits + "b");
+    }
+    EXPECT_EQ(escaped("\x7F"), "\\x7f");
+    EXPECT_EQ(escaped("\x1B[31m"), "\\x1b[31m");
+}
+
+TEST(EscapeTest, ABackslashIsDoubledSoThatEscapesAreClear) {
+    EXPECT_EQ(escaped("a\\x1b"), "a\\\\x1b");
+}
+
+TEST(EscapeTest, Utf8StaysAsItIs) {
+    // The first and last characters of each length, but for the C1 controls.
+    for (const char* text :
+         {"\xC2\xA0", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
+          "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "48\xC2\xB0"}) {
+        EXPECT_EQ(escaped(text), text);
+    }
+}
+
+TEST(EscapeTest, C1ControlsBecomeEscapes) {
+    EXPECT_EQ(escaped("\xC2\x80"), "\\xc2\\x80");
+    EXPECT_EQ(escaped("\xC2\x9B"
+                      "31m"),
+              "\\xc2\\x9b31m");
+    EXPECT_EQ(escaped("\xC2\x9F"), "\\xc2\\x9f");
+}
+
+TEST(EscapeTest, BytesThatAreNoUtf8BecomeEscapes) {
+    const struct {
+        const char* text;
+        const char* expected;
+    } cases[] = {
+        {"\x80", "\\x80"},
+        {"\xFF", "\\xff"},
+        {"\xC0\xAF", "\\xc0\\xaf"},                    // overlong
+        {"\xC1\xBF", "\\xc1\\xbf"},                    //
+        {"\xE0\x9F\xBF", "\\xe0\\x9f\\xbf"},           //
+        {"\xF0\x8F\xBF\xBF", "\\xf0\\x8f\\xbf\\xbf"},  //
+        {"\xED\xA0\x80", "\\xed\\xa0\\x80"},           // a surrogate
+        {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},  // beyond the last character
+        {"\xF5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},  //
+        {"\xC3", "\\xc3"},                             // cut off
+        {"\xE2\x82", "\\xe2\\x82"},                    //
+        {"\xE2\x82z", "\\xe2\\x82z"},                  //
+        {"\xC3\xC3\xA4", "\\xc3\xC3\xA4"},             // and one that is whole
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(escaped(text), expected);
+    }
+}
+
+TEST(EscapeTest, AppendsToWhatIsThere) {
+    std::string text = "a\n";
+    appendEscaped(text, "b\n");
+    appendEscaped(text, "c");
+    EXPECT_EQ(text, "a\nb\\x0ac");
+}
+
+TEST(EscapeTest, StandardInputHasAName) {
+    EXPECT_EQ(shownName("-"), "standard input");
+    EXPECT_EQ(shownName("--"), "--");
+    EXPECT_EQ(shownName("a\nb"), "a\\x0ab");
+}
