@@ -103,4 +103,14 @@ vextrace_package_needs(vextrace_development
                        "${VEXTRACE_RUNTIME_PACKAGE} (= ${VEXTRACE_DEBIAN_VERSION})")
 set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
 
+if(VEXTRACE_TOOLS)
+    configure_file(docs/vextrace.1 ${VEXTRACE_DEBIAN_DIR}/vextrace.1 COPYONLY)
+    vextrace_compress(${VEXTRACE_DEBIAN_DIR}/vextrace.1)
+    vextrace_package(vextrace_tools vextrace-tools utils
+        "GPS receivers as traces of vehicle data loggers - program"
+        "This is the program vextrace. It records GPS receivers, and shows, sums up,
+exports, checks and mends traces.")
+    vextrace_package_links(vextrace_tools)
+endif()
+
 include(CPack)
