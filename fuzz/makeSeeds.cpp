@@ -28,6 +28,8 @@ void makeSeeds(const std::vector<std::vector<std::string>>& groups,
         walk += bytes;
         writeFile(folder / "decode" / name, bytes);
         writeFile(folder / "decode" / ("walk" + name), walk);
+        writeFile(folder / "trace" / name, walk);
+        writeFile(folder / "framer" / name, "\x07" + walk);
         writeFile(folder / "text" / name, bytes.substr(14));
         writeFile(folder / "text" / ("program" + name), programOf(i, groups[i]));
     }
