@@ -6,10 +6,10 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <utility>
 
+#include "tools/io/counted.h"
 #include "tools/io/errors.h"
-#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 #include "tools/nmea/utc.h"
 
@@ -42,6 +42,9 @@ Recorder::Recorder(const RecordOptions& options)
       buffer(BUFFER_SIZE) {
     output.setSync(options.sync);
     output.setTogether(input.size().has_value());
+    if (input.size()) {  // what comes live has no end to be near to
+        progress.emplace(input.size());
+    }
 }
 
 int Recorder::run() {
@@ -87,21 +90,30 @@ Recorder::Ending Recorder::follow() {
         }
         if (ready == 0) {
             output.write(epochs.take());
+        } else if (ready > 0) {
+            if (std::optional<Ending> ending = readOn()) {
+                return *std::move(ending);
+            }
         }
-        if (ready <= 0) {
-            continue;
-        }
-        size_t count = 0;
-        try {
-            count = input.read(buffer.data(), buffer.size());
-        } catch (const DataError& error) {
-            return {"by a read error", STATUS_DATA, error.what()};
-        }
-        if (count == 0) {
-            return endOfInput();
-        }
-        take({reinterpret_cast<const char*>(buffer.data()), count});
     }
+}
+
+// What is there; the ending where there is nothing more.
+std::optional<Recorder::Ending> Recorder::readOn() {
+    size_t count = 0;
+    try {
+        count = input.read(buffer.data(), buffer.size());
+    } catch (const DataError& error) {
+        return Ending{"by a read error", STATUS_DATA, error.what()};
+    }
+    if (count == 0) {
+        return endOfInput();
+    }
+    take({reinterpret_cast<const char*>(buffer.data()), count});
+    if (progress) {
+        progress->update(framer.counters().bytesRead);
+    }
+    return std::nullopt;
 }
 
 // For the input or a signal, or until silence ends the epoch in hand; 0 is silence.

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "tools/io/InputFile.h"
+#include "tools/io/Progress.h"
 #include "tools/io/SerialLine.h"
 #include "tools/io/StopSignals.h"
 #include "tools/nmea/Arrivals.h"
@@ -49,6 +51,7 @@ private:
     Ending record();
     void passOverRest();
     Ending follow();
+    std::optional<Ending> readOn();
     int wait();
     Ending endOfInput() const;
     void take(std::string_view bytes);
@@ -65,6 +68,7 @@ private:
     const StampSource stamps;
     const int idle;
     std::vector<uint8_t> buffer;
+    std::optional<Progress> progress;
 };
 
 }  // namespace vextools
