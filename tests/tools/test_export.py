@@ -18,41 +18,21 @@ import xml.etree.ElementTree as ElementTree
 import pytest
 
 from conftest import PROJECT
+from traces import CAN, GPS, SECOND, message, other, sentence, stored, utc
 
 FORMATS = ["gpx", "geojson", "kml", "csv", "jsonl", "nmea"]
 DRAWN = ["gpx", "geojson", "kml"]
 TABLES = ["csv", "jsonl"]
 
-SECOND = 1_000_000_000
-NOON = 764_424_000 * SECOND  # 1994-03-23T12:00:00Z
+NOON = utc("1994-03-23T12:00:00")
 
 
 # --- Traces
 
 
-def stored(sentence):
-    """The sentence as a message keeps it."""
-    line = sentence if sentence.endswith(b"\n") else sentence + b"\n"
-    return line[:2] + b"P" + line[3:] if line[:2] == b"$G" else line
-
-
-def message(stamp, *sentences):
-    """A GPS message; the first sentence of a code wins."""
-    held = {}
-    for sentence in map(stored, sentences):
-        held.setdefault(sentence[:6], sentence)
-    payload = b"".join(held[code] for code in sorted(held))
-    return struct.pack(">HHHQ", 12 + len(payload), 22, 0, stamp) + payload
-
-
-def other(identifier):
-    return struct.pack(">HHHQ", 14, identifier, 0, 0) + b"\x00\xff"
-
-
 def checked(body):
     """A sentence with its checksum."""
-    text = body if isinstance(body, bytes) else body.encode()
-    return b"$%s*%02X\r\n" % (text, functools.reduce(operator.xor, text, 0))
+    return sentence(body if isinstance(body, bytes) else body.encode())
 
 
 def rmc(position="4807.038,N,01131.000,E", status="A", motion="022.4,084.4", talker="GN"):
@@ -67,10 +47,10 @@ def gsa(mode):
     return checked(f"GNGSA,A,{mode},01,02,03,,,,,,,,,,1.7,0.9,1.4")
 
 
-def wrong(sentence):
+def wrong(right):
     """The sentence with another checksum."""
-    star = sentence.index(b"*")
-    return sentence[:star] + b"*%02X\r\n" % (int(sentence[star + 1:star + 3], 16) ^ 0x01)
+    star = right.index(b"*")
+    return right[:star] + b"*%02X\r\n" % (int(right[star + 1:star + 3], 16) ^ 0x01)
 
 
 def at(longitude):
@@ -83,7 +63,7 @@ SMALL = [
     message(NOON, rmc(), gga(), gsa(3), checked("GPGSV,1,1,00")),
     message(NOON, checked("GPGSV,2,1,00")),
     message(NOON + SECOND // 2, rmc("3854.51,S,07726.45,W", motion=",")),
-    other(1),
+    other(CAN, 0, b"\x00\xff"),
     message(NOON + 2 * SECOND, rmc("4807.039,N,01131.001,E"), wrong(gga())),
     message(NOON + 3 * SECOND, rmc(",,,", "V", ","), gga(",,,", "0", "00,99.99,,,,,,")),
     message(NOON + 7 * SECOND, gga("4807.040,N,01131.002,E", "2", "11,,,M,,,,")),
@@ -183,7 +163,7 @@ SMALL_JSONL = """\
 "course_deg":null,"satellites":11,"quality":2,"hdop":null,"checksum":"right"}
 """
 
-SMALL_NMEA = b"".join(part[14:] for part in SMALL if part[3] == 22).decode()
+SMALL_NMEA = b"".join(part[14:] for part in SMALL if part[3] == GPS).decode()
 
 WHOLE = {"gpx": SMALL_GPX, "geojson": SMALL_GEOJSON, "kml": SMALL_KML, "csv": SMALL_CSV,
          "jsonl": SMALL_JSONL, "nmea": SMALL_NMEA}
@@ -351,11 +331,11 @@ def sentences_of(log):
 def messages_of(log):
     """The sentences in messages: a new one begins with each code that is held."""
     groups = []
-    for sentence in sentences_of(log):
-        code = stored(sentence)[:6]
+    for line in sentences_of(log):
+        code = stored(line)[:6]
         if not groups or code in groups[-1]:
             groups.append({})
-        groups[-1][code] = sentence
+        groups[-1][code] = line
     return [(NOON + number * SECOND // 4, list(group.values()))
             for number, group in enumerate(groups)]
 
@@ -380,22 +360,22 @@ def position_of(fields):
     return (None, None) if latitude is None or longitude is None else (latitude, longitude)
 
 
-def verdict_of(sentence):
+def verdict_of(line):
     """Of the checksum; None where there is none."""
-    body, star, digits = sentence.rstrip(b"\r\n").rpartition(b"*")
+    body, star, digits = line.rstrip(b"\r\n").rpartition(b"*")
     if not star or not re.fullmatch(rb"[0-9a-fA-F]{2}", digits):
         return None
     return functools.reduce(operator.xor, body[1:], 0) == int(digits, 16)
 
 
-def fields_of(sentence):
-    text = sentence.decode("latin-1").rstrip("\r\n").split("*")[0]
+def fields_of(line):
+    text = line.decode("latin-1").rstrip("\r\n").split("*")[0]
     return text.split(",") + [""] * 20
 
 
 def row_of(stamp, sentences):
     """What the table says of a message; None where it has no fix."""
-    held = {stored(sentence)[:6]: sentence for sentence in sentences}
+    held = {stored(line)[:6]: line for line in sentences}
     recommended, fixed = held.get(b"$GPRMC"), held.get(b"$GPGGA")
     if recommended is None and fixed is None:
         return None
@@ -418,7 +398,7 @@ def row_of(stamp, sentences):
         row["speed_kmh"] = None if knots is None else knots * 1.852
         row["course_deg"] = None if course is None or course > 360 else course
         row["valid"] = fields[2].startswith("A") and row["latitude_deg"] is not None
-    verdicts = [verdict_of(sentence) for sentence in (recommended, fixed) if sentence is not None]
+    verdicts = [verdict_of(line) for line in (recommended, fixed) if line is not None]
     row["checksum"] = ("wrong" if False in verdicts else "none" if None in verdicts else "right")
     return row
 
@@ -487,7 +467,18 @@ def test_drawings_hold_the_valid_fixes(recorded, export):
 def test_nmea_gives_back_all_sentences(recorded, log, export):
     name, _ = recorded
     lines = export("nmea", name).splitlines(keepends=True)
-    assert sorted(lines) == sorted(stored(sentence) for sentence in sentences_of(log))
+    assert sorted(lines) == sorted(map(stored, sentences_of(log)))
+
+
+def test_nmea_gives_back_what_was_recorded(vextrace, log, tmp_path, export):
+    assert vextrace("record", "-o", "trace", log).returncode == 0
+    content = (tmp_path / "trace").read_bytes()
+    payloads = []
+    while content:
+        end = 2 + int.from_bytes(content[:2], "big")
+        payloads.append(content[14:end])
+        content = content[end:]
+    assert export("nmea", "trace") == b"".join(payloads)
 
 
 # --- What is in a document
