@@ -19,7 +19,7 @@ public:
     }
 
     /// What to print behind the figure.
-    const char* atLeast(double measured, double wanted) {
+    const char* verdict(double measured, double wanted) {
         return mark(measured >= wanted, "  below what is wanted");
     }
 

@@ -165,7 +165,7 @@ void printThreads(const std::vector<Bytes>& messages, double sentences, Goals& g
     std::printf("%-22s  %15.0f\n", "decode, one thread", decoded / walls[0]);
     std::printf("%-22s  %15.0f  %.2f times one, wanted %.1f%s\n", "decode, two threads",
                 2 * decoded / walls[1], ratio, WANTED_OF_TWO_THREADS,
-                goals.atLeast(ratio, WANTED_OF_TWO_THREADS));
+                goals.verdict(ratio, WANTED_OF_TWO_THREADS));
 }
 
 void printDecoding(const std::vector<Sentences>& fixes, Goals& goals) {

@@ -104,7 +104,7 @@ void printTable(const MedianReporter& reporter, Goals& goals) {
         const double ratio = plainNs / ns;
         std::printf("%-22s  %7.1f  %8.1f  %6ld  %6ld  %6.2f  %6.1f%s\n", operation.name, ns,
                     plainNs, countAllocations(operation), countAllocations(plain), ratio,
-                    operation.wantedRatio, goals.atLeast(ratio, operation.wantedRatio));
+                    operation.wantedRatio, goals.verdict(ratio, operation.wantedRatio));
     }
 }
 

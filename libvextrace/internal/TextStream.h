@@ -26,8 +26,8 @@ protected:
     }
 };
 
-/// A text and the stream that writes it. Lets std::bad_alloc through. A std::ostringstream does not:
-/// left alone it hands out a text that lacks its end, and told to throw, it throws
+/// A text and the stream that writes it. Lets std::bad_alloc through. A std::ostringstream does
+/// not: left alone it hands out a text that lacks its end, and told to throw, it throws
 /// std::ios_base::failure instead with libc++.
 class TextStream {
 public:

@@ -10,7 +10,7 @@ namespace vextools {
 
 namespace {
 
-constexpr uint64_t HALF_A_DAY = 12 * 3600 * uint64_t{1'000'000'000};
+constexpr uint64_t HALF_A_DAY = uint64_t{12} * 3600 * 1'000'000'000;
 constexpr uint32_t NO_ENTRY = UINT32_MAX;
 // No receiver has so many; they are forgotten.
 constexpr size_t MOST_CODES = 4096;
