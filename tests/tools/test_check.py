@@ -1,4 +1,6 @@
 """vextrace check: the proof of a recording against its log."""
+import time
+
 import pytest
 
 from traces import CAN, message, other, sentence, utc
@@ -18,6 +20,10 @@ THIRD = message(NEXT_STAMP, NEXT_RMC, NEXT_GGA)
 PROVEN = (b"6 sentences, each in the place where its epoch must have it\n"
           b"3 messages of 2 epochs, used up to the last sentence\n"
           b"4 timed sentences with the time of their message's stamp\n")
+
+
+def utc_text(stamp):
+    return time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime(stamp // 10**9))
 
 
 @pytest.fixture
@@ -129,6 +135,57 @@ def test_takes_epochs_that_silence_divided_when_told(check):
     result = check(LOG, divided, "--live")
     expect_proven(result)
     assert result.stdout.endswith(b"1 epoch in more messages than needed\n")
+
+
+LONELY_GGA = sentence(b"GNGGA,123521,4807.039,N,01131.001,E,1,09,0.8,545.5,M,46.9,M,,")
+DAY_0 = utc("1970-01-01T12:35:21")
+
+
+@pytest.mark.parametrize("parts", [
+    [(STAMP, RMC), (DAY_0, LONELY_GGA)],
+    [(STAMP, RMC, GSV1), (DAY_0, GSV2, LONELY_GGA)],
+    [(STAMP, RMC, GSV1), (0, GSV2)],
+    [(STAMP, RMC, GSV1), (0, GSV2), (NEXT_STAMP, NEXT_RMC)],
+], ids=["at a time", "before a time", "without a time", "without a time, then silent"])
+def test_takes_what_another_recorder_went_on_with_when_told(check, parts):
+    """It knows no date, and nothing of the epoch before."""
+    log = b"".join(text for part in parts for text in part[1:])
+    trace = b"".join(message(*part) for part in parts)
+    expect_proven(check(log, trace, "--live"))
+    assert check(log, trace).returncode == 1
+
+
+def test_takes_a_date_that_came_after_silence_when_told(check):
+    trace = message(utc("1970-01-01T12:35:19"), GGA) + message(STAMP, RMC, GSV1)
+    expect_proven(check(GGA + RMC + GSV1, trace, "--live"))
+    assert check(GGA + RMC + GSV1, trace).returncode == 1
+    expect_proven(check(GGA + GSV1 + RMC, trace, "--live"))
+
+
+@pytest.mark.parametrize("stamp", [NEXT_STAMP, utc("1994-03-24T12:35:19"), utc("1994-03-22T12:35:19"),
+                                   utc("1970-01-01T12:35:19"), 0])
+def test_takes_no_wrong_stamp_live_either(check, stamp):
+    expect_difference(check(RMC + GGA, message(stamp, RMC, GGA), "--live"),
+                      f"trace: the message at byte 0 bears {utc_text(stamp)}, "
+                      "but its sentences say 1994-03-23T12:35:19Z")
+    wrong = message(STAMP, RMC) + message(stamp, GGA)
+    log = RMC + GGA
+    if stamp != utc("1970-01-01T12:35:19"):
+        assert check(log, wrong, "--live").returncode == 1
+
+
+def test_takes_long_input_without_times_in_parts(check, vextrace, tmp_path):
+    """A recorder does not wait for ever for the first time."""
+    (tmp_path / "log").write_bytes(GSV1 * 20000 + RMC + GGA)
+    assert vextrace("record", "-o", "recorded", "log").returncode == 0
+    expect_proven(vextrace("check", "log", "recorded"))
+    recorded = (tmp_path / "recorded").read_bytes()
+    assert recorded.startswith(message(0, GSV1) * 10000)
+    last = message(STAMP, RMC, GGA, GSV1)
+    assert last in recorded
+    expect_proven(check(GSV1 * 20000 + RMC + GGA, recorded))
+    torn = recorded.replace(last, message(NEXT_STAMP, RMC, GGA, GSV1))
+    assert check(GSV1 * 20000 + RMC + GGA, torn).returncode == 1
 
 
 def test_calls_damage_damage(check):

@@ -129,7 +129,7 @@ public:
           log(logFile),
           trace(traceFile),
           rules(recordingRules),
-          date(rules.date.value_or(std::chrono::sys_days())) {}
+          date(firstDate()) {}
 
     ProofCounters run() {
         while (log.peek() != nullptr) {
@@ -149,8 +149,10 @@ private:
             proveSentence(log.take());
         } while (log.peek() != nullptr && belongsToEpoch(*log.peek()));
         proveUsedUp();
-        if (!rules.arrival) {
-            proveStamp();
+        proveStamp();
+        if (time) {
+            date = dateOfEpoch();
+            lastTime = time;
         }
         ++counters.epochs;
     }
@@ -169,8 +171,8 @@ private:
     }
 
     void proveSentence(const LogSentence& sentence) {
-        noteTime(sentence);
         findInTrace(sentence);
+        noteTime(sentence);
         ++counters.sentences;
     }
 
@@ -187,13 +189,18 @@ private:
 
     void findInTrace(const LogSentence& sentence) {
         size_t place = places.placeOf(sentence);
-        if (!isAt(sentence, place)) {
+        const bool isThere = isAt(sentence, place);
+        if (!isThere || bearsAnotherStamp(place)) {
             const uint64_t offset = offsetOf(place);
-            place = 0;
-            if (!beginPart() || !isAt(sentence, place)) {
+            const bool beginsPart = beginPart() && isAt(sentence, 0);
+            if (!isThere && !beginsPart) {
                 throw DataError(
                     fmt::format("{}: the message at byte {} lacks the sentence at byte {} of {}",
                                 traceName, offset, sentence.offset, logName));
+            }
+            place = beginsPart ? 0 : place;
+            if (beginsPart && bearsAnotherStamp(place) && (rules.live || !time)) {
+                beginAnew();
             }
         }
         OpenMessage& message = messages[place];
@@ -213,25 +220,41 @@ private:
         return held != messages[place].rest.end() && held->second == sentence.stored;
     }
 
+    bool bearsAnotherStamp(size_t place) const { return stamp && messages[place].stamp != *stamp; }
+
     // An epoch may go on in new messages when those before are used up; false where it may not.
     bool beginPart() {
-        while (!messages.empty() && messages.front().rest.empty()) {
-            messages.pop_front();
-        }
+        const auto open = std::find_if(messages.begin(), messages.end(),
+                                       [](const OpenMessage& m) { return !m.rest.empty(); });
         const bool isLarge = places.isLarge();
-        if (messages.size() > 1 || places.empty() || !(rules.live || isLarge)) {
+        if (messages.end() - open > 1 || places.empty() || !(rules.live || isLarge)) {
             return false;
         }
+        messages.erase(messages.begin(), open);
         if (!isLarge && !isSplit) {
             isSplit = true;
             ++counters.splitEpochs;
         }
-        if (!time && rules.live) {
-            stamp.reset();  // that part was written before the epoch's time was known
-        }
+        proveStamp();
         places = Places();
         return true;
     }
+
+    // A part bears a stamp of its own where those before were written without a time, or a date; or
+    // where another recorder went on with the trace, which then knows neither.
+    void beginAnew() {
+        time.reset();
+        ownDate.reset();
+        stamp.reset();
+        forgetEpochBefore();
+    }
+
+    void forgetEpochBefore() {
+        date = firstDate();
+        lastTime.reset();
+    }
+
+    std::chrono::sys_days firstDate() const { return rules.date.value_or(std::chrono::sys_days()); }
 
     uint64_t offsetOf(size_t place) const {
         return place < messages.size() ? messages[place].offset : trace.position();
@@ -286,24 +309,26 @@ private:
         }
     }
 
-    // The stamp says the time of every timed sentence of the epoch, for they all have the same, on
+    // The stamp says the time of every timed sentence up to here, for they all have the same, on
     // the date that the epoch itself tells, or else on the one that went on from the epoch before.
     void proveStamp() {
-        if (!time) {
-            expectStamp(lastStamp.value_or(stampOf(date, 0)));
-        } else {
-            if (lastTime && time->nanoseconds + NANOSECONDS_PER_DAY / 2 < lastTime->nanoseconds) {
-                date += std::chrono::days(1);
-            }
-            // A live recorder may have written before the date came.
-            const bool early = rules.live && isSplit && *stamp == stampOf(date, time->nanoseconds);
-            if (ownDate && !early) {
-                date = *ownDate;
-            }
-            expectStamp(stampOf(date, time->nanoseconds));
-            lastTime = time;
+        if (rules.arrival) {
+            return;
         }
-        lastStamp = stamp;
+        if (rules.live && *stamp != stampOfEpoch()) {
+            forgetEpochBefore();  // as another recorder does that went on with the trace
+        }
+        expectStamp(stampOfEpoch());
+    }
+
+    timeStamp_t stampOfEpoch() const {
+        return time ? stampOf(dateOfEpoch(), time->nanoseconds) : stampOf(date, 0);
+    }
+
+    std::chrono::sys_days dateOfEpoch() const {
+        const bool isNextDay =
+            lastTime && time->nanoseconds + NANOSECONDS_PER_DAY / 2 < lastTime->nanoseconds;
+        return ownDate.value_or(date + std::chrono::days(isNextDay ? 1 : 0));
     }
 
     void expectStamp(timeStamp_t expected) const {
@@ -338,7 +363,6 @@ private:
     // Of the epoch before.
     std::chrono::sys_days date;
     std::optional<TimeOfDay> lastTime;
-    std::optional<timeStamp_t> lastStamp;
 };
 
 }  // namespace
