@@ -13,6 +13,8 @@ def pytest_addoption(parser):
     parser.addoption("--log-dir", default="", help="a folder of receiver logs to read, too")
     parser.addoption("--streams", default=300, type=int,
                      help="how many mixed streams are recorded and compared with the model")
+    parser.addoption("--all-changes", action="store_true",
+                     help="try every value of every byte, which takes an hour")
 
 
 def logs_of(config):
@@ -27,6 +29,12 @@ def pytest_generate_tests(metafunc):
     if "log" in metafunc.fixturenames:
         logs = logs_of(metafunc.config)
         metafunc.parametrize("log", logs, ids=[path.name for path in logs])
+
+
+@pytest.fixture
+def all_changes(request):
+    """Whether every value of a byte is tried, or one."""
+    return request.config.getoption("--all-changes")
 
 
 @pytest.fixture

@@ -8,7 +8,7 @@
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Progress.h"
-#include "tools/io/counted.h"
+#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 #include "tools/trace/DamageLog.h"
 #include "tools/trace/TraceReader.h"

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "tools/io/counted.h"
+#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 
 namespace vextools {

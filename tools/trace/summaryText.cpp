@@ -7,8 +7,8 @@
 #include <optional>
 #include <string_view>
 
-#include "tools/io/counted.h"
 #include "tools/io/escape.h"
+#include "tools/io/plural.h"
 #include "tools/nmea/utc.h"
 #include "tools/trace/messageNames.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/io/counted.h"
+#include "tools/io/plural.h"
 #include "tools/nmea/digits.h"
 #include "tools/nmea/fields.h"
 #include "tools/nmea/sentence.h"
