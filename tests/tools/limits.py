@@ -1,6 +1,6 @@
 """Runs the program where something is missing or scarce."""
-import os
 import subprocess
+import sys
 
 
 def run_closed(vextrace, redirection, *arguments, **options):
@@ -12,12 +12,20 @@ def run_closed(vextrace, redirection, *arguments, **options):
                            *map(str, arguments)], capture_output=True, check=False, **options)
 
 
+# Tells the memory of its one child. A child has at least that of its parent, which is small.
+MEASURE = """
+import os, resource, sys
+process = os.posix_spawn(sys.argv[1], sys.argv[1:], os.environ)
+_, status = os.waitpid(process, 0)
+usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+print(os.waitstatus_to_exitcode(status), usage.ru_maxrss * 1024, file=sys.stderr)
+"""
+
+
 def peak_memory(command, **options):
-    """Bytes of memory that a command that succeeds, or finds damage, held at most."""
-    with open(os.devnull, "wb") as nothing:
-        process = subprocess.Popen(list(map(str, command)), stdin=subprocess.DEVNULL,
-                                   stdout=nothing, stderr=nothing, **options)
-        _, status, usage = os.wait4(process.pid, 0)
-    process.returncode = os.waitstatus_to_exitcode(status)
-    assert process.returncode in (0, 1)
-    return usage.ru_maxrss * 1024
+    """Exit status of a command, and the bytes of memory that it held at most."""
+    done = subprocess.run([sys.executable, "-I", "-S", "-c", MEASURE, *map(str, command)],
+                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                          stderr=subprocess.PIPE, check=True, **options)
+    status, memory = done.stderr.splitlines()[-1].split()
+    return int(status), int(memory)

@@ -33,8 +33,9 @@ void DamageLog::add(const TraceItem& damage) {
 
 void DamageLog::finish() {
     if (count > TOLD_PLACES) {
-        tell(fmt::format("{}: {} more, {} passed over", name,
-                         counted(count - TOLD_PLACES, "damaged place"), counted(heldBack, "byte")));
+        tell(fmt::format("{}: {}, {} passed over", name,
+                         counted(count - TOLD_PLACES, "more damaged place"),
+                         counted(heldBack, "byte")));
     }
 }
 
