@@ -8,7 +8,7 @@
 #include <csignal>
 #include <utility>
 
-#include "tools/io/counted.h"
+#include "tools/io/plural.h"
 #include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 #include "tools/nmea/utc.h"

@@ -14,7 +14,7 @@
 
 #include "libvextrace/MessageFactory.h"
 #include "tools/io/StopSignals.h"
-#include "tools/io/counted.h"
+#include "tools/io/plural.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/trace/TraceReader.h"
