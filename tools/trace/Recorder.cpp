@@ -8,8 +8,8 @@
 #include <csignal>
 #include <utility>
 
-#include "tools/io/plural.h"
 #include "tools/io/errors.h"
+#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 #include "tools/nmea/utc.h"
 

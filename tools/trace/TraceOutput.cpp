@@ -14,9 +14,9 @@
 
 #include "libvextrace/MessageFactory.h"
 #include "tools/io/StopSignals.h"
-#include "tools/io/plural.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/plural.h"
 #include "tools/trace/TraceReader.h"
 #include "tools/trace/soundness.h"
 
