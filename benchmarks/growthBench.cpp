@@ -70,6 +70,7 @@ void printTable(Goals& goals, const char* title, const char* unit,
                 const std::vector<size_t>& amounts, MakeColumns columns) {
     printHeading(title, unit, columns(amounts.front()));
     std::vector<std::vector<double>> rows;
+    rows.reserve(amounts.size());
     for (const size_t amount : amounts) {
         rows.push_back(printRow(amount, columns(amount)));
     }

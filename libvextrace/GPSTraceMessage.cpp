@@ -60,7 +60,8 @@ GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const uint8_t* data, siz
 }
 
 // Where memory fails, no sentence may stand under the time stamp of another message, and no field
-// beside a sentence that it is not from.
+// beside a sentence that it is not from. The copy comes first, so the other may be this one.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp)
 GPSTraceMessage& GPSTraceMessage::operator=(const GPSTraceMessage& other) {
     Sentences copy(other.gpsStrings);
     MessageBase::operator=(other);
