@@ -83,6 +83,7 @@ bool MessageFactory::registerReader(msgid_t id, Reader reader) {
     if (RegisteredReader* const entry = findEntry(first, id); entry != nullptr) {
         return claim(*entry, reader);
     }
+    // NOLINTNEXTLINE(modernize-make-unique): it makes no aggregates before C++20
     auto added = std::unique_ptr<RegisteredReader>(new RegisteredReader{id, {reader}, first});
     while (!readers.compare_exchange_weak(added->next, added.get())) {
         // Another thread was faster, perhaps with the same id.

@@ -185,7 +185,7 @@ template <class Type>
 using NameSecondPosition = decltype(Type::MO2_GPS);
 
 template <class... Expected, class... Actual>
-constexpr bool areOfTypes(const Actual&...) {
+constexpr bool areOfTypes(const Actual&... /*values*/) {
     return std::is_same_v<std::tuple<Expected...>, std::tuple<Actual...>>;
 }
 
@@ -587,6 +587,7 @@ TEST(GPSTraceMessageTest, AssignsAllOfItselfDeeply) {
 TEST(GPSTraceMessageTest, LeavesWhatItIsCopiedFrom) {
     const GPSTraceMessage message = fullMessage();
     const std::string_view sentence = message.getSentence("$GPRMC");
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it is the copy that is tested
     const GPSTraceMessage copy(message);
     GPSTraceMessage assigned;
     assigned = message;
