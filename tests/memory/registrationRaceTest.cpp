@@ -72,8 +72,10 @@ TEST(RegistrationRaceTest, GivesEachIDToOneOfTwoThreadsThatMeet) {
     arrivals = 0;
     runAtOnce(THREADS, IDS, [&winners](unsigned thread, unsigned round) {
         failingMemory::duringAllocations(waitForTheOther);
-        winners[round] +=
-            MessageFactory::registerReader(testID(100 + round), thread == 0 ? readOne : readOther);
+        if (MessageFactory::registerReader(testID(100 + round),
+                                           thread == 0 ? readOne : readOther)) {
+            ++winners[round];
+        }
     });
     failingMemory::duringAllocations(nullptr);
     for (unsigned i = 0; i < IDS; ++i) {
