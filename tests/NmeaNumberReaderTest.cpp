@@ -102,7 +102,7 @@ std::string plainDecimal(std::mt19937& random, size_t digits) {
         text += static_cast<char>('0' + random() % 10);
     }
     const size_t point = random() % (digits + 2);
-    return point > digits ? text : text.insert(point, ".");
+    return point > digits ? text : text.insert(point, 1, '.');
 }
 
 void expectDecimalsAsTheStandardLibrary(const std::string& point) {

@@ -41,6 +41,7 @@ public:
     HalfWritten() : TestMessage(MSGID_CAN, 1) { bytes = Bytes(100, 0x42); }
 
     size_t writeToByteArray(uint8_t*& pdest, size_t maxlen, bool sync) const override {
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         MessageBase::writeToByteArray(pdest, maxlen, sync);
         throw InvalidMessageException(IM_INVALID_PARAMETER, "No payload today.", 0xFEDC);
     }
