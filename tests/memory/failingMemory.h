@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <new>
+#include <string>
+#include <string_view>
 
 /// Control of the operators new of this executable.
 namespace failingMemory {
@@ -20,6 +22,15 @@ size_t allocations();
 /// Calls the function in the midst of every allocation, but not of those that it makes itself; null
 /// ends that. For what another thread might do there.
 void duringAllocations(void (*function)());
+
+/// Whether strings keep short texts inside themselves, as every standard library means it. Built as
+/// C++23 by clang 14, those of libstdc++ allocate for each.
+inline bool keepsShortTextsInside() {
+    std::string text;
+    const size_t before = allocations();
+    text = std::string_view("short");
+    return allocations() == before;
+}
 
 }  // namespace failingMemory
 

@@ -46,6 +46,9 @@ TEST(FailingMemoryTest, SentenceOfAHeldCodeNeedsNone) {
 }
 
 TEST(FailingMemoryTest, DecodingCopiesTheInputAndEachSentenceOnce) {
+    if (!failingMemory::keepsShortTextsInside()) {
+        GTEST_SKIP() << "Strings of this compiler take an allocation for every text.";
+    }
     ASSERT_TRUE(GPSTraceMessage::registerMessage());
     const MessageFactory::Reader read = MessageFactory::getReader(MSGID_GPS);
     const Bytes bytes = serialised(1, 2, RMC_SENTENCE + "\n" + GGA_SENTENCE + "\n");
