@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <deque>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include "tools/io/errors.h"
@@ -27,9 +29,12 @@ constexpr size_t PAYLOAD_MAX =
 // A recorder may write an epoch in parts that has grown beyond what it keeps in memory.
 constexpr size_t LARGE_PART = size_t{1} << 20;
 
+// No receiver has so many codes; they are forgotten.
+constexpr size_t MOST_CODES = 4096;
+
 struct LogSentence {
     std::string stored;
-    uint64_t offset;
+    uint64_t offset = 0;
     std::optional<TimeOfDay> time;
 
     std::string_view code() const {
@@ -44,61 +49,135 @@ public:
 
     // The next sentence, not taken yet; null at the end.
     const LogSentence* peek() {
-        if (!next) {
-            next = read();
+        if (taken && read()) {
+            taken = false;
         }
-        return next ? &*next : nullptr;
+        return taken ? nullptr : &next;
     }
 
-    LogSentence take() {
-        LogSentence taken = std::move(*next);
-        next.reset();
-        return taken;
+    // What peek() gave; valid until the next one is peeked at.
+    const LogSentence& take() {
+        taken = true;
+        return next;
     }
 
 private:
     static constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
 
-    std::optional<LogSentence> read() {
-        while (true) {
-            if (const std::optional<Framer::Sentence> sentence = framer.next()) {
-                const GPSTraceMessage message(0, std::string(sentence->text));
-                return LogSentence{message.getString(), sentence->offset, timeOf(sentence->text)};
-            }
-            if (ended) {
-                return std::nullopt;
-            }
-            const size_t count = input.read(bytes.data(), bytes.size());
-            if (count == 0) {
-                ended = true;
-                framer.finish();
-            } else {
-                framer.feed({reinterpret_cast<const char*>(bytes.data()), count});
-            }
+    bool read() {
+        std::optional<Framer::Sentence> sentence = framer.next();
+        while (!sentence && !ended) {
+            readInput();
+            sentence = framer.next();
         }
+        if (sentence) {
+            store(*sentence);
+        }
+        return sentence.has_value();
+    }
+
+    void readInput() {
+        const size_t count = input.read(bytes.data(), bytes.size());
+        if (count == 0) {
+            ended = true;
+            framer.finish();
+        } else {
+            framer.feed({reinterpret_cast<const char*>(bytes.data()), count});
+        }
+    }
+
+    // As a message does: any talker that begins with G becomes GP, and the end is a line feed.
+    void store(const Framer::Sentence& sentence) {
+        next.stored = sentence.text;
+        if (next.stored.starts_with("$G")) {
+            next.stored[2] = 'P';
+        }
+        if (!next.stored.ends_with('\n')) {
+            next.stored += '\n';
+        }
+        next.offset = sentence.offset;
+        next.time = timeOf(sentence.text);
     }
 
     InputFile& input;
     std::vector<uint8_t> bytes;
     Framer framer;
     bool ended = false;
-    std::optional<LogSentence> next;
+    LogSentence next;
+    bool taken = true;
 };
 
-// A message of the trace, less what was found of it in the log.
-struct OpenMessage {
+// A message of the trace, and which of its sentences were found in the log.
+class OpenMessage {
+public:
+    OpenMessage(uint64_t messageOffset, std::unique_ptr<GPSTraceMessage> message)
+        : offset(messageOffset), stamp(message->getTimeStamp()), gps(std::move(message)) {
+        const auto& sentences = gps->getSentences();
+        rest.reserve(sentences.size());
+        for (const auto& entry : sentences) {
+            rest.push_back({&entry, false});
+        }
+        restSize = rest.size();
+    }
+
     uint64_t offset;
     timeStamp_t stamp;
-    std::map<std::string, std::string, std::less<>> rest;
+
+    // Whether the sentence is one of those that were not found yet.
+    bool lacks(const LogSentence& sentence) {
+        const Held* held = find(sentence.code());
+        return held == nullptr || held->found || held->entry->second != sentence.stored;
+    }
+
+    void setFound(const LogSentence& sentence) {
+        find(sentence.code())->found = true;
+        --restSize;
+    }
+
+    bool isUsedUp() const { return restSize == 0; }
+
+    // The code of a sentence that was not found.
+    const std::string& restCode() const {
+        return std::find_if(rest.begin(), rest.end(), [](const Held& held) { return !held.found; })
+            ->entry->first;
+    }
+
+private:
+    struct Held {
+        const std::pair<const std::string, const std::string>* entry;
+        bool found;
+    };
+
+    Held* find(std::string_view code) {
+        const auto place = std::lower_bound(
+            rest.begin(), rest.end(), code,
+            [](const Held& held, std::string_view other) { return held.entry->first < other; });
+        return place != rest.end() && place->entry->first == code ? &*place : nullptr;
+    }
+
+    std::unique_ptr<GPSTraceMessage> gps;
+    std::vector<Held> rest;  // in the order of the codes
+    size_t restSize = 0;
 };
 
 // Where the sentences of an epoch, or of a part of it, belong: the k-th of a code into the k-th
 // message, or the next behind it that has room.
 class Places {
 public:
+    // None is taken any more.
+    void clear() {
+        sizes.clear();
+        bytes = 0;
+        ++part;
+        if (lastPlaces.size() > MOST_CODES) {
+            lastPlaces.clear();
+        }
+    }
+
     size_t placeOf(const LogSentence& sentence) const {
         const auto last = lastPlaces.find(sentence.code());
-        size_t place = last == lastPlaces.end() ? 0 : last->second + 1;
+        const bool isFirst = last == lastPlaces.end() || last->second.part != part;
+        size_t place = isFirst ? 0 : last->second.number + 1;
         while (place < sizes.size() && sizes[place] + sentence.stored.size() > PAYLOAD_MAX) {
             ++place;
         }
@@ -109,14 +188,21 @@ public:
         sizes.resize(std::max(sizes.size(), place + 1));
         sizes[place] += sentence.stored.size();
         bytes += sentence.stored.size();
-        lastPlaces.insert_or_assign(std::string(sentence.code()), place);
+        lastPlaces.insert_or_assign(std::string(sentence.code()), Place{part, place});
     }
 
     bool empty() const { return sizes.empty(); }
     bool isLarge() const { return bytes + PAYLOAD_MAX > LARGE_PART; }
 
 private:
-    std::map<std::string, size_t, std::less<>> lastPlaces;
+    // The last one that a code took, in the part with this number.
+    struct Place {
+        uint64_t part;
+        size_t number;
+    };
+
+    std::map<std::string, Place, std::less<>> lastPlaces;
+    uint64_t part = 0;
     std::vector<size_t> sizes;
     size_t bytes = 0;
 };
@@ -159,7 +245,7 @@ private:
 
     void beginEpoch() {
         messages.clear();
-        places = Places();
+        places.clear();
         time.reset();
         ownDate.reset();
         stamp.reset();
@@ -180,8 +266,10 @@ private:
         if (!sentence.time) {
             return;
         }
-        time = sentence.time;
         ++counters.timed;
+        if (!time) {
+            time = sentence.time;
+        }
         if (!ownDate) {
             ownDate = dateOf(sentence.stored);
         }
@@ -205,7 +293,7 @@ private:
         }
         OpenMessage& message = messages[place];
         proveOneStamp(message);
-        message.rest.erase(message.rest.find(sentence.code()));
+        message.setFound(sentence);
         places.take(sentence, place);
     }
 
@@ -216,8 +304,7 @@ private:
                 return false;
             }
         }
-        const auto held = messages[place].rest.find(sentence.code());
-        return held != messages[place].rest.end() && held->second == sentence.stored;
+        return !messages[place].lacks(sentence);
     }
 
     bool bearsAnotherStamp(size_t place) const { return stamp && messages[place].stamp != *stamp; }
@@ -225,7 +312,7 @@ private:
     // An epoch may go on in new messages when those before are used up; false where it may not.
     bool beginPart() {
         const auto open = std::find_if(messages.begin(), messages.end(),
-                                       [](const OpenMessage& m) { return !m.rest.empty(); });
+                                       [](const OpenMessage& m) { return !m.isUsedUp(); });
         const bool isLarge = places.isLarge();
         if (messages.end() - open > 1 || places.empty() || !(rules.live || isLarge)) {
             return false;
@@ -236,7 +323,7 @@ private:
             ++counters.splitEpochs;
         }
         proveStamp();
-        places = Places();
+        places.clear();
         return true;
     }
 
@@ -263,10 +350,11 @@ private:
     // The next GPS message of the trace; false at its end.
     bool pullMessage() {
         while (true) {
-            const TraceItem item = trace.next();
+            TraceItem item = trace.next();
             switch (item.kind) {
                 case TraceItem::Kind::GPS:
-                    takeMessage(item);
+                    messages.emplace_back(item.offset, std::move(item.gps));
+                    ++counters.messages;
                     return true;
                 case TraceItem::Kind::OTHER:
                     ++counters.otherMessages;
@@ -278,15 +366,6 @@ private:
                     return false;
             }
         }
-    }
-
-    void takeMessage(const TraceItem& item) {
-        OpenMessage message = {item.offset, item.gps->getTimeStamp(), {}};
-        for (const auto& [code, sentence] : item.gps->getSentences()) {
-            message.rest.emplace(code, sentence);
-        }
-        messages.push_back(std::move(message));
-        ++counters.messages;
     }
 
     void proveOneStamp(const OpenMessage& message) {
@@ -302,9 +381,9 @@ private:
 
     void proveUsedUp() const {
         for (const OpenMessage& message : messages) {
-            if (!message.rest.empty()) {
+            if (!message.isUsedUp()) {
                 differ(message, fmt::format("holds a {} that the log does not have in its epoch",
-                                            escaped(message.rest.begin()->first)));
+                                            escaped(message.restCode())));
             }
         }
     }
