@@ -3,14 +3,13 @@
 #include <optional>
 
 #include "tools/export/text.h"
-#include "tools/nmea/utc.h"
 
 namespace vextools {
 
 namespace {
 
 template <auto MEMBER>
-bool appendMember(std::string& text, const Fix& fix) {
+bool appendMember(TextBuffer& text, const Fix& fix) {
     const auto& value = fix.*MEMBER;
     if (value) {
         appendNumber(text, *value);
@@ -18,27 +17,27 @@ bool appendMember(std::string& text, const Fix& fix) {
     return value.has_value();
 }
 
-bool appendTime(std::string& text, const Fix& fix) {
+bool appendTime(TextBuffer& text, const Fix& fix) {
     if (fix.stamp != 0) {
         appendUtc(text, fix.stamp);
     }
     return fix.stamp != 0;
 }
 
-bool appendNanoseconds(std::string& text, const Fix& fix) {
+bool appendNanoseconds(TextBuffer& text, const Fix& fix) {
     if (fix.stamp != 0) {
         appendNumber(text, fix.stamp);
     }
     return fix.stamp != 0;
 }
 
-bool appendValid(std::string& text, const Fix& fix) {
+bool appendValid(TextBuffer& text, const Fix& fix) {
     text += fix.valid ? "true" : "false";
     return true;
 }
 
 // Of both sentences: right only where each there is has a right one.
-bool appendChecksum(std::string& text, const Fix& fix) {
+bool appendChecksum(TextBuffer& text, const Fix& fix) {
     const bool isRight = fix.rmcChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT &&
                          fix.ggaChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT;
     text += fix.isDoubtful() ? "wrong" : isRight ? "right" : "none";

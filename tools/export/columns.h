@@ -1,8 +1,8 @@
 #pragma once
 
 #include <array>
-#include <string>
 
+#include "tools/io/TextBuffer.h"
 #include "tools/nmea/Fix.h"
 
 namespace vextools {
@@ -12,7 +12,7 @@ struct Column {
     const char* name;  ///< with its unit
     bool isText;       ///< in contrast to a number, true or false
     /// Appends the value; nothing where it is missing, and then gives false.
-    bool (*append)(std::string& text, const Fix& fix);
+    bool (*append)(TextBuffer& text, const Fix& fix);
 };
 
 constexpr size_t COLUMN_COUNT = 12;

@@ -15,29 +15,31 @@ public:
 
     void begin() override {
         for (const Column& column : COLUMNS) {
-            row += column.name;
-            row += ',';
+            beginValue(column);
+            out.pending() += column.name;
         }
-        writeRow();
+        endRow();
     }
 
     void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
         for (const Column& column : COLUMNS) {
-            column.append(row, fix);
-            row += ',';
+            beginValue(column);
+            column.append(out.pending(), fix);
         }
-        writeRow();
+        endRow();
     }
 
 private:
-    void writeRow() {
-        row.pop_back();  // the last comma
-        row += "\r\n";
-        out.write(row);
-        row.clear();
+    void beginValue(const Column& column) {
+        if (&column != &COLUMNS.front()) {
+            out.pending() += ',';
+        }
     }
 
-    std::string row;
+    void endRow() {
+        out.pending() += "\r\n";
+        out.flushWhenFull();
+    }
 };
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
-#include "tools/nmea/utc.h"
 
 namespace vextools {
 
@@ -35,7 +34,7 @@ Position crossing(const Position& from, const Position& to) {
 class GeoJson : public Format {
 public:
     explicit GeoJson(OutputFile& output) : Format(output) {
-        coordinates.reserve(LONGEST_KEPT + LONGEST_POSITION);
+        coordinates.room(LONGEST_KEPT + LONGEST_POSITION);
     }
 
     Content content() const override { return Content::VALID_FIXES; }
@@ -113,7 +112,7 @@ private:
             isCut = true;
             partBegin = coordinates.size();
         }
-        coordinates.resize(partBegin);
+        coordinates.truncate(partBegin);
         positions = 0;
     }
 
@@ -139,7 +138,7 @@ private:
     }
 
     void endGeometry(std::string_view closing) {
-        out.write(coordinates);
+        out.write(coordinates.view());
         coordinates.clear();
         out.write(closing);
         out.write("}");
@@ -150,21 +149,23 @@ private:
             beginGeometry("MultiLineString", "[[");
         }
         isWritten = true;
-        out.write(coordinates);
+        out.write(coordinates.view());
         coordinates.clear();
     }
 
     void writeProperties() {
-        std::string properties = ",\"properties\":{\"first_utc\":";
+        TextBuffer& properties = out.pending();
+        properties += ",\"properties\":{\"first_utc\":";
         appendTime(properties, begun);
         properties += ",\"last_utc\":";
         appendTime(properties, ended);
         properties += ",\"fixes\":";
         appendNumber(properties, fixes);
-        out.write(properties + "}}");
+        properties += "}}";
+        out.flushWhenFull();
     }
 
-    static void appendTime(std::string& text, timeStamp_t stamp) {
+    static void appendTime(TextBuffer& text, timeStamp_t stamp) {
         if (stamp == 0) {
             text += "null";
             return;
@@ -181,10 +182,10 @@ private:
     timeStamp_t ended = 0;
     Position last = {};
     bool isCut = false;
-    bool isWritten = false;   // its beginning is
-    std::string coordinates;  // what is not written
-    size_t partBegin = 0;     // of the part in hand, in the coordinates
-    size_t positions = 0;     // of the part in hand
+    bool isWritten = false;  // its beginning is
+    TextBuffer coordinates;  // what is not written
+    size_t partBegin = 0;    // of the part in hand, in the coordinates
+    size_t positions = 0;    // of the part in hand
 };
 
 }  // namespace

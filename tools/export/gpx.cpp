@@ -3,7 +3,6 @@
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 #include "tools/nmea/sentence.h"
-#include "tools/nmea/utc.h"
 
 namespace vextools {
 
@@ -65,7 +64,8 @@ public:
     void begin() override { out.write(HEAD); }
 
     void addFix(const Fix& fix, const GPSTraceMessage& message) override {
-        point = inSegment ? "" : "<trkseg>\n";
+        TextBuffer& point = out.pending();
+        point += inSegment ? "" : "<trkseg>\n";
         inSegment = true;
         point += "<trkpt lat=\"";
         appendDegrees(point, *fix.latitude);
@@ -74,7 +74,7 @@ public:
         point += "\">";
         appendChildren(fix, message);
         point += "</trkpt>\n";
-        out.write(point);
+        out.flushWhenFull();
     }
 
     void endLine() override {
@@ -89,6 +89,7 @@ public:
 private:
     // In the order that the schema wants.
     void appendChildren(const Fix& fix, const GPSTraceMessage& message) {
+        TextBuffer& point = out.pending();
         if (fix.altitude) {
             append("<ele>", *fix.altitude, "</ele>");
         }
@@ -114,24 +115,23 @@ private:
     }
 
     void appendMovement(const Fix& fix) {
-        point += "<extensions><tpx:TrackPointExtension>";
+        out.pending() += "<extensions><tpx:TrackPointExtension>";
         if (fix.speed) {
             append("<tpx:speed>", *fix.speed / KMH_PER_METRE_PER_SECOND, "</tpx:speed>");
         }
         if (fix.course) {
             append("<tpx:course>", gpxCourse(*fix.course), "</tpx:course>");
         }
-        point += "</tpx:TrackPointExtension></extensions>";
+        out.pending() += "</tpx:TrackPointExtension></extensions>";
     }
 
     void append(std::string_view opening, double number, std::string_view closing) {
-        point += opening;
-        appendThousandths(point, number);
-        point += closing;
+        out.pending() += opening;
+        appendThousandths(out.pending(), number);
+        out.pending() += closing;
     }
 
     bool inSegment = false;
-    std::string point;
 };
 
 }  // namespace

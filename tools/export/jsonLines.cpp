@@ -20,30 +20,30 @@ public:
     }
 
     void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
-        line.clear();
+        TextBuffer& line = out.pending();
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
             line += names[i];
-            appendValue(COLUMNS[i], fix);
+            appendValue(line, COLUMNS[i], fix);
         }
         line += "}\n";
-        out.write(line);
+        out.flushWhenFull();
     }
 
 private:
-    void appendValue(const Column& column, const Fix& fix) {
+    static void appendValue(TextBuffer& line, const Column& column, const Fix& fix) {
         const size_t begin = line.size();
         if (column.isText) {
             line += '"';
         }
         if (!column.append(line, fix)) {
-            line.replace(begin, std::string::npos, "null");
+            line.truncate(begin);
+            line += "null";
         } else if (column.isText) {
             line += '"';
         }
     }
 
     std::array<std::string, COLUMNS.size()> names;
-    std::string line;
 };
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
-#include "tools/nmea/utc.h"
 
 namespace vextools {
 
@@ -93,14 +92,14 @@ private:
 
     void writeTrack() {
         out.write("<gx:Track>\n");
-        out.write(times);
-        out.write(places);
+        out.write(times.view());
+        out.write(places.view());
         if (hasCourses) {
-            out.write(courses);
+            out.write(courses.view());
         }
         if (hasSpeeds) {
             out.write(SPEEDS_HEAD);
-            out.write(speeds);
+            out.write(speeds.view());
             out.write(SPEEDS_FOOT);
         }
         out.write("</gx:Track>\n");
@@ -108,7 +107,7 @@ private:
     }
 
     void clear() {
-        for (std::string* list : {&times, &places, &courses, &speeds}) {
+        for (TextBuffer* list : {&times, &places, &courses, &speeds}) {
             list->clear();
         }
         hasCourses = false;
@@ -119,11 +118,11 @@ private:
     bool inLine = false;
     Fix last;
     size_t count = 0;  // of fixes in the lists
-    std::string times;
-    std::string places;
-    std::string courses;
+    TextBuffer times;
+    TextBuffer places;
+    TextBuffer courses;
     bool hasCourses = false;
-    std::string speeds;
+    TextBuffer speeds;
     bool hasSpeeds = false;
 };
 

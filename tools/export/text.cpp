@@ -5,12 +5,17 @@
 #include <charconv>
 #include <cmath>
 
+#include "tools/nmea/utc.h"
+
 namespace vextools {
 
 namespace {
 
 // The greatest double has 309 digits before the point, the least some 330 behind it.
 constexpr size_t LONGEST_NUMBER = 350;
+
+// A sign, 20 digits and a point.
+constexpr size_t LONGEST_SCALED = 22;
 
 // Between these {fmt} writes no exponent.
 constexpr double LEAST_PLAIN = 1e-4;
@@ -25,10 +30,11 @@ constexpr uint64_t powerOfTen(unsigned exponent) {
 
 // Appends number / 10^DECIMALS, without zeros at the end.
 template <unsigned DECIMALS>
-void appendScaled(std::string& text, bool isNegative, uint64_t number) {
-    char digits[24] = {'-'};
-    char* end = isNegative ? digits + 1 : digits;
-    end = std::to_chars(end, digits + sizeof(digits), number / powerOfTen(DECIMALS)).ptr;
+void appendScaled(TextBuffer& text, bool isNegative, uint64_t number) {
+    char* const dest = text.room(LONGEST_SCALED);
+    *dest = '-';
+    char* end = dest + (isNegative ? 1 : 0);
+    end = std::to_chars(end, dest + LONGEST_SCALED, number / powerOfTen(DECIMALS)).ptr;
     if (uint64_t fraction = number % powerOfTen(DECIMALS); fraction != 0) {
         *end = '.';
         for (unsigned i = DECIMALS; i > 0; --i) {
@@ -40,11 +46,11 @@ void appendScaled(std::string& text, bool isNegative, uint64_t number) {
             --end;
         }
     }
-    text.append(digits, static_cast<size_t>(end - digits));
+    text.endAt(end);
 }
 
 template <unsigned DECIMALS>
-void appendRounded(std::string& text, double number) {
+void appendRounded(TextBuffer& text, double number) {
     const double scaled = std::fabs(number) * static_cast<double>(powerOfTen(DECIMALS));
     const auto rounded = static_cast<uint64_t>(scaled + 0.5);
     appendScaled<DECIMALS>(text, number < 0 && rounded != 0, rounded);
@@ -53,7 +59,7 @@ void appendRounded(std::string& text, double number) {
 // Appends a number of few decimals, as receivers send them, much faster than the general way. A
 // text of up to 15 digits that reads back as the number is the only such text, so it is the
 // shortest. Gives false, with nothing appended, where there is none.
-bool appendFewDecimals(std::string& text, double number) {
+bool appendFewDecimals(TextBuffer& text, double number) {
     constexpr unsigned DECIMALS = 6;
     constexpr auto SCALE = static_cast<double>(powerOfTen(DECIMALS));
     const double scaled = std::fabs(number) * SCALE;
@@ -64,23 +70,26 @@ bool appendFewDecimals(std::string& text, double number) {
     if (static_cast<double>(millionths) / SCALE != std::fabs(number)) {
         return false;
     }
-    appendScaled<DECIMALS>(text, number < 0, millionths);
+    if (millionths % 1000 == 0) {  // as of most
+        appendScaled<DECIMALS - 3>(text, number < 0, millionths / 1000);
+    } else {
+        appendScaled<DECIMALS>(text, number < 0, millionths);
+    }
     return true;
 }
 
-void appendShortest(std::string& text, double number) {
-    char digits[LONGEST_NUMBER];
+void appendShortest(TextBuffer& text, double number) {
+    char* const dest = text.room(LONGEST_NUMBER);
     const double size = std::fabs(number);
-    const char* const end =
-        size < LEAST_PLAIN || size >= GREATEST_PLAIN
-            ? std::to_chars(digits, digits + sizeof(digits), number, std::chars_format::fixed).ptr
-            : fmt::format_to(digits, FMT_COMPILE("{}"), number);
-    text.append(digits, static_cast<size_t>(end - digits));
+    const bool isPlain = size >= LEAST_PLAIN && size < GREATEST_PLAIN;
+    text.endAt(
+        isPlain ? fmt::format_to(dest, FMT_COMPILE("{}"), number)
+                : std::to_chars(dest, dest + LONGEST_NUMBER, number, std::chars_format::fixed).ptr);
 }
 
 }  // namespace
 
-void appendNumber(std::string& text, double number) {
+void appendNumber(TextBuffer& text, double number) {
     if (number == 0 && std::signbit(number)) {
         text += "-0.0";  // "-0" is an integer to some readers, which has no sign
     } else if (!appendFewDecimals(text, number)) {
@@ -88,12 +97,16 @@ void appendNumber(std::string& text, double number) {
     }
 }
 
-void appendThousandths(std::string& text, double number) {
+void appendThousandths(TextBuffer& text, double number) {
     appendRounded<3>(text, number);
 }
 
-void appendDegrees(std::string& text, double degrees) {
+void appendDegrees(TextBuffer& text, double degrees) {
     appendRounded<12>(text, degrees);
+}
+
+void appendUtc(TextBuffer& text, timeStamp_t stamp) {
+    text.endAt(writeUtc(text.room(LONGEST_UTC), stamp));
 }
 
 }  // namespace vextools

@@ -2,25 +2,31 @@
 
 #include <charconv>
 #include <concepts>
+#include <cstddef>
 #include <limits>
-#include <string>
+
+#include "libvextrace/MessageBase.h"
+#include "tools/io/TextBuffer.h"
 
 namespace vextools {
 
 /// Appends the shortest decimal text that reads back as the same number, bit for bit. It has no
 /// exponent, which some formats do not know. The number is finite.
-void appendNumber(std::string& text, double number);
+void appendNumber(TextBuffer& text, double number);
 
 /// Appends a number rounded to 3 decimals, without zeros at the end. The number is less than 1e12.
-void appendThousandths(std::string& text, double number);
+void appendThousandths(TextBuffer& text, double number);
 
 /// Appends degrees rounded to 12 decimals, a fraction of a micrometre, without zeros at the end.
-void appendDegrees(std::string& text, double degrees);
+void appendDegrees(TextBuffer& text, double degrees);
 
-void appendNumber(std::string& text, std::unsigned_integral auto number) {
-    char digits[std::numeric_limits<decltype(number)>::digits10 + 1];
-    const char* const end = std::to_chars(digits, digits + sizeof(digits), number).ptr;
-    text.append(digits, static_cast<size_t>(end - digits));
+/// Appends a time as utcText() gives it.
+void appendUtc(TextBuffer& text, timeStamp_t stamp);
+
+void appendNumber(TextBuffer& text, std::unsigned_integral auto number) {
+    constexpr size_t DIGITS = std::numeric_limits<decltype(number)>::digits10 + 1;
+    char* const dest = text.room(DIGITS);
+    text.endAt(std::to_chars(dest, dest + DIGITS, number).ptr);
 }
 
 }  // namespace vextools

@@ -65,7 +65,7 @@ void waitUntilWritable(int fd) {
 
 OutputFile::OutputFile(const std::string& path, bool force, const Inputs& inputs)
     : target(path), shown(escaped(path)) {
-    buffer.reserve(2 * BUFFER_SIZE);
+    buffer.room(2 * BUFFER_SIZE);
     struct stat existing = {};
     if (path == "-" || path == "/dev/stdout") {
         openStandardOutput(inputs);
@@ -154,7 +154,7 @@ void OutputFile::openTemporary() {
 }
 
 void OutputFile::flush() {
-    std::string_view rest = buffer;
+    std::string_view rest = buffer.view();
     while (!rest.empty()) {
         const ssize_t count = ::write(fd, rest.data(), rest.size());
         if (count >= 0) {

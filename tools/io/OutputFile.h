@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/io/RemoveOnSignal.h"
+#include "tools/io/TextBuffer.h"
 
 namespace vextools {
 
@@ -33,6 +34,14 @@ public:
     /// \throws DataError when the device is full or fails, BrokenPipe when nobody reads any more
     void write(std::string_view text) {
         buffer += text;
+        flushWhenFull();
+    }
+
+    /// What is to be written, to be appended to in place; flushWhenFull() is to be called then.
+    TextBuffer& pending() { return buffer; }
+
+    /// \throws as write() does
+    void flushWhenFull() {
         if (buffer.size() >= BUFFER_SIZE) {
             flush();
         }
@@ -61,7 +70,7 @@ private:
     std::optional<RemoveOnSignal> removeTemporary;
     bool replace = false;  ///< whether the target may exist when it is renamed
     std::string shown;
-    std::string buffer;
+    TextBuffer buffer;
 };
 
 }  // namespace vextools

@@ -19,29 +19,32 @@ constexpr double MAX_HDOP = 1e6;
 constexpr unsigned MAX_COUNT = 999;
 
 // Gives the fields of a sentence one after the other, the address first; empty ones behind the
-// last.
+// last. Fields are so short that loops outrun std::find.
 class FieldReader {
 public:
-    explicit FieldReader(std::string_view sentence) {
-        const size_t star = sentence.find('*');
-        rest = star == std::string_view::npos ? withoutLineEnd(sentence) : sentence.substr(0, star);
-    }
+    explicit FieldReader(std::string_view sentence)
+        : place(sentence.data()),
+          end(place + std::min(sentence.find('*'), withoutLineEnd(sentence).size())) {}
 
     std::string_view next() {
-        const size_t length = std::min(rest.find(','), rest.size());
-        const std::string_view field = rest.substr(0, length);
-        rest.remove_prefix(std::min(length + 1, rest.size()));
+        const char* const begin = place;
+        while (place != end && *place != ',') {
+            ++place;
+        }
+        const std::string_view field(begin, static_cast<size_t>(place - begin));
+        place += place != end ? 1 : 0;
         return field;
     }
 
     void skip(size_t count) {
-        for (size_t i = 0; i < count; ++i) {
+        for (; count > 0; --count) {
             next();
         }
     }
 
 private:
-    std::string_view rest;
+    const char* place;
+    const char* end;
 };
 
 bool isDigit(char c) {
@@ -70,7 +73,10 @@ bool isNumber(std::string_view text) {
 
 // Minutes are below 60, but for receivers that round up to it.
 bool hasMinutes(std::string_view coordinate) {
-    const size_t point = std::min(coordinate.find('.'), coordinate.size());
+    size_t point = 0;
+    while (point < coordinate.size() && coordinate[point] != '.') {
+        ++point;
+    }
     const std::string_view minutes = coordinate.substr(point < 2 ? 0 : point - 2);
     return point < 2 || minutes[0] < '6' ||
            (minutes[0] == '6' && minutes.find_first_not_of("0.", 1) == std::string_view::npos);
@@ -104,13 +110,29 @@ std::optional<unsigned> readCount(std::string_view text) {
     return isCount ? std::optional(count) : std::nullopt;
 }
 
+// Of a number of the receiver's.
+std::optional<double> toDouble(std::string_view text) {
+    text.remove_prefix(text.front() == '+' ? 1 : 0);
+    double value = 0;
+    const bool fits =
+        std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
+    return fits ? std::optional(value) : std::nullopt;
+}
+
 std::optional<double> readHdop(std::string_view text) {
-    double hdop = 0;
-    const bool isHdop =
-        isUnsignedNumber(text) &&
-        std::from_chars(text.data(), text.data() + text.size(), hdop).ec == std::errc() &&
-        hdop <= MAX_HDOP;
-    return isHdop ? std::optional(hdop) : std::nullopt;
+    const std::optional<double> hdop = isUnsignedNumber(text) ? toDouble(text) : std::nullopt;
+    return hdop <= MAX_HDOP ? hdop : std::nullopt;
+}
+
+// The altitude and its unit, the next two fields.
+std::optional<double> readAltitude(FieldReader& fields) {
+    const std::string_view text = fields.next();
+    const std::string_view unit = fields.next();
+    if (!isNumber(text) || (!unit.empty() && unit != "M")) {
+        return std::nullopt;
+    }
+    const std::optional<double> altitude = toDouble(text);
+    return altitude && std::fabs(*altitude) <= MAX_ALTITUDE ? altitude : std::nullopt;
 }
 
 void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
@@ -129,16 +151,21 @@ void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
     }
 }
 
-void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
+// Where there is no RMC.
+void readGgaPosition(const GPSTraceMessage& message, FieldReader& fields, Fix& fix) {
     GPSTraceMessage::numeric_gpgga_t numbers;
     message.getGPGGA(numbers);
+    readPosition(fields, numbers.latitude, numbers.longitude, fix);
+}
+
+void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
     fix.ggaChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
     fields.skip(2);  // address, time
     if (fix.rmcChecksum) {
         fields.skip(4);  // the position is that of RMC
     } else {
-        readPosition(fields, numbers.latitude, numbers.longitude, fix);
+        readGgaPosition(message, fields, fix);
     }
     fix.quality = readCount(fields.next());
     if (!fix.rmcChecksum) {
@@ -146,12 +173,7 @@ void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
     }
     fix.satellites = readCount(fields.next());
     fix.hdop = readHdop(fields.next());
-    const bool hasAltitude =
-        isNumber(fields.next()) && std::fabs(numbers.antennaAltitude) <= MAX_ALTITUDE;
-    const std::string_view unit = fields.next();
-    if (hasAltitude && (unit.empty() || unit == "M")) {
-        fix.altitude = numbers.antennaAltitude;
-    }
+    fix.altitude = readAltitude(fields);
 }
 
 }  // namespace

@@ -57,26 +57,23 @@ std::optional<TimeOfDay> parseTime(std::string_view text) {
 }  // namespace
 
 std::string utcText(timeStamp_t stamp) {
-    std::string text;
-    appendUtc(text, stamp);
-    return text;
+    char text[LONGEST_UTC];
+    return {text, writeUtc(text, stamp)};
 }
 
-void appendUtc(std::string& text, timeStamp_t stamp) {
+char* writeUtc(char* dest, timeStamp_t stamp) {
     const std::chrono::year_month_day date{
         std::chrono::sys_days(std::chrono::days(stamp / NANOSECONDS_PER_DAY))};
     const uint64_t seconds = stamp / NANOSECONDS_PER_SECOND % 86'400;
-    char characters[sizeof("2554-07-21T23:34:33.709551615Z")];
-    char* end =
-        writeDigitsAnd(characters, static_cast<uint64_t>(static_cast<int>(date.year())), 4, '-');
+    char* end = writeDigitsAnd(dest, static_cast<uint64_t>(static_cast<int>(date.year())), 4, '-');
     end = writeDigitsAnd(end, static_cast<unsigned>(date.month()), 2, '-');
     end = writeDigitsAnd(end, static_cast<unsigned>(date.day()), 2, 'T');
     end = writeDigitsAnd(end, seconds / 3600, 2, ':');
     end = writeDigitsAnd(end, seconds / 60 % 60, 2, ':');
     end = writeDigits(end, seconds % 60, 2);
     end = writeFraction(end, stamp % NANOSECONDS_PER_SECOND);
-    *end++ = 'Z';
-    text.append(characters, static_cast<size_t>(end - characters));
+    *end = 'Z';
+    return end + 1;
 }
 
 std::optional<timeStamp_t> parseUtc(std::string_view text) {

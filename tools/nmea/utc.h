@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,8 +15,12 @@ namespace vextools {
 /// the fraction as it has. Years beyond 9999 cannot occur in 64 bits.
 std::string utcText(timeStamp_t stamp);
 
-/// Appends the same to a text; for many of them.
-void appendUtc(std::string& text, timeStamp_t stamp);
+/// What utcText() gives at most.
+constexpr size_t LONGEST_UTC = std::string_view("2554-07-21T23:34:33.709551615Z").size();
+
+/// Writes the same where there is room for it, without a NUL; for many of them.
+/// \return behind the last character
+char* writeUtc(char* dest, timeStamp_t stamp);
 
 /// A time that a user gave: YYYY-MM-DD, or YYYY-MM-DDThh:mm:ss with a fraction or none, Z or none.
 std::optional<timeStamp_t> parseUtc(std::string_view text);
