@@ -375,6 +375,14 @@ def test_tells_a_full_device(vextrace, folder):
     assert lines(result)[-1] == "vextrace: standard output: cannot be written: No space left on device"
 
 
+def test_tells_a_device_that_takes_nothing(vextrace, folder):
+    # Such as the memory of a program in whose place another runs.
+    result = subprocess.run(["sh", "-c", 'exec "$0" record log >/proc/self/mem', vextrace.program],
+                            cwd=folder, stderr=subprocess.PIPE, check=False, timeout=60)
+    assert result.returncode == 1
+    assert lines(result)[-1] == "vextrace: standard output: cannot be written: Input/output error"
+
+
 def keeps_whole_epochs(result, trace, room):
     """What is left of a recording of the drive that found no more room."""
     left = trace.read_bytes() if trace.exists() else b""

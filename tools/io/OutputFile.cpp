@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/writeSome.h"
 
 namespace vextools {
 
@@ -54,11 +54,6 @@ bool renameToFree(const std::string& from, const std::string& to) {
         return false;
     }
     return rename(from.c_str(), to.c_str()) == 0;
-}
-
-void waitUntilWritable(int fd) {
-    pollfd waiting = {fd, POLLOUT, 0};
-    poll(&waiting, 1, -1);
 }
 
 }  // namespace
@@ -156,11 +151,9 @@ void OutputFile::openTemporary() {
 void OutputFile::flush() {
     std::string_view rest = buffer.view();
     while (!rest.empty()) {
-        const ssize_t count = ::write(fd, rest.data(), rest.size());
-        if (count >= 0) {
+        const ssize_t count = writeSome(fd, rest.data(), rest.size());
+        if (count > 0) {
             rest.remove_prefix(static_cast<size_t>(count));
-        } else if (errno == EAGAIN) {
-            waitUntilWritable(fd);
         } else if (errno != EINTR) {
             failForErrno();
         }

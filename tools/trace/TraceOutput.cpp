@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <poll.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -17,6 +16,7 @@
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
+#include "tools/io/writeSome.h"
 #include "tools/trace/TraceReader.h"
 #include "tools/trace/soundness.h"
 
@@ -33,11 +33,6 @@ bool isSame(const struct stat& output, const InputFile& input) {
                          S_ISFIFO(output.st_mode) || isatty(input.descriptor()) != 0;
     return matters && output.st_dev == input.identity().st_dev &&
            output.st_ino == input.identity().st_ino;
-}
-
-void waitUntilWritable(int fd) {
-    pollfd waiting = {fd, POLLOUT, 0};
-    poll(&waiting, 1, -1);
 }
 
 // Whether the bytes, in which no message was found, can be the beginning of a GPS message.
@@ -257,11 +252,9 @@ void TraceOutput::flush() {
 size_t TraceOutput::writeQueue() {
     size_t done = 0;
     while (done < queue.size()) {
-        const ssize_t written = ::write(fd, queue.data() + done, queue.size() - done);
-        if (written >= 0) {
+        const ssize_t written = writeSome(fd, queue.data() + done, queue.size() - done);
+        if (written > 0) {
             done += static_cast<size_t>(written);
-        } else if (errno == EAGAIN) {
-            waitUntilWritable(fd);
         } else if (errno != EINTR || StopSignals::count() > 1) {
             break;
         }
