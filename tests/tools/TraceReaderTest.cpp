@@ -464,7 +464,8 @@ TEST(TraceReaderTest, OtherFilesAreNoTrace) {
     std::mt19937 random(4);
     EXPECT_FALSE(isTrace(contentOf(VEXTRACE_SOURCE_DIR "/examples/data/drive.nmea")));
     EXPECT_FALSE(isTrace(contentOf(VEXTRACE_SOURCE_DIR "/README.md")));
-    EXPECT_FALSE(isTrace(contentOf("/proc/self/exe")));
+    // Symbols to debug with, far behind, are rows of numbers that may be taken for small messages.
+    EXPECT_FALSE(isTrace(beginningOf(contentOf("/proc/self/exe"), 1 << 18)));
     EXPECT_FALSE(isTrace(randomBytes(random, 1 << 20)));
     EXPECT_FALSE(isTrace(TraceBytes(1 << 20, 0)));
     EXPECT_FALSE(isTrace(TraceBytes(1 << 20, 0xFF)));

@@ -78,7 +78,7 @@ TEST(ViewsTest, TheLineIsTheOneOfTheLibrary) {
     for (const fs::path& path : logs()) {
         std::ifstream file(path, std::ios::binary);
         for (std::string sentence; std::getline(file, sentence);) {
-            if (messages.empty() || messages.back().getSentences().size() == 7) {
+            if (messages.empty() || messages.back().getSentences().size() == 3) {
                 messages.emplace_back(messages.size() << 40, sentence);
             }
             messages.back().addRecord(sentence);

@@ -17,6 +17,10 @@ def pytest_addoption(parser):
                      help="try every value of every byte, which takes an hour")
 
 
+def pytest_configure(config):
+    config.addinivalue_line("markers", "memory: measures the memory that the program takes")
+
+
 def logs_of(config):
     """The project's log and, where a folder is given, all logs in it and below."""
     folder = config.getoption("--log-dir")

@@ -1024,6 +1024,7 @@ def peak_memory(program, folder, *arguments):
     return int(result.stderr.split()[-1])
 
 
+@pytest.mark.memory
 @pytest.mark.parametrize("to", FORMATS)
 def test_memory_does_not_grow_with_the_trace(vextrace, tmp_path, to):
     block = b"".join(message(NOON + number * SECOND, rmc(), gga(), gsa(3)) for number in range(1000))
@@ -1034,6 +1035,7 @@ def test_memory_does_not_grow_with_the_trace(vextrace, tmp_path, to):
     assert peak_memory(vextrace.program, tmp_path, *arguments) < 32_000_000
 
 
+@pytest.mark.memory
 def test_memory_does_not_grow_with_the_files(vextrace, tmp_path):
     (tmp_path / "0.trace").write_bytes(b"".join(SMALL))
     for number in range(1, 3000):

@@ -240,6 +240,7 @@ def test_help_shows_an_example_first(vextrace):
     assert b"Example: vextrace info" in done.stdout
 
 
+@pytest.mark.memory
 def test_a_long_trace_takes_little_memory(vextrace, tmp_path):
     path = tmp_path / "long.trace"
     with open(path, "wb") as file:
@@ -250,6 +251,7 @@ def test_a_long_trace_takes_little_memory(vextrace, tmp_path):
     assert memory < 32 * 2**20
 
 
+@pytest.mark.memory
 def test_thousands_of_traces_take_little_memory(vextrace, tmp_path):
     (tmp_path / "a").write_bytes(DRIVEN)
     for number in range(3000):
@@ -265,6 +267,7 @@ def test_thousands_of_traces_take_little_memory(vextrace, tmp_path):
     assert said["all"]["messages"]["gps"] == 12000
 
 
+@pytest.mark.memory
 def test_many_codes_and_types_take_little_memory(vextrace, tmp_path):
     path = tmp_path / "a"
     with open(path, "wb") as file:

@@ -504,6 +504,7 @@ for _ in range(64):
 """
 
 
+@pytest.mark.memory
 @pytest.mark.parametrize("block", [b"x", b"$GPGSV,", b"$", b"*00", b"\r", b"$PA*11\r", b"\xb5\x62\x00\x01",
                                    b"$PA*11\n", b"$A\n", b"$GPGGA,000001,1*00\r\n"])
 def test_needs_little_memory_for_any_input(vextrace, folder, block):

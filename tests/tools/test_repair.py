@@ -208,6 +208,7 @@ def test_help_shows_an_example_first(vextrace):
     assert b"Example: vextrace repair" in done.stdout
 
 
+@pytest.mark.memory
 def test_takes_little_memory(vextrace, tmp_path):
     path = tmp_path / "long.trace"
     with open(path, "wb") as file:
