@@ -14,6 +14,15 @@ void writeFile(const std::filesystem::path& path, const std::string& content) {
     file << content;
 }
 
+// Of another type than GPS, with a payload of so many bytes.
+std::string otherMessage(size_t length) {
+    std::string message(14 + length, '\x01');
+    message[0] = '\0';
+    message[1] = static_cast<char>(12 + length);
+    message[2] = '\0';
+    return message;
+}
+
 // A few messages are enough to begin with: the fuzzers vary them.
 void makeSeeds(const std::vector<std::vector<std::string>>& groups,
                const std::filesystem::path& folder) {
@@ -29,6 +38,8 @@ void makeSeeds(const std::vector<std::vector<std::string>>& groups,
         writeFile(folder / "decode" / name, bytes);
         writeFile(folder / "decode" / ("walk" + name), walk);
         writeFile(folder / "trace" / name, walk);
+        writeFile(folder / "trace" / ("mixed" + name),
+                  otherMessage(i) + bytes + otherMessage(i + 1));
         writeFile(folder / "framer" / name, "\x07" + walk);
         writeFile(folder / "text" / name, bytes.substr(14));
         writeFile(folder / "text" / ("program" + name), programOf(i, groups[i]));
