@@ -45,6 +45,16 @@ public:
         lseek(fd, 0, SEEK_END);
     }
     std::string path() const { return "/proc/self/fd/" + std::to_string(fd); }
+    int descriptor() const { return fd; }
+
+    /// All that it holds; it is empty then.
+    std::string take() {
+        std::string content(static_cast<size_t>(lseek(fd, 0, SEEK_END)), '\0');
+        EXPECT_EQ(pread(fd, content.data(), content.size(), 0),
+                  static_cast<ssize_t>(content.size()));
+        cut(0);
+        return content;
+    }
 
 private:
     int fd = memfd_create("trace", 0);

@@ -1,0 +1,66 @@
+#include "tests/tools/commandRuns.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "tools/io/errors.h"
+#include "tools/io/standardStreams.h"
+
+using namespace vextools;
+
+namespace {
+
+/// Lets a standard stream write to another file.
+class Redirection {
+public:
+    Redirection(int redirected, const TemporaryFile& file)
+        : stream(redirected), before(dup(redirected)) {
+        EXPECT_GE(before, 0);
+        EXPECT_EQ(dup2(file.descriptor(), stream), stream);
+    }
+    Redirection(const Redirection&) = delete;
+    Redirection& operator=(const Redirection&) = delete;
+    ~Redirection() {
+        dup2(before, stream);
+        close(before);
+    }
+
+private:
+    int stream;
+    int before;
+};
+
+}  // namespace
+
+Command::Command(Add add, std::vector<std::string> arguments) : line(std::move(arguments)) {
+    add(app, status);
+    std::reverse(line.begin(), line.end());  // as CLI11 wants them
+}
+
+CommandResult Command::run() {
+    CommandResult result;
+    {
+        const Redirection toOutput(STDOUT_FILENO, output);
+        const Redirection toTold(STDERR_FILENO, told);
+        result.status = runForStatus();
+    }
+    result.output = output.take();
+    result.told = told.take();
+    return result;
+}
+
+// As the program does.
+int Command::runForStatus() {
+    status = STATUS_OK;
+    try {
+        app.parse(std::vector<std::string>(line));
+    } catch (const DataError& error) {
+        tell(error.what());
+        return STATUS_DATA;
+    } catch (const UsageError& error) {
+        tell(error.what());
+        return STATUS_USAGE;
+    }
+    return status;
+}
