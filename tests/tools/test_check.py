@@ -1,8 +1,11 @@
 """vextrace check: the proof of a recording against its log."""
+import functools
+import subprocess
 import time
 
 import pytest
 
+from limits import run_closed
 from traces import CAN, message, other, sentence, utc
 
 STAMP = utc("1994-03-23T12:35:19")
@@ -220,3 +223,55 @@ def test_reads_either_from_standard_input(vextrace, tmp_path):
 def test_proves_what_record_made_of_every_log(vextrace, log):
     assert vextrace("record", "-o", "trace", log).returncode == 0
     expect_proven(vextrace("check", log, "trace"))
+
+
+def test_what_cannot_be_read_is_wrong_use(vextrace, tmp_path):
+    (tmp_path / "log").write_bytes(LOG)
+    (tmp_path / "trace").write_bytes(FIRST)
+    for log, trace, line in (("missing", "trace", "missing: cannot be read: No such file or directory"),
+                             (".", "trace", ".: is a directory"),
+                             ("log", "log/x", "log/x: cannot be read: Not a directory")):
+        result = vextrace("check", log, trace)
+        assert (result.returncode, result.stdout) == (2, b"")
+        assert result.stderr.decode() == f"vextrace: {line}\n"
+
+
+@pytest.mark.parametrize("names", [("/proc/self/mem", "trace"), ("log", "/proc/self/mem")])
+def test_a_read_error_is_named(vextrace, tmp_path, names):
+    (tmp_path / "log").write_bytes(LOG)
+    (tmp_path / "trace").write_bytes(FIRST + SECOND + THIRD)
+    expect_difference(vextrace("check", *names),
+                      "/proc/self/mem: cannot be read on at byte 0: Input/output error")
+
+
+def test_closed_streams(vextrace, tmp_path):
+    (tmp_path / "log").write_bytes(LOG)
+    trace = FIRST + SECOND + THIRD
+    run = functools.partial(run_closed, vextrace, cwd=tmp_path)
+    assert run("<&-", "check", "log", "-").stderr == (
+        b"vextrace: standard input: cannot be read: Bad file descriptor\n")
+    done = run(">&-", "check", "log", "-", input=trace)
+    assert (done.returncode, done.stderr) == (
+        1, b"vextrace: standard output: cannot be written: Bad file descriptor\n")
+    assert run("2>&-", "check", "log", "-", input=trace).returncode == 0
+    assert run("2>&-", "check", "log", "-", input=FIRST).returncode == 1
+
+
+def test_a_full_device_is_named(vextrace, tmp_path):
+    (tmp_path / "log").write_bytes(LOG)
+    with open("/dev/full", "wb") as full:
+        done = vextrace("check", "log", "-", input=FIRST + SECOND + THIRD, stdout=full,
+                        stderr=subprocess.PIPE)
+    assert done.returncode == 1
+    assert done.stderr == b"vextrace: standard output: cannot be written: No space left on device\n"
+
+
+def test_neither_input_is_written_to(vextrace, tmp_path):
+    for name, content in (("log", LOG), ("trace", FIRST + SECOND + THIRD)):
+        (tmp_path / name).write_bytes(content)
+    for name in ("log", "trace"):
+        content = (tmp_path / name).read_bytes()
+        with open(tmp_path / name, "ab") as output:
+            done = vextrace("check", "log", "trace", stdout=output, stderr=subprocess.PIPE)
+        assert done.returncode == 2
+        assert (tmp_path / name).read_bytes() == content
