@@ -77,8 +77,8 @@ int run(std::vector<std::string> arguments) {
 
 int main(int argc, char* argv[]) {
     holdStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN);  // a write says so, too
-    std::signal(SIGXFSZ, SIG_IGN);  // likewise
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));  // a write says so, too
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // likewise
     GPSTraceMessage::registerMessage();
     try {
         return run(reversed(argc, argv));

@@ -201,7 +201,7 @@ CommandResult run(Command& command) {
     EXPECT_TRUE(result.status == STATUS_OK || result.status == STATUS_DATA) << result.status;
     EXPECT_TRUE(areLines(result.told)) << result.told;
     for (const string& line : linesOf(result.told)) {
-        EXPECT_EQ(line.rfind("vextrace: ", 0), 0u) << line;
+        EXPECT_EQ(line.rfind("vextrace: ", 0), 0U) << line;
     }
     return result;
 }
@@ -345,7 +345,7 @@ TEST_F(DamagedTraceTest, RepairKeepsEveryMessageThatIsUntouched) {
         }
         const bool isSound = result.output == textOf(damaged.bytes);
         EXPECT_EQ(result.status == STATUS_OK, isSound);
-        EXPECT_LE(linesOf(result.told).size(), 2u) << result.told;
+        EXPECT_LE(linesOf(result.told).size(), 2U) << result.told;
         const auto [found, isNew] = again.try_emplace(isSound ? "" : result.output);
         if (isNew) {
             set(bytesOf(found->first));
@@ -419,7 +419,7 @@ TEST_F(DamagedTraceTest, CheckFindsEveryChangeOfWhatWasSent) {
         const CommandResult result = run(check);
         const bool isSound = repaired().output == textOf(damaged.bytes);
         EXPECT_EQ(result.status == STATUS_OK, isSound && damaged.saysTheSame);
-        EXPECT_EQ(linesOf(result.told).size(), result.status == STATUS_OK ? 0u : 1u) << result.told;
+        EXPECT_EQ(linesOf(result.told).size(), result.status == STATUS_OK ? 0U : 1U) << result.told;
     });
 }
 

@@ -332,7 +332,7 @@ TEST(EpochBuilderTest, GivesALongEpochOutInParts) {
     EXPECT_EQ(part.messages, 1023U);
     EXPECT_EQ(part.sentences, 1024U);
     EXPECT_EQ(utcText(part.stamp), "1994-03-23T00:00:01Z");
-    EXPECT_EQ(part.bytes.size(), EpochBuilder::PART_ROOM + 1023 * 14);
+    EXPECT_EQ(part.bytes.size(), EpochBuilder::PART_ROOM + size_t{1023} * 14);
     const EpochBuilder::Part& rest = builder.take();
     EXPECT_FALSE(rest.beginsEpoch);
     EXPECT_EQ(rest.messages, 1U);

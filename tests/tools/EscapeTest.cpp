@@ -49,19 +49,19 @@ TEST(EscapeTest, BytesThatAreNoUtf8BecomeEscapes) {
         const char* text;
         const char* expected;
     } cases[] = {
-        {"\x80", "\\x80"},
-        {"\xFF", "\\xff"},
-        {"\xC0\xAF", "\\xc0\\xaf"},                    // overlong
-        {"\xC1\xBF", "\\xc1\\xbf"},                    //
-        {"\xE0\x9F\xBF", "\\xe0\\x9f\\xbf"},           //
-        {"\xF0\x8F\xBF\xBF", "\\xf0\\x8f\\xbf\\xbf"},  //
-        {"\xED\xA0\x80", "\\xed\\xa0\\x80"},           // a surrogate
-        {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},  // beyond the last character
-        {"\xF5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},  //
-        {"\xC3", "\\xc3"},                             // cut off
-        {"\xE2\x82", "\\xe2\\x82"},                    //
-        {"\xE2\x82z", "\\xe2\\x82z"},                  //
-        {"\xC3\xC3\xA4", "\\xc3\xC3\xA4"},             // and one that is whole
+        {"\x80", R"(\x80)"},
+        {"\xFF", R"(\xff)"},
+        {"\xC0\xAF", R"(\xc0\xaf)"},                  // overlong
+        {"\xC1\xBF", R"(\xc1\xbf)"},                  //
+        {"\xE0\x9F\xBF", R"(\xe0\x9f\xbf)"},          //
+        {"\xF0\x8F\xBF\xBF", R"(\xf0\x8f\xbf\xbf)"},  //
+        {"\xED\xA0\x80", R"(\xed\xa0\x80)"},          // a surrogate
+        {"\xF4\x90\x80\x80", R"(\xf4\x90\x80\x80)"},  // beyond the last character
+        {"\xF5\x80\x80\x80", R"(\xf5\x80\x80\x80)"},  //
+        {"\xC3", R"(\xc3)"},                          // cut off
+        {"\xE2\x82", R"(\xe2\x82)"},                  //
+        {"\xE2\x82z", R"(\xe2\x82z)"},                //
+        {"\xC3\xC3\xA4", "\\xc3\xC3\xA4"},            // and one that is whole
     };
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(escaped(text), expected);

@@ -19,7 +19,7 @@ TEST(MessageNamesTest, EveryIdOfTheLibraryHasItsName) {
             named[std::stoi(match[2])] = match[1];
         }
     }
-    EXPECT_EQ(named.size(), 82u);
+    EXPECT_EQ(named.size(), 82U);
     for (int id = 0; id <= 0xFFFF; ++id) {
         const auto place = named.find(id);
         EXPECT_EQ(messageName(static_cast<msgid_t>(id)), place != named.end() ? place->second : "")

@@ -230,7 +230,7 @@ TEST_F(OutputFileTest, WritesAFifoDirectlyAndEndsWithItsReader) {
     const auto before = std::signal(SIGPIPE, SIG_IGN);
     out.write("more");
     EXPECT_THROW(out.commit(), BrokenPipe);
-    std::signal(SIGPIPE, before);
+    static_cast<void>(std::signal(SIGPIPE, before));
     EXPECT_TRUE(fs::is_fifo(in("fifo")));
 }
 
@@ -240,7 +240,7 @@ TEST_F(OutputFileTest, LeavesNothingBehindWhenASignalEndsTheProgram) {
         if (child == 0) {
             OutputFile out(in("out"), false, {});
             out.write(std::string(200'000, 'x'));
-            raise(signal);
+            static_cast<void>(raise(signal));
             _exit(0);
         }
         int status = 0;
@@ -254,7 +254,7 @@ TEST_F(OutputFileTest, LeavesIgnoredSignalsIgnored) {
     const auto before = std::signal(SIGHUP, SIG_IGN);
     {
         OutputFile out(in("out"), false, {});
-        raise(SIGHUP);
+        EXPECT_EQ(raise(SIGHUP), 0);
         out.commit();
     }
     EXPECT_TRUE(fs::exists(in("out")));

@@ -31,7 +31,7 @@ protected:
 
     // What was written since the last call.
     std::string written() {
-        static_cast<void>(!write(ends[1], "|", 1));
+        EXPECT_EQ(write(ends[1], "|", 1), 1);
         std::string text(1000, '\0');
         text.resize(static_cast<size_t>(read(ends[0], text.data(), text.size())));
         text.pop_back();
@@ -89,7 +89,7 @@ TEST_F(ProgressTest, LooksAtTheClockOnlyNowAndThen) {
     wait(2000ms);
     progress.update(1);
     EXPECT_EQ(written(), "");
-    progress.update(64 * 1024);
+    progress.update(size_t{64} * 1024);
     EXPECT_NE(written(), "");
 }
 

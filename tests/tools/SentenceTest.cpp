@@ -6,10 +6,7 @@
 #include <vector>
 
 using namespace vextools;
-using std::chrono::day;
-using std::chrono::month;
 using std::chrono::sys_days;
-using std::chrono::year;
 using std::chrono::year_month_day;
 
 namespace {

@@ -50,7 +50,7 @@ TEST(SoundnessTest, AHeaderCoversItselfAndHasAnExpectedType) {
 
 TEST(SoundnessTest, ReadsTheFieldsOfAHeader) {
     const uint8_t header[] = {0x12, 0x34, 0x00, 0x16, 0x9A, 0xBC, 1, 2, 3, 4, 5, 6, 7, 8};
-    EXPECT_EQ(messageLength(header), 0x1236u);
+    EXPECT_EQ(messageLength(header), 0x1236U);
     EXPECT_EQ(messageId(header), MSGID_GPS);
-    EXPECT_EQ(messageStamp(header), 0x0102030405060708u);
+    EXPECT_EQ(messageStamp(header), 0x0102030405060708U);
 }

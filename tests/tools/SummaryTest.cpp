@@ -84,12 +84,12 @@ TEST(SummaryTest, CountsBytesMessagesAndDamage) {
                                        plain(NOON),
                                        {0, 99}});
     EXPECT_EQ(summary.bytes, fixAt(NOON).size() + 3 + 15 + 14 + 15 + 20 + 2);
-    EXPECT_EQ(summary.gpsMessages, 2u);
-    EXPECT_EQ(summary.otherMessages, 3u);
+    EXPECT_EQ(summary.gpsMessages, 2U);
+    EXPECT_EQ(summary.otherMessages, 3U);
     EXPECT_EQ(summary.otherById,
               (std::map<msgid_t, uint64_t>{{MSGID_CAN, 2}, {static_cast<msgid_t>(0xC001), 1}}));
-    EXPECT_EQ(summary.damagedPlaces, 2u);
-    EXPECT_EQ(summary.damagedBytes, 5u);
+    EXPECT_EQ(summary.damagedPlaces, 2U);
+    EXPECT_EQ(summary.damagedBytes, 5U);
 }
 
 TEST(SummaryTest, CountsSentencesByCode) {
@@ -98,8 +98,8 @@ TEST(SummaryTest, CountsSentencesByCode) {
                    plain(3), messageOf(22, 4, "$GPGSV,3\n$PXYZ,1\n")});
     EXPECT_EQ(summary.sentences.byCode(),
               (Codes{{"$GPGSV", 3}, {"$GPRMC", 1}, {"$PA", 1}, {"$PXYZ", 1}, {"$PXYZ,", 1}}));
-    EXPECT_EQ(summary.sentences.total(), 7u);
-    EXPECT_EQ(summary.sentences.others(), 0u);
+    EXPECT_EQ(summary.sentences.total(), 7U);
+    EXPECT_EQ(summary.sentences.others(), 0U);
 }
 
 TEST(SummaryTest, TellsAThousandCodesApart) {
@@ -109,16 +109,16 @@ TEST(SummaryTest, TellsAThousandCodesApart) {
             counts.add(fmt::format("${:05}", i));
         }
     }
-    EXPECT_EQ(counts.total(), 3000u);
-    EXPECT_EQ(counts.others(), 1000u);
-    EXPECT_EQ(counts.byCode().size(), 1000u);
-    EXPECT_EQ(counts.byCode()["$00999"], 2u);
+    EXPECT_EQ(counts.total(), 3000U);
+    EXPECT_EQ(counts.others(), 1000U);
+    EXPECT_EQ(counts.byCode().size(), 1000U);
+    EXPECT_EQ(counts.byCode()["$00999"], 2U);
     SentenceCounts more;
     more.add("$00999");
     more.add("$new");
     counts.merge(more);
-    EXPECT_EQ(counts.total(), 3002u);
-    EXPECT_EQ(counts.others(), 1001u);
+    EXPECT_EQ(counts.total(), 3002U);
+    EXPECT_EQ(counts.others(), 1001U);
 }
 
 TEST(SummaryTest, CountsChecksumsOfAllSentences) {
@@ -126,16 +126,16 @@ TEST(SummaryTest, CountsChecksumsOfAllSentences) {
     const std::string wrong = "$GPGSV,1*00\r\n";
     const Summary summary = summaryOf(
         {messageOf(22, 1, right + wrong + "$PNONE\n"), messageOf(22, 2, wrong + "$PNONE,*1G\n")});
-    EXPECT_EQ(summary.wrongChecksums, 2u);
-    EXPECT_EQ(summary.noChecksums, 2u);
+    EXPECT_EQ(summary.wrongChecksums, 2U);
+    EXPECT_EQ(summary.noChecksums, 2U);
 }
 
 TEST(SummaryTest, KnowsTheEarliestAndTheLatestTime) {
     const Summary summary = summaryOf({plain(NOON + 2), plain(NOON + 1), plain(NOON + 7)});
     EXPECT_EQ(summary.times().first, NOON + 1);
     EXPECT_EQ(summary.times().last, NOON + 7);
-    EXPECT_EQ(summary.times().stepsBack, 1u);
-    EXPECT_EQ(summary.messagesWithoutDate, 0u);
+    EXPECT_EQ(summary.times().stepsBack, 1U);
+    EXPECT_EQ(summary.messagesWithoutDate, 0U);
     EXPECT_FALSE(summaryOf({messageOf(1, NOON, "")}).times().first.has_value());
 }
 
@@ -144,25 +144,25 @@ TEST(SummaryTest, TimesWithoutADateCountWhereThereAreNoOthers) {
     Summary summary = summaryOf({plain(hour), plain(hour + 1)});
     EXPECT_EQ(summary.times().first, hour);
     EXPECT_EQ(summary.times().last, hour + 1);
-    EXPECT_EQ(summary.messagesWithoutDate, 2u);
+    EXPECT_EQ(summary.messagesWithoutDate, 2U);
     summary = summaryOf({plain(hour), plain(0), plain(NOON), plain(hour)});
     EXPECT_EQ(summary.times().first, NOON);
     EXPECT_EQ(summary.times().last, NOON);
-    EXPECT_EQ(summary.times().gapCount, 0u);
-    EXPECT_EQ(summary.messagesWithoutDate, 3u);
+    EXPECT_EQ(summary.times().gapCount, 0U);
+    EXPECT_EQ(summary.messagesWithoutDate, 3U);
 }
 
 TEST(SummaryTest, APauseLongerThanAllowedIsAGap) {
     const Summary summary = summaryOf({plain(NOON), plain(NOON + GAP), plain(NOON + 2 * GAP + 1),
                                        plain(NOON), plain(NOON + GAP + 2), plain(NOON + GAP + 3)});
     const TimeSpan& times = summary.times();
-    EXPECT_EQ(times.gapCount, 2u);
-    ASSERT_EQ(times.gaps.size(), 2u);
+    EXPECT_EQ(times.gapCount, 2U);
+    ASSERT_EQ(times.gaps.size(), 2U);
     EXPECT_EQ(times.gaps[0].begin, NOON + GAP);
     EXPECT_EQ(times.gaps[0].end, NOON + 2 * GAP + 1);
     EXPECT_EQ(times.longestGap->begin, NOON);
     EXPECT_EQ(times.longestGap->length(), GAP + 2);
-    EXPECT_EQ(times.stepsBack, 1u);
+    EXPECT_EQ(times.stepsBack, 1U);
 }
 
 TEST(SummaryTest, ListsAHundredGaps) {
@@ -171,8 +171,8 @@ TEST(SummaryTest, ListsAHundredGaps) {
         messages.push_back(plain(NOON + i * i * SECOND));
     }
     const Summary summary = summaryOf(messages, 0);
-    EXPECT_EQ(summary.times().gapCount, 200u);
-    EXPECT_EQ(summary.times().gaps.size(), 100u);
+    EXPECT_EQ(summary.times().gapCount, 200U);
+    EXPECT_EQ(summary.times().gaps.size(), 100U);
     EXPECT_EQ(summary.times().longestGap->length(), 399 * SECOND);
 }
 
@@ -183,9 +183,9 @@ TEST(SummaryTest, CountsFixesByValidity) {
     const Summary summary =
         summaryOf({fixAt(NOON), fixAt(NOON, {.status = "V"}), fixAt(NOON), doubtful, plain(NOON),
                    messageOf(22, NOON, gga({})), messageOf(22, NOON, rmc({.latitude = 99}))});
-    EXPECT_EQ(summary.validFixes, 3u);
-    EXPECT_EQ(summary.invalidFixes, 2u);
-    EXPECT_EQ(summary.doubtfulFixes, 1u);
+    EXPECT_EQ(summary.validFixes, 3U);
+    EXPECT_EQ(summary.invalidFixes, 2U);
+    EXPECT_EQ(summary.doubtfulFixes, 1U);
 }
 
 TEST(SummaryTest, ValuesAreThoseOfValidFixes) {
@@ -202,9 +202,9 @@ TEST(SummaryTest, ValuesAreThoseOfValidFixes) {
          fixAt(NOON, {.satellites = "05", .altitude = "2", .knots = "10"}),
          fixAt(NOON, {.satellites = "256", .altitude = "2", .knots = "10"}),
          fixAt(NOON, {.satellites = "6", .altitude = "2", .knots = "10"}), fixAt(NOON, bad)});
-    EXPECT_EQ(summary.satellites.least(), 4u);
+    EXPECT_EQ(summary.satellites.least(), 4U);
     EXPECT_EQ(summary.satellites.median(), 5.5);
-    EXPECT_EQ(summary.satellites.most(), 12u);
+    EXPECT_EQ(summary.satellites.most(), 12U);
     EXPECT_EQ(summary.altitude.least, -3.5);
     EXPECT_EQ(summary.altitude.greatest, 545.4);
     EXPECT_EQ(summary.speed.greatest, 20 * 1.852);
@@ -249,19 +249,19 @@ TEST(SummaryTest, AddsUpSeveralTraces) {
     all.merge(two);
     all.merge(summaryOf({}));
     EXPECT_EQ(all.bytes, one.bytes + two.bytes);
-    EXPECT_EQ(all.gpsMessages, 5u);
+    EXPECT_EQ(all.gpsMessages, 5U);
     EXPECT_EQ(all.otherById, (std::map<msgid_t, uint64_t>{{MSGID_CAN, 1}}));
-    EXPECT_EQ(all.damagedPlaces, 1u);
+    EXPECT_EQ(all.damagedPlaces, 1U);
     EXPECT_EQ(all.sentences.byCode(), (Codes{{"$GPGGA", 4}, {"$GPRMC", 4}, {"$PXYZ", 1}}));
-    EXPECT_EQ(all.noChecksums, 1u);
-    EXPECT_EQ(all.messagesWithoutDate, 1u);
+    EXPECT_EQ(all.noChecksums, 1U);
+    EXPECT_EQ(all.messagesWithoutDate, 1U);
     EXPECT_EQ(all.times().first, NOON);
     EXPECT_EQ(all.times().last, NOON + 120 * SECOND);
-    EXPECT_EQ(all.times().gapCount, 2u);
-    EXPECT_EQ(all.times().gaps.size(), 2u);
+    EXPECT_EQ(all.times().gapCount, 2U);
+    EXPECT_EQ(all.times().gaps.size(), 2U);
     EXPECT_EQ(all.times().longestGap->length(), 20 * SECOND);
-    EXPECT_EQ(all.validFixes, 4u);
-    EXPECT_EQ(all.satellites.least(), 4u);
+    EXPECT_EQ(all.validFixes, 4U);
+    EXPECT_EQ(all.satellites.least(), 4U);
     EXPECT_EQ(all.satellites.median(), 6.5);
     EXPECT_EQ(all.altitude.greatest, 900);
     EXPECT_EQ(all.speed.greatest, 50 * 1.852);

@@ -27,7 +27,7 @@ string text(const TraceBytes& bytes) {
 }
 
 // Parts of epochs, told apart by stamp and size.
-EpochBuilder::Part part(timeStamp_t stamp, string payload, bool beginsEpoch = true) {
+EpochBuilder::Part part(timeStamp_t stamp, const string& payload, bool beginsEpoch = true) {
     EpochBuilder::Part result;
     result.bytes = messageOf(MSGID_GPS, stamp, payload);
     result.messages = 1;
@@ -53,7 +53,7 @@ string text(const std::vector<EpochBuilder::Part>& parts) {
 class SizeLimit {
 public:
     explicit SizeLimit(size_t size) {
-        std::signal(SIGXFSZ, SIG_IGN);
+        static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
         getrlimit(RLIMIT_FSIZE, &before);
         const rlimit limit = {size, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
@@ -379,7 +379,7 @@ TEST_F(TraceOutputTest, WritesToDevicesAsTheyAre) {
 }
 
 TEST_F(TraceOutputTest, TellsABrokenPipe) {
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
     const int reader = open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
     const InputFile input(path("log"));

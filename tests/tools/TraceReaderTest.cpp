@@ -88,7 +88,7 @@ void expectCovered(const std::vector<ReadItem>& items, size_t length) {
     uint64_t offset = 0;
     for (const ReadItem& item : items) {
         EXPECT_EQ(item.offset, offset);
-        EXPECT_GT(item.length, 0u);
+        EXPECT_GT(item.length, 0U);
         offset += item.length;
     }
     EXPECT_EQ(offset, length);
@@ -222,7 +222,7 @@ TEST(TraceReaderTest, SaysWhereDamageIsAndWhy) {
         const bool torn = reason.find("cut off") != std::string::npos;
         const TraceBytes behind = torn ? TraceBytes() : joined({{'\n'}, fix(11)});
         const auto items = readTrace(joined({fix(10), damage, behind}));
-        ASSERT_EQ(items.size(), torn ? 2u : 3u) << reason;
+        ASSERT_EQ(items.size(), torn ? 2U : 3U) << reason;
         EXPECT_EQ(items[1].kind, Kind::DAMAGE);
         EXPECT_EQ(items[1].offset, fix(10).size());
         EXPECT_EQ(items[1].length, damage.size() + (torn ? 0 : 1));
@@ -246,7 +246,7 @@ TEST(TraceReaderTest, EveryBeginningGivesItsWholeMessages) {
         const auto items = readTrace(beginningOf(trace, length));
         EXPECT_EQ(messagesOf(items), whole);
         expectCovered(items, length);
-        EXPECT_EQ(damageOf(items).size(), end < length ? 1u : 0u);
+        EXPECT_EQ(damageOf(items).size(), end < length ? 1U : 0U);
     }
 }
 
@@ -294,7 +294,7 @@ TEST(TraceReaderTest, AChangedByteCostsTheMessageThatHoldsIt) {
             const auto items = readTrace(spot.appliedTo(trace));
             expectCovered(items, trace.size());
             if (!isSoundSwallow(SMALL_TRACE, spot)) {
-                EXPECT_EQ(missing(spot.outside(SMALL_TRACE), messagesOf(items)), 0u)
+                EXPECT_EQ(missing(spot.outside(SMALL_TRACE), messagesOf(items)), 0U)
                     << testing::PrintToString(spot);
             }
         }
@@ -325,8 +325,8 @@ TEST(TraceReaderTest, LostAndInsertedBytesCostTheGpsMessagesTheyTouchAndOneOther
                 expectCovered(items, damaged.size());
                 const Messages found = messagesOf(items);
                 const Messages wanted = spot.outside(SMALL_TRACE);
-                EXPECT_EQ(missing(gpsOf(wanted), gpsOf(found)), 0u) << testing::PrintToString(spot);
-                EXPECT_LE(missing(wanted, found), 1u) << testing::PrintToString(spot);
+                EXPECT_EQ(missing(gpsOf(wanted), gpsOf(found)), 0U) << testing::PrintToString(spot);
+                EXPECT_LE(missing(wanted, found), 1U) << testing::PrintToString(spot);
             }
         }
     }
@@ -340,7 +340,7 @@ TEST(TraceReaderTest, FindsAGpsMessageBetweenTwoDamagedPlaces) {
     }
     const auto items = readTrace(bytes);
     EXPECT_EQ(messagesOf(items), (Messages{trace[0], trace[2], trace[4]}));
-    EXPECT_EQ(damageOf(items).size(), 2u);
+    EXPECT_EQ(damageOf(items).size(), 2U);
 }
 
 TEST(TraceReaderTest, FindsATraceBetweenOtherBytes) {
@@ -349,7 +349,7 @@ TEST(TraceReaderTest, FindsATraceBetweenOtherBytes) {
         const TraceBytes front = randomBytes(random, random() % 3000);
         const TraceBytes back = randomBytes(random, random() % 3000);
         const auto items = readTrace(joined({front, joined(SMALL_TRACE), back}));
-        EXPECT_EQ(missing(SMALL_TRACE, messagesOf(items)), 0u) << i;
+        EXPECT_EQ(missing(SMALL_TRACE, messagesOf(items)), 0U) << i;
     }
 }
 
@@ -360,7 +360,7 @@ TEST(TraceReaderTest, PassesOverAMegabyteOfAnything) {
          {TraceBytes(MEGABYTE, 0), TraceBytes(MEGABYTE, 0xFF), TraceBytes(MEGABYTE, '$'),
           randomBytes(random, MEGABYTE), gps(std::string(65523, 'x'))}) {
         const auto items = readTrace(joined({fix(10), block, {7}, fix(11), fix(12)}));
-        EXPECT_EQ(gpsOf(messagesOf(items)).size(), 3u);
+        EXPECT_EQ(gpsOf(messagesOf(items)).size(), 3U);
         expectCovered(items, fix(10).size() * 3 + block.size() + 1);
     }
 }
@@ -377,14 +377,14 @@ TEST(TraceReaderTest, FindsTheFirstOfManyShortMessagesBehindRandomBytes) {
     }
     for (int i = 0; i < 100; ++i) {
         const auto items = readTrace(joined({can(5), randomBytes(random, 4096), joined(cans)}));
-        EXPECT_LE(missing(cans, messagesOf(items)), 1u);
+        EXPECT_LE(missing(cans, messagesOf(items)), 1U);
     }
 }
 
 TEST(TraceReaderTest, KeepsOfLongDamageTheFront) {
     const TraceBytes zeros(300'000, 0);
     const auto items = readTrace(joined({fix(10), zeros, fix(11)}));
-    ASSERT_EQ(items.size(), 3u);
+    ASSERT_EQ(items.size(), 3U);
     EXPECT_EQ(items[1].length, zeros.size());
     EXPECT_EQ(items[1].bytes, TraceBytes(LONGEST, 0));
 }
@@ -394,7 +394,7 @@ TEST(TraceReaderTest, HoldsATornMessageWhole) {
     ASSERT_EQ(longest.size(), LONGEST);
     const TraceBytes torn = beginningOf(longest, LONGEST - 1);
     const auto items = readTrace(joined({fix(10), torn}));
-    ASSERT_EQ(items.size(), 2u);
+    ASSERT_EQ(items.size(), 2U);
     EXPECT_EQ(items[1].bytes, torn);
 }
 
@@ -412,7 +412,7 @@ TEST(TraceReaderTest, ReadsTheLongestMessages) {
     TraceBytes changed = joined(trace);
     changed[LONGEST] = 0x77;
     found = messagesOf(readTrace(changed));
-    EXPECT_EQ(missing(trace, found), 1u);
+    EXPECT_EQ(missing(trace, found), 1U);
 }
 
 TEST(TraceReaderTest, TakesTypesThatNobodyKnowsInTheirPlace) {
@@ -445,12 +445,12 @@ TEST(TraceReaderTest, TakesTheWholeLinesOfAMessageWhoseSizeFieldIsTooSmall) {
     TraceBytes message = gps("$GPGGA,1\n$GPRMC,2\n");
     message[1] = static_cast<uint8_t>(message[1] - 9);
     auto items = readTrace(joined({message, fix(10)}));
-    ASSERT_EQ(items.size(), 3u);
+    ASSERT_EQ(items.size(), 3U);
     EXPECT_EQ(items[0].payload, "$GPGGA,1\n");
-    EXPECT_EQ(items[1].length, 9u);
+    EXPECT_EQ(items[1].length, 9U);
     message[1] = static_cast<uint8_t>(message[1] + 1);
     items = readTrace(joined({message, fix(10)}));
-    ASSERT_EQ(items.size(), 2u);
+    ASSERT_EQ(items.size(), 2U);
     EXPECT_EQ(items[0].kind, Kind::DAMAGE);
 }
 
@@ -510,7 +510,7 @@ TEST(TraceReaderTest, ATornEndOfAGrowingTraceMayBeReplaced) {
     InputFile input(file.path());
     TraceReader reader(input);
     reader.setGrowing(true);
-    EXPECT_EQ(readAll(reader).size(), 1u);
+    EXPECT_EQ(readAll(reader).size(), 1U);
     file.cut(fix(10).size());
     EXPECT_TRUE(readAll(reader).empty());
     file.append(fix(12));
@@ -523,10 +523,10 @@ TEST(TraceReaderTest, GrowingEndsAreDamageOnceTheyGrowNoMore) {
     InputFile input(file.path());
     TraceReader reader(input);
     reader.setGrowing(true);
-    EXPECT_EQ(readAll(reader).size(), 1u);
+    EXPECT_EQ(readAll(reader).size(), 1U);
     reader.setGrowing(false);
     const auto items = readAll(reader);
-    ASSERT_EQ(items.size(), 1u);
+    ASSERT_EQ(items.size(), 1U);
     EXPECT_EQ(items[0].kind, Kind::DAMAGE);
     EXPECT_EQ(items[0].bytes, torn);
 }

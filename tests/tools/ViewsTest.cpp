@@ -29,7 +29,7 @@ std::string shown(bool isRaw, const std::string& prefix, const std::function<voi
         output.commit();
     }
     std::ifstream file(path, std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    std::string text(std::istreambuf_iterator<char>(file), {});
     fs::remove(path);
     return text;
 }
@@ -84,7 +84,7 @@ TEST(ViewsTest, TheLineIsTheOneOfTheLibrary) {
             messages.back().addRecord(sentence);
         }
     }
-    ASSERT_GT(messages.size(), 3u);
+    ASSERT_GT(messages.size(), 3U);
     std::string expected;
     for (const MessageBase& message : messages) {
         expected += message.toString() + "\n";

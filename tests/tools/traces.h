@@ -37,10 +37,10 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() { close(fd); }
 
-    void append(const TraceBytes& content) {
+    void append(const TraceBytes& content) const {
         EXPECT_EQ(write(fd, content.data(), content.size()), static_cast<ssize_t>(content.size()));
     }
-    void cut(size_t length) {
+    void cut(size_t length) const {
         EXPECT_EQ(ftruncate(fd, static_cast<off_t>(length)), 0);
         lseek(fd, 0, SEEK_END);
     }
@@ -48,7 +48,7 @@ public:
     int descriptor() const { return fd; }
 
     /// All that it holds; it is empty then.
-    std::string take() {
+    std::string take() const {
         std::string content(static_cast<size_t>(lseek(fd, 0, SEEK_END)), '\0');
         EXPECT_EQ(pread(fd, content.data(), content.size(), 0),
                   static_cast<ssize_t>(content.size()));

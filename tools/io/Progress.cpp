@@ -10,7 +10,7 @@ namespace vextools {
 
 namespace {
 
-constexpr uint64_t BYTES_BETWEEN_LOOKS = 64 * 1024;
+constexpr uint64_t BYTES_BETWEEN_LOOKS = uint64_t{64} * 1024;
 constexpr uint64_t NEVER = std::numeric_limits<uint64_t>::max();
 constexpr std::chrono::milliseconds QUIET_TIME{1000};
 constexpr std::chrono::milliseconds TIME_BETWEEN_LINES{200};
@@ -55,7 +55,7 @@ void Progress::look(uint64_t done) {
 void Progress::show(const std::string& text) {
     const std::string rest(width > text.size() ? width - text.size() : 0, ' ');
     const std::string line = '\r' + text + rest + (text.empty() ? "\r" : "");
-    static_cast<void>(!write(terminal, line.data(), line.size()));
+    [[maybe_unused]] const ssize_t written = write(terminal, line.data(), line.size());
     width = text.size();
 }
 

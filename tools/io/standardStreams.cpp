@@ -20,7 +20,7 @@ void holdStandardStreams() {
 void tell(std::string_view text) {
     Progress::erase();
     const std::string line = fmt::format("vextrace: {}\n", text);
-    static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
 }
 
 }  // namespace vextools

@@ -72,6 +72,19 @@ std::span<const uint8_t> payloadOf(const uint8_t* message, size_t length) {
     return std::span(message, length).subspan(MessageBase::MO_BASE_DERIVED);
 }
 
+// What a GPS message says of the chain that leads to it. Nothing where it may be one as others
+// write it, nor where the message is of another type.
+std::optional<Verdict> verdictOfGps(const uint8_t* message, size_t length) {
+    if (messageId(message) != MSGID_GPS) {
+        return std::nullopt;
+    }
+    const auto payload = payloadOf(message, length);
+    if (isCanonical(payload)) {
+        return Verdict::SOUND;
+    }
+    return holdsNul(payload) ? std::optional(Verdict::UNSOUND) : std::nullopt;
+}
+
 }  // namespace
 
 Resync::Place Resync::find(uint64_t from, uint64_t to) {
@@ -199,7 +212,7 @@ bool Resync::gpsBegins(uint64_t from, uint64_t to) {
         }
         const uint8_t* const front = window.at(offset);
         if (messageId(front) == MSGID_GPS && mayBeHeader(front) &&
-            judge(offset) == Verdict::SOUND) {
+            judgeGps(offset, messageLength(front)) == Verdict::SOUND) {
             return true;
         }
     }
@@ -276,14 +289,8 @@ Verdict Resync::chainFrom(uint64_t start, std::optional<timeStamp_t> time, unsig
             return growing ? Verdict::UNDECIDED : Verdict::UNSOUND;
         }
         const uint8_t* const message = window.at(offset);
-        if (messageId(message) == MSGID_GPS) {
-            const auto payload = payloadOf(message, length);
-            if (isCanonical(payload)) {
-                return Verdict::SOUND;
-            }
-            if (holdsNul(payload)) {
-                return Verdict::UNSOUND;
-            }
+        if (const std::optional<Verdict> verdict = verdictOfGps(message, length)) {
+            return *verdict;
         }
         evidence += evidenceOf(messageId(message));
         evidence += time && areNear(messageStamp(message), *time) ? EVIDENCE_OF_TIME : 0;

@@ -281,7 +281,7 @@ void TraceOutput::countWhole(size_t done) {
         *end += whole;
     }
     if (end && whole < done) {
-        static_cast<void>(!ftruncate(fd, static_cast<off_t>(*end)));
+        [[maybe_unused]] const int failed = ftruncate(fd, static_cast<off_t>(*end));
     }
 }
 

@@ -44,6 +44,8 @@ class TraceReader {
 public:
     /// \param input  read from its current position on; must outlive the reader
     explicit TraceReader(InputFile& input);
+    TraceReader(const TraceReader&) = delete;
+    TraceReader& operator=(const TraceReader&) = delete;
     ~TraceReader();
 
     /// \throws DataError on a read error; what was complete before has been given out

@@ -7,7 +7,7 @@ namespace vextools {
 
 namespace {
 
-constexpr size_t READ_AT_ONCE = 128 * 1024;
+constexpr size_t READ_AT_ONCE = size_t{128} * 1024;
 constexpr size_t CAPACITY = TraceWindow::ROOM + READ_AT_ONCE;
 
 }  // namespace
@@ -23,7 +23,7 @@ size_t TraceWindow::available(uint64_t offset, size_t count) {
 
 void TraceWindow::readMore() {
     if (CAPACITY - held < READ_AT_ONCE) {
-        const size_t passed = static_cast<size_t>(kept - begin);
+        const auto passed = static_cast<size_t>(kept - begin);
         std::memmove(buffer.get(), buffer.get() + passed, held - passed);
         begin = kept;
         held -= passed;

@@ -13,9 +13,9 @@ namespace vextools {
 class TraceWindow {
 public:
     /// Bytes that may be held at once, from keepFrom() on.
-    static constexpr size_t ROOM = 576 * 1024;
+    static constexpr size_t ROOM = size_t{576} * 1024;
 
-    explicit TraceWindow(InputFile& input);
+    explicit TraceWindow(InputFile& source);
 
     /// How many of the \p count bytes from \p offset on are there; reads where they are not held
     /// yet. A read error counts as the end of the input here. At most ROOM bytes from keepFrom()
