@@ -42,6 +42,9 @@ timeStamp_t nanoseconds(double seconds) {
 /// Writes summaries as they come, so that thousands of them need no memory.
 class Report {
 public:
+    Report() = default;
+    Report(const Report&) = delete;
+    Report& operator=(const Report&) = delete;
     virtual ~Report() = default;
     virtual void addTrace(const std::string& name, const Summary& summary) = 0;
     virtual void addAll(uint64_t traces, const Summary& all) = 0;
