@@ -130,6 +130,47 @@ TEST(SummaryTest, CountsChecksumsOfAllSentences) {
     EXPECT_EQ(summary.noChecksums, 2U);
 }
 
+TEST(SummaryTest, TellsOfEachCodeItsWrongChecksumsAndItsTimes) {
+    const std::string right = withChecksum("$GPGSA,A");
+    const std::string wrong = "$GPGSA,1*00\r\n";
+    const timeStamp_t undated = 3600 * SECOND;
+    const std::vector<TraceBytes> first = {messageOf(22, NOON + 7, right + "$PNONE\n"),
+                                           messageOf(22, undated, wrong + "$PDAY,\n")};
+    const std::vector<TraceBytes> second = {messageOf(22, NOON + 9, "$PNONE\n"),
+                                            messageOf(22, NOON + 2, wrong)};
+    Summary all = summaryOf(first);
+    all.merge(summaryOf(second));
+    const std::vector<SentenceCounts::Row> rows = all.sentences.rows();
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[0].code, "$GPGSA");
+    EXPECT_EQ(rows[0].number, 3u);
+    EXPECT_EQ(rows[0].wrongChecksums, 2u);
+    EXPECT_EQ(rows[0].first, NOON + 2);
+    EXPECT_EQ(rows[0].last, NOON + 7);
+    EXPECT_EQ(rows[1].code, "$PDAY,");
+    EXPECT_EQ(rows[1].wrongChecksums, 0u);
+    EXPECT_FALSE(rows[1].first);
+    EXPECT_EQ(rows[2].code, "$PNONE");
+    EXPECT_EQ(rows[2].number, 2u);
+    EXPECT_EQ(rows[2].first, NOON + 7);
+    EXPECT_EQ(rows[2].last, NOON + 9);
+}
+
+TEST(SummaryTest, KnowsHowLongAndHowFastItMoved) {
+    const auto at = [](timeStamp_t seconds, const char* knots) {
+        return fixAt(NOON + seconds * SECOND, {.knots = knots});
+    };
+    // 15 and 10 knots in the mean; then a gap, and 20 and 0 behind it.
+    Summary all = summaryOf({at(0, "10"), at(1, "20"), at(3, "0"), at(60, "20"), at(61, "20"),
+                             at(62, "0"), at(63, "0")});
+    EXPECT_EQ(all.motion.known(), 6 * SECOND);
+    EXPECT_EQ(all.motion.moving(), 5 * SECOND);
+    EXPECT_DOUBLE_EQ(*all.motion.mean(), (15 + 2 * 10 + 20 + 10) * 1.852 / 6);
+    EXPECT_DOUBLE_EQ(*all.motion.meanWhileMoving(), (15 + 2 * 10 + 20 + 10) * 1.852 / 5);
+    all.merge(summaryOf({at(0, "30"), at(2, "30")}));
+    EXPECT_EQ(all.motion.known(), 8 * SECOND);
+}
+
 TEST(SummaryTest, KnowsTheEarliestAndTheLatestTime) {
     const Summary summary = summaryOf({plain(NOON + 2), plain(NOON + 1), plain(NOON + 7)});
     EXPECT_EQ(summary.times().first, NOON + 1);

@@ -52,40 +52,71 @@ void TimeSpan::merge(const TimeSpan& other) {
                 other.gaps.begin() + static_cast<std::ptrdiff_t>(room));
 }
 
-void SentenceCounts::add(std::string_view code, uint64_t number) {
+// Null where there is no room for another code.
+SentenceCounts::Row* SentenceCounts::rowOf(std::string_view code) {
     if (expected >= counts.size() || counts[expected].code != code) {
         const auto place = std::find_if(counts.begin(), counts.end(),
-                                        [code](const Count& count) { return count.code == code; });
+                                        [code](const Row& row) { return row.code == code; });
         expected = static_cast<size_t>(place - counts.begin());
         if (place == counts.end()) {
             if (counts.size() == MOST_CODES) {
-                further += number;
-                return;
+                return nullptr;
             }
-            counts.push_back({std::string(code), 0});
+            counts.emplace_back().code = code;
         }
     }
-    counts[expected].number += number;
-    ++expected;
+    return &counts[expected++];
+}
+
+void SentenceCounts::add(std::string_view code, Checksum checksum,
+                         std::optional<timeStamp_t> stamp) {
+    Row* const row = rowOf(code);
+    if (row == nullptr) {
+        ++further;
+        return;
+    }
+    ++row->number;
+    row->wrongChecksums += checksum == Checksum::WRONG ? 1 : 0;
+    if (stamp) {
+        row->first = std::min(row->first.value_or(*stamp), *stamp);
+        row->last = std::max(row->last.value_or(*stamp), *stamp);
+    }
 }
 
 void SentenceCounts::merge(const SentenceCounts& other) {
-    for (const Count& count : other.counts) {
-        add(count.code, count.number);
+    for (const Row& added : other.counts) {
+        Row* const row = rowOf(added.code);
+        if (row == nullptr) {
+            further += added.number;
+            continue;
+        }
+        row->number += added.number;
+        row->wrongChecksums += added.wrongChecksums;
+        if (added.first) {
+            row->first = std::min(row->first.value_or(*added.first), *added.first);
+            row->last = std::max(row->last.value_or(*added.last), *added.last);
+        }
     }
     further += other.further;
 }
 
 uint64_t SentenceCounts::total() const {
     return std::accumulate(counts.begin(), counts.end(), further,
-                           [](uint64_t sum, const Count& count) { return sum + count.number; });
+                           [](uint64_t sum, const Row& row) { return sum + row.number; });
 }
 
 std::map<std::string, uint64_t> SentenceCounts::byCode() const {
     std::map<std::string, uint64_t> sorted;
-    for (const Count& count : counts) {
-        sorted.emplace(count.code, count.number);
+    for (const Row& row : counts) {
+        sorted.emplace(row.code, row.number);
     }
+    return sorted;
+}
+
+std::vector<SentenceCounts::Row> SentenceCounts::rows() const {
+    std::vector<Row> sorted = counts;
+    std::sort(sorted.begin(), sorted.end(),
+              [](const Row& a, const Row& b) { return a.code < b.code; });
     return sorted;
 }
 
@@ -137,10 +168,14 @@ void ValueRange::merge(const ValueRange& other) {
 }
 
 void Summary::add(const TraceItem& item) {
+    add(item, item.gps ? fixOf(*item.gps) : std::nullopt);
+}
+
+void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
     bytes += item.length;
     switch (item.kind) {
         case TraceItem::Kind::GPS:
-            addGps(*item.gps);
+            addGps(*item.gps, fix);
             break;
         case TraceItem::Kind::OTHER:
             ++otherMessages;
@@ -155,19 +190,22 @@ void Summary::add(const TraceItem& item) {
     }
 }
 
-void Summary::addGps(const GPSTraceMessage& gps) {
+void Summary::addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix) {
     ++gpsMessages;
     addSentences(gps);
     addTime(gps.getTimeStamp());
-    if (const std::optional<Fix> fix = fixOf(gps)) {
+    if (fix) {
         addFix(*fix);
     }
 }
 
 void Summary::addSentences(const GPSTraceMessage& gps) {
+    const timeStamp_t stamp = gps.getTimeStamp();
+    const auto dateStamp = stamp >= FIRST_DATED ? std::optional(stamp) : std::nullopt;
     for (const auto& [code, sentence] : gps.getSentences()) {
-        sentences.add(withoutLineEnd(code));
-        switch (storedChecksum(sentence)) {
+        const Checksum checksum = storedChecksum(sentence);
+        sentences.add(withoutLineEnd(code), checksum, dateStamp);
+        switch (checksum) {
             case Checksum::WRONG:
                 ++wrongChecksums;
                 break;
@@ -204,6 +242,7 @@ void Summary::addFix(const Fix& fix) {
     if (fix.satellites) {
         satellites.add(*fix.satellites);
     }
+    motion.add(fix.stamp, fix.speed, allowedGap);
     if (fix.speed) {
         speed.add(*fix.speed);
     }
@@ -216,6 +255,7 @@ void Summary::endTrace() {
     dated.endTrace();
     undated.endTrace();
     path.end();
+    motion.endTrace();
 }
 
 void Summary::merge(const Summary& other) {
@@ -239,6 +279,7 @@ void Summary::merge(const Summary& other) {
     speed.merge(other.speed);
     altitude.merge(other.altitude);
     positions.merge(other.positions);
+    motion.merge(other.motion);
     dated.merge(other.dated);
     undated.merge(other.undated);
 }

@@ -11,6 +11,7 @@
 #include "libvextrace/GPSTraceMessage.h"
 #include "tools/nmea/Fix.h"
 #include "tools/trace/BoundingBox.h"
+#include "tools/trace/Motion.h"
 #include "tools/trace/Path.h"
 #include "tools/trace/TraceReader.h"
 
@@ -48,10 +49,21 @@ private:
 /// How many sentences there are of each code.
 class SentenceCounts {
 public:
+    /// Of one code.
+    struct Row {
+        std::string code;  ///< without a line end
+        uint64_t number = 0;
+        uint64_t wrongChecksums = 0;
+        std::optional<timeStamp_t> first;  ///< the earliest time stamp of those that have a date
+        std::optional<timeStamp_t> last;   ///< the latest
+    };
+
     /// Different codes that are told apart; those of further ones are counted together.
     static constexpr size_t MOST_CODES = 1000;
 
-    void add(std::string_view code, uint64_t number = 1);
+    /// \param stamp  of its message; nothing where that has no date
+    void add(std::string_view code, Checksum checksum = Checksum::NONE,
+             std::optional<timeStamp_t> stamp = std::nullopt);
     void merge(const SentenceCounts& other);
 
     uint64_t total() const;
@@ -59,14 +71,13 @@ public:
     uint64_t others() const { return further; }
     /// In ascending order of the codes, which have no line end.
     std::map<std::string, uint64_t> byCode() const;
+    /// In ascending order of the codes.
+    std::vector<Row> rows() const;
 
 private:
-    struct Count {
-        std::string code;
-        uint64_t number;
-    };
+    Row* rowOf(std::string_view code);
 
-    std::vector<Count> counts;
+    std::vector<Row> counts;
     size_t expected = 0;  // most messages hold the codes of the one before, in the same order
     uint64_t further = 0;
 };
@@ -114,6 +125,9 @@ public:
     /// Adds what a reader gave out, in order.
     void add(const TraceItem& item);
 
+    /// The same, where the fix of a GPS message is known already.
+    void add(const TraceItem& item, const std::optional<Fix>& fix);
+
     /// The trace has ended: neither a gap nor a distance leads to the next one.
     void endTrace();
 
@@ -143,9 +157,10 @@ public:
     ValueRange speed;     ///< km/h
     ValueRange altitude;  ///< metres
     BoundingBox positions;
+    Motion motion;
 
 private:
-    void addGps(const GPSTraceMessage& gps);
+    void addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix);
     void addSentences(const GPSTraceMessage& gps);
     void addTime(timeStamp_t stamp);
     void addFix(const Fix& fix);
