@@ -1,0 +1,61 @@
+#include "tools/report/markup.h"
+
+namespace vextools {
+
+namespace {
+
+template <class Replacement>
+std::string replaced(std::string_view text, Replacement replacement) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        const std::string_view other = replacement(c);
+        if (other.empty()) {
+            result += c;
+        } else {
+            result += other;
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+std::string html(std::string_view text) {
+    return replaced(text, [](char c) -> std::string_view {
+        switch (c) {
+            case '&':
+                return "&amp;";
+            case '<':
+                return "&lt;";
+            case '>':
+                return "&gt;";
+            case '"':
+                return "&quot;";
+            case '\'':
+                return "&#39;";
+            default:
+                return {};
+        }
+    });
+}
+
+// Outside of strings JSON has none of these characters.
+std::string jsonInPage(const nlohmann::json& value) {
+    constexpr bool ASCII = true;
+    const std::string text = value.dump(-1, ' ', ASCII, nlohmann::json::error_handler_t::replace);
+    return replaced(text, [](char c) -> std::string_view {
+        switch (c) {
+            case '&':
+                return "\\u0026";
+            case '<':
+                return "\\u003c";
+            case '>':
+                return "\\u003e";
+            default:
+                return {};
+        }
+    });
+}
+
+}  // namespace vextools

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace vextools {
+
+/// page.html with the style and the scripts in it; what differs from drive to drive stands in it as
+/// {{name}}.
+std::string_view pageTemplate();
+
+}  // namespace vextools
