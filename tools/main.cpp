@@ -64,6 +64,7 @@ int run(std::vector<std::string> arguments) {
     addExport(app, status);
     addCheck(app, status);
     addRepair(app, status);
+    addReport(app, status);
     try {
         app.parse(arguments);
     } catch (const CLI::ParseError& error) {

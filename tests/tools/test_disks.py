@@ -11,6 +11,7 @@ WRITING = {
     "record": ["record", "-o", "disk/out", DRIVE],
     "export": ["export", "--to", "gpx", "-o", "disk/out", "trace"],
     "repair": ["repair", "trace", "disk/out"],
+    "report": ["report", "-o", "disk/out", "trace"],
 }
 
 
@@ -44,14 +45,14 @@ def refused(result, status, line):
     assert result.stderr.decode() == f"vextrace: {line}\n"
 
 
-@pytest.mark.parametrize("command", ["export", "repair"])
+@pytest.mark.parametrize("command", ["export", "repair", "report"])
 def test_a_full_disk_holds_nothing_that_is_half_written(vextrace, disk, command):
     result = vextrace(*WRITING[command])
     refused(result, 1, "disk/out: cannot be written: No space left on device")
     assert os.listdir(disk) == []
 
 
-@pytest.mark.parametrize("command", ["export", "repair"])
+@pytest.mark.parametrize("command", ["export", "repair", "report"])
 def test_a_full_disk_keeps_the_file_that_was_to_be_replaced(vextrace, disk, command):
     (disk / "out").write_bytes(b"precious")
     result = vextrace(*WRITING[command], "--force")
@@ -85,7 +86,8 @@ def test_inputs_on_a_disk_for_reading_are_read(vextrace, disk):
     (disk / "in").write_bytes(small)
     mount("-o", "remount,ro", disk)
     for arguments in (["show", "disk/in"], ["info", "disk/in"], ["repair", "disk/in", "-"],
-                      ["export", "--to", "csv", "disk/in"], ["record", "disk/in"]):
+                      ["export", "--to", "csv", "disk/in"], ["report", "disk/in"],
+                      ["record", "disk/in"]):
         result = vextrace(*arguments)
         assert result.returncode == 0, arguments
         assert result.stdout != b""

@@ -17,5 +17,6 @@ void addInfo(CLI::App& app, ExitStatus& status);
 void addExport(CLI::App& app, ExitStatus& status);
 void addCheck(CLI::App& app, ExitStatus& status);
 void addRepair(CLI::App& app, ExitStatus& status);
+void addReport(CLI::App& app, ExitStatus& status);
 
 }  // namespace vextools
