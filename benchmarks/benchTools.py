@@ -52,6 +52,7 @@ def commands(trace):
         "info": lambda: Run(VEXTRACE, "info", trace),
         "check": lambda: Run(VEXTRACE, "check", LOG, trace),
         "repair": lambda: Run(VEXTRACE, "repair", trace, fresh("repaired.trace")),
+        "report": lambda: Run(VEXTRACE, "report", "-o", fresh("report.html"), trace),
     }
     for name in FORMATS:
         works[f"export {name}"] = lambda name=name: Run(
@@ -87,10 +88,14 @@ def main():
         "at least 12")
     row("record", seconds["record"], memory["record"], "the whole road",
         seconds["record"] / base["road"], "at most 2")
-    for name in list(works)[1:]:
+    row("report", seconds["report"], memory["report"], "info", seconds["report"] / seconds["info"],
+        "at most 2")
+    for name in [name for name in works if name not in ("record", "report")]:
         row(name, seconds[name], memory[name], "decoding", seconds[name] / base["decode"],
             "" if name == "repair" else "at most 3")
-    print(f"\nMemory below 32 MB: {'yes' if max(memory.values()) < 32e6 else 'NO'}")
+    report = memory.pop("report")
+    print(f"\nMemory below 32 MB: {'yes' if max(memory.values()) < 32e6 else 'NO'}; "
+          f"of report below 64 MB: {'yes' if report < 64e6 else 'NO'}")
 
 
 main()
