@@ -109,7 +109,7 @@ if(VEXTRACE_TOOLS)
     vextrace_package(vextrace_tools vextrace-tools utils
         "GPS receivers as traces of vehicle data loggers - program"
         "This is the program vextrace. It records GPS receivers, and shows, sums up,
-exports, checks and mends traces.")
+draws, exports, checks and mends traces.")
     vextrace_package_links(vextrace_tools)
 endif()
 
