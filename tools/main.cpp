@@ -13,6 +13,7 @@
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/version.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/suggestion.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
@@ -36,20 +37,23 @@ int showHelp(const CLI::App& app, const CLI::ParseError& request) {
     return STATUS_OK;
 }
 
-// The arguments in the order that CLI11 wants, the last one first. It takes "[a]" for a list, which
-// "./[a]" is not.
-std::vector<std::string> reversed(int argc, char* argv[]) {
+// CLI11 takes "[a]" for a list, which "./[a]" is not.
+std::vector<std::string> argumentsOf(int argc, char* argv[]) {
     std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     for (std::string& argument : arguments) {
         if (argument.starts_with('[') && argument.ends_with(']')) {
             argument.insert(0, "./");
         }
     }
-    std::reverse(arguments.begin(), arguments.end());
     return arguments;
 }
 
-int run(std::vector<std::string> arguments) {
+int refuse(const CLI::App& app, const CLI::ParseError& error,
+           const std::vector<std::string>& arguments) {
+    return fail(STATUS_USAGE, unknownName(app, arguments).value_or(escaped(error.what())));
+}
+
+int run(const std::vector<std::string>& arguments) {
     CLI::App app(
         "Records GPS receivers as traces, and looks at, converts, checks and mends them.\n"
         "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
@@ -66,10 +70,10 @@ int run(std::vector<std::string> arguments) {
     addRepair(app, status);
     addReport(app, status);
     try {
-        app.parse(arguments);
+        // It wants the last one first.
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
-        return error.get_exit_code() == 0 ? showHelp(app, error)
-                                          : fail(STATUS_USAGE, escaped(error.what()));
+        return error.get_exit_code() == 0 ? showHelp(app, error) : refuse(app, error, arguments);
     }
     return status;
 }
@@ -82,7 +86,7 @@ int main(int argc, char* argv[]) {
     static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));  // likewise
     GPSTraceMessage::registerMessage();
     try {
-        return run(reversed(argc, argv));
+        return run(argumentsOf(argc, argv));
     } catch (const BrokenPipe&) {
         return STATUS_OK;
     } catch (const UsageError& error) {

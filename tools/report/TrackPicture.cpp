@@ -96,7 +96,7 @@ std::string mark(std::string_view id, TrackPicture::Spot spot, std::string_view 
 
 }  // namespace
 
-SpeedScale::SpeedScale(double fastest) : width(1), count(1) {
+SpeedScale::SpeedScale(double fastest) {
     static constexpr std::array FACTORS = {2.0, 2.5, 2.0};  // 1, 2, 5, 10
     for (size_t i = 0; std::ceil(fastest / width) > MOST_STEPS; ++i) {
         width *= FACTORS[i % FACTORS.size()];

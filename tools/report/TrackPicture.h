@@ -26,8 +26,8 @@ public:
     std::string colour(size_t index) const;
 
 private:
-    double width;
-    size_t count;
+    double width = 1;
+    size_t count = 1;
 };
 
 /// A track drawn as SVG: north is up, and at each place the scale is the same in both directions

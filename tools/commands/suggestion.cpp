@@ -1,0 +1,106 @@
+#include "tools/commands/suggestion.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <string_view>
+
+#include "tools/io/escape.h"
+
+namespace vextools {
+
+namespace {
+
+// How many letters must be changed, put in or left out to make one of the other.
+size_t distance(std::string_view from, std::string_view to) {
+    std::vector<size_t> row(to.size() + 1);
+    std::iota(row.begin(), row.end(), size_t{0});
+    for (size_t i = 0; i < from.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (size_t k = 0; k < to.size(); ++k) {
+            const size_t changed = diagonal + (from[i] == to[k] ? 0 : 1);
+            diagonal = row[k + 1];
+            row[k + 1] = std::min({changed, row[k] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+// "; did you mean NAME?", or nothing where no name is near.
+std::string hint(const std::string& word, const std::vector<std::string>& names) {
+    const auto nearest = std::min_element(names.begin(), names.end(),
+                                          [&](const std::string& a, const std::string& b) {
+                                              return distance(word, a) < distance(word, b);
+                                          });
+    const bool isNear = nearest != names.end() && distance(word, *nearest) <= word.size() / 3;
+    return isNear ? fmt::format("; did you mean {}?", *nearest) : std::string();
+}
+
+std::vector<std::string> commandNames(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands({})) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+std::vector<std::string> optionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+        for (const std::string& name : option->get_snames()) {
+            names.push_back("-" + name);
+        }
+    }
+    return names;
+}
+
+// The name of an option in an argument: all of "--fix", some of "--gap=3" and "-otrace".
+std::string optionName(const std::string& argument) {
+    return argument.starts_with("--") ? argument.substr(0, argument.find('='))
+                                      : argument.substr(0, 2);
+}
+
+bool isOption(const std::string& argument) {
+    const bool isNegativeNumber = argument.size() > 1 && argument[1] >= '0' && argument[1] <= '9';
+    return argument.size() > 1 && argument[0] == '-' && argument != "--" && !isNegativeNumber;
+}
+
+bool exists(const std::string& name, const std::vector<std::string>& names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace
+
+std::optional<std::string> unknownName(const CLI::App& app,
+                                       const std::vector<std::string>& arguments) {
+    const CLI::App* command = &app;
+    for (const std::string& argument : arguments) {
+        if (argument == "--") {
+            break;
+        }
+        if (isOption(argument)) {
+            const std::string name = optionName(argument);
+            const std::vector<std::string> names = optionNames(*command);
+            if (!exists(name, names)) {
+                return fmt::format("{}: no option of {}{}", escaped(name), command->get_name(),
+                                   hint(name, names));
+            }
+        } else if (command == &app) {
+            const std::vector<std::string> names = commandNames(app);
+            if (!exists(argument, names)) {
+                return fmt::format("{}: no command{}", escaped(argument), hint(argument, names));
+            }
+            command = app.get_subcommand(argument);
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace vextools

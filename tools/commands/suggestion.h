@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace vextools {
+
+/// What is wrong with a command line that was refused, where a command or an option in it does not
+/// exist, and the nearest name that does: "--fixs: no option of show; did you mean --fix?".
+/// \param arguments  in their order, without the program's name
+/// \return nothing where all names exist
+std::optional<std::string> unknownName(const CLI::App& app,
+                                       const std::vector<std::string>& arguments);
+
+}  // namespace vextools
