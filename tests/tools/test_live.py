@@ -513,3 +513,18 @@ def test_goes_on_on_a_line_when_killed(start, line, tmp_path):
     assert held and len(held) == len(set(held)) and set(held) <= set(sent)
     places = [min(sent[text] for text in texts) for _, texts in walk(recorder.trace())]
     assert places == sorted(places)
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGHUP])
+def test_records_what_was_sent_before_a_signal(start, pipe, number):
+    recorder = start("--idle", NEVER, stdin=pipe[0])
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    recorder.process.send_signal(signal.SIGSTOP)
+    os.write(pipe[1], GSV + LAST)
+    recorder.process.send_signal(number)
+    recorder.process.send_signal(signal.SIGCONT)
+    status, _ = recorder.end()
+    assert status == 128 + number
+    assert recorder.trace() == (message(STAMP, RMC) + message(NEXT_STAMP, GSV, NEXT)
+                                + message(LAST_STAMP, LAST))

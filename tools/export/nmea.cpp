@@ -1,10 +1,15 @@
+#include <optional>
+#include <string>
+
 #include "tools/export/Format.h"
+#include "tools/nmea/sentence.h"
 
 namespace vextools {
 
 namespace {
 
-/// The sentences as the messages hold them, line ends included.
+/// The sentences as the messages hold them, line ends included. Where the stamp changes, one that
+/// tells the time comes first, so that no other sentence seems to belong to the epoch before.
 class Nmea : public Format {
 public:
     using Format::Format;
@@ -12,10 +17,30 @@ public:
     Content content() const override { return Content::SENTENCES; }
 
     void addMessage(const GPSTraceMessage& message) override {
+        const std::string* const first = message.getTimeStamp() == stamp ? nullptr : timed(message);
+        stamp = message.getTimeStamp();
+        if (first != nullptr) {
+            out.write(*first);
+        }
         for (const auto& [code, sentence] : message.getSentences()) {
-            out.write(sentence);
+            if (&sentence != first) {
+                out.write(sentence);
+            }
         }
     }
+
+private:
+    // The first sentence that tells the time; null where none does.
+    static const std::string* timed(const GPSTraceMessage& message) {
+        for (const auto& [code, sentence] : message.getSentences()) {
+            if (timeOf(sentence)) {
+                return &sentence;
+            }
+        }
+        return nullptr;
+    }
+
+    std::optional<timeStamp_t> stamp;  // of the message before
 };
 
 }  // namespace

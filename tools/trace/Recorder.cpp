@@ -86,6 +86,7 @@ Recorder::Ending Recorder::follow() {
     while (true) {
         const int ready = wait();
         if (const int signal = StopSignals::caught(); signal != 0) {
+            readWhatIsThere();
             return {std::string("by ") + signalName(signal), SIGNAL_STATUS + signal, {}};
         }
         if (ready == 0) {
@@ -95,6 +96,17 @@ Recorder::Ending Recorder::follow() {
                 return *std::move(ending);
             }
         }
+    }
+}
+
+// What a receiver sent before a signal came may lie in the kernel still. A file has no such bytes,
+// and what never pauses has no end to wait for.
+void Recorder::readWhatIsThere() {
+    constexpr uint64_t MOST = uint64_t{1} << 20;
+    const uint64_t end = framer.counters().bytesRead + MOST;
+    pollfd waiting = {input.descriptor(), POLLIN, 0};
+    while (!input.size() && StopSignals::count() == 1 && framer.counters().bytesRead < end &&
+           poll(&waiting, 1, 0) > 0 && !readOn()) {
     }
 }
 

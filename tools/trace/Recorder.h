@@ -52,6 +52,7 @@ private:
     void passOverRest();
     Ending follow();
     std::optional<Ending> readOn();
+    void readWhatIsThere();
     int wait();
     Ending endOfInput() const;
     void take(std::string_view bytes);
