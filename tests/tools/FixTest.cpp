@@ -239,3 +239,49 @@ TEST(FixTest, IsDoubtfulWhenEitherChecksumIsWrong) {
     EXPECT_FALSE(fixOfSentences(RMC, unsummed)->isDoubtful());
     EXPECT_EQ(fixOfSentences(RMC, unsummed)->ggaChecksum, Checksum::NONE);
 }
+
+// A receiver that sends more than one RMC or GGA in an epoch.
+TEST(FixReaderTest, TellsRepetitionsOfAFix) {
+    FixReader reader;
+    GPSTraceMessage both(STAMP, RMC);
+    both.addRecord(GGA);
+    EXPECT_FALSE(reader.read(both)->repeats);
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP, GGA))->repeats);
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    EXPECT_TRUE(reader.read(both)->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, "$GPGSV,1,1,00*79")));
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP, GGA))->repeats);
+}
+
+TEST(FixReaderTest, TakesAFixOfAnotherTimeForAnother) {
+    FixReader reader;
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, RMC))->repeats);
+    // A coarse clock.
+    const std::string later = "$GPRMC,123519.1,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A";
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, later))->repeats);
+    const std::string same = "$GPRMC,123519.100,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A";
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP + 1, same))->repeats);
+    const std::string untimed = "$GPRMC,,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A";
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, untimed))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, untimed))->repeats);
+}
+
+TEST(FixReaderTest, TakesWhatBringsASentenceOrIsBetterForAnother) {
+    FixReader reader;
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, GGA))->repeats);
+    const std::string invalid = "$GPRMC,123519,V,,,,,,,230394,,,N";
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, invalid))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, RMC))->repeats);
+    const std::string wrong = RMC.substr(0, RMC.find('*')) + "*63";
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, wrong))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, RMC))->repeats);
+}
+
+TEST(FixReaderTest, BeginsAnewWithATrace) {
+    FixReader reader;
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    reader.endTrace();
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+}

@@ -222,11 +222,24 @@ TEST(SummaryTest, CountsFixesByValidity) {
     doubtful.back() = '\n';
     doubtful[40] = static_cast<uint8_t>(doubtful[40] ^ 1);
     const Summary summary =
-        summaryOf({fixAt(NOON), fixAt(NOON, {.status = "V"}), fixAt(NOON), doubtful, plain(NOON),
-                   messageOf(22, NOON, gga({})), messageOf(22, NOON, rmc({.latitude = 99}))});
+        summaryOf({fixAt(NOON + 1), fixAt(NOON + 2, {.status = "V"}), fixAt(NOON + 3), doubtful,
+                   plain(NOON + 4), messageOf(22, NOON + 5, gga({})),
+                   messageOf(22, NOON + 6, rmc({.latitude = 99}))});
     EXPECT_EQ(summary.validFixes, 3U);
     EXPECT_EQ(summary.invalidFixes, 2U);
     EXPECT_EQ(summary.doubtfulFixes, 1U);
+    EXPECT_EQ(summary.repeatedFixes, 0U);
+}
+
+TEST(SummaryTest, CountsWhatRepeatsAFixAlone) {
+    const Summary summary = summaryOf(
+        {fixAt(NOON), messageOf(22, NOON, gga({.satellites = "12", .altitude = "9"})),
+         fixAt(NOON + 1, {.status = "V"}), messageOf(22, NOON + 1, rmc({.status = "V"}))});
+    EXPECT_EQ(summary.validFixes, 1U);
+    EXPECT_EQ(summary.invalidFixes, 1U);
+    EXPECT_EQ(summary.repeatedFixes, 2U);
+    EXPECT_EQ(summary.satellites.most(), 8U);
+    EXPECT_EQ(summary.altitude.least, 545.4);
 }
 
 TEST(SummaryTest, ValuesAreThoseOfValidFixes) {
@@ -236,13 +249,15 @@ TEST(SummaryTest, ValuesAreThoseOfValidFixes) {
                             .satellites = "99",
                             .altitude = "9999",
                             .knots = "999"};
-    const Summary summary = summaryOf(
-        {fixAt(NOON, bad), fixAt(NOON, {.satellites = "04", .altitude = "-3.5", .knots = "0"}),
-         fixAt(NOON, {.satellites = "12", .altitude = "545.4", .knots = "20"}),
-         fixAt(NOON, {.satellites = "", .altitude = "", .knots = ""}),
-         fixAt(NOON, {.satellites = "05", .altitude = "2", .knots = "10"}),
-         fixAt(NOON, {.satellites = "256", .altitude = "2", .knots = "10"}),
-         fixAt(NOON, {.satellites = "6", .altitude = "2", .knots = "10"}), fixAt(NOON, bad)});
+    const Summary summary =
+        summaryOf({fixAt(NOON + 7, bad),
+                   fixAt(NOON + 8, {.satellites = "04", .altitude = "-3.5", .knots = "0"}),
+                   fixAt(NOON + 9, {.satellites = "12", .altitude = "545.4", .knots = "20"}),
+                   fixAt(NOON + 10, {.satellites = "", .altitude = "", .knots = ""}),
+                   fixAt(NOON + 11, {.satellites = "05", .altitude = "2", .knots = "10"}),
+                   fixAt(NOON + 12, {.satellites = "256", .altitude = "2", .knots = "10"}),
+                   fixAt(NOON + 13, {.satellites = "6", .altitude = "2", .knots = "10"}),
+                   fixAt(NOON + 14, bad)});
     EXPECT_EQ(summary.satellites.least(), 4U);
     EXPECT_EQ(summary.satellites.median(), 5.5);
     EXPECT_EQ(summary.satellites.most(), 12U);

@@ -275,3 +275,16 @@ def test_neither_input_is_written_to(vextrace, tmp_path):
             done = vextrace("check", "log", "trace", stdout=output, stderr=subprocess.PIPE)
         assert done.returncode == 2
         assert (tmp_path / name).read_bytes() == content
+
+
+def test_escapes_a_date_that_is_none(vextrace):
+    result = vextrace("check", "--date", "\x1b[31m", "/dev/null", "/dev/null")
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert result.stderr == b"vextrace: --date: \\x1b[31m is no day, YYYY-MM-DD\n"
+
+
+def test_says_that_a_file_is_no_trace(vextrace, tmp_path):
+    (tmp_path / "log").write_bytes(b"no trace at all\n" * 50)
+    result = vextrace("check", "log", "log")
+    assert (result.returncode, result.stdout) == (1, b"")
+    assert result.stderr == b"vextrace: log: no trace: 800 bytes without any message\n"

@@ -472,13 +472,13 @@ def test_nmea_gives_back_all_sentences(recorded, log, export):
 
 def test_nmea_gives_back_what_was_recorded(vextrace, log, tmp_path, export):
     assert vextrace("record", "-o", "trace", log).returncode == 0
-    content = (tmp_path / "trace").read_bytes()
-    payloads = []
+    content, exported = (tmp_path / "trace").read_bytes(), export("nmea", "trace")
     while content:
         end = 2 + int.from_bytes(content[:2], "big")
-        payloads.append(content[14:end])
-        content = content[end:]
-    assert export("nmea", "trace") == b"".join(payloads)
+        payload = content[14:end]
+        assert sorted(exported[:len(payload)].split(b"\n")) == sorted(payload.split(b"\n"))
+        content, exported = content[end:], exported[len(payload):]
+    assert exported == b""
 
 
 # --- What is in a document
@@ -625,7 +625,7 @@ def test_the_checksum_is_that_of_the_sentence_as_received(export, trace, talker)
 
 def test_a_missing_checksum_is_not_a_wrong_one(export, trace):
     bare = rmc().split(b"*")[0] + b"\r\n"
-    name = trace(message(NOON, bare, gga()), message(NOON, bare), message(NOON, rmc(), gga()))
+    name = trace(message(NOON, bare, gga()), message(NOON + 1, bare), message(NOON + 2, rmc(), gga()))
     assert columns(export, name, "checksum") == ["none", "none", "right"]
     assert fixes_in("gpx", export("gpx", name)) == 3
 
@@ -1042,3 +1042,42 @@ def test_memory_does_not_grow_with_the_files(vextrace, tmp_path):
         os.link(tmp_path / "0.trace", tmp_path / f"{number}.trace")
     names = sorted(os.listdir(tmp_path))
     assert peak_memory(vextrace.program, tmp_path, "export", "--to", "gpx", *names) < 32_000_000
+
+
+# --- Sentences of one epoch
+
+
+SECOND_OF_REPEATED = utc("1994-03-23T12:00:00")
+REPEATED = [message(SECOND_OF_REPEATED, sentence(b"GPGGA,120000,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"),
+                    sentence(b"GPRMC,120000,A,4807.038,N,01131.000,E,022.4,084.4,230394,,")),
+            message(SECOND_OF_REPEATED, sentence(b"GPGGA,120000,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,"))]
+
+
+@pytest.mark.parametrize("to", ["gpx", "geojson", "kml", "csv", "jsonl"])
+def test_a_fix_that_is_sent_again_is_no_other_fix(vextrace, export, trace, to):
+    result = vextrace("export", "--to", to, trace(*REPEATED))
+    assert (result.returncode, result.stderr) == (0, b"vextrace: left out: 1 repetition of a fix in its epoch\n")
+    assert result.stdout == export(to, trace(REPEATED[0]))
+
+
+def test_nmea_begins_each_epoch_with_its_time(export, trace):
+    early = [b"$BDGSA,A,3,02*0A\r\n", b"$GPGGA,120000,,,,,0,,,,,,,,*53\r\n", b"$GPRMC,120000,V,,,,,,,230394,,*35\r\n"]
+    again = [b"$BDGSA,A,3,03*0B\r\n", b"$GPGSV,1,1,00*79\r\n"]
+    stamp = utc("1994-03-23T12:00:00")
+    name = trace(message(stamp, *early), message(stamp, *again))
+    assert export("nmea", name) == b"".join([early[1], early[0], early[2], *again])
+
+
+def test_nmea_recorded_again_has_each_sentence_under_its_stamp(vextrace, export, tmp_path, log):
+    def places(name):
+        trace, found, begin = (tmp_path / name).read_bytes(), [], 0
+        while begin < len(trace):
+            end = begin + 2 + int.from_bytes(trace[begin:begin + 2], "big")
+            found += [(trace[begin + 6:begin + 14], line) for line in trace[begin + 14:end].split(b"\n")]
+            begin = end
+        return found
+
+    assert vextrace("record", "-o", "first", log).returncode == 0
+    (tmp_path / "again.nmea").write_bytes(export("nmea", "first"))
+    assert vextrace("record", "-o", "second", "again.nmea").returncode == 0
+    assert sorted(places("first")) == sorted(places("second"))

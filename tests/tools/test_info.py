@@ -79,7 +79,7 @@ def test_says_the_same_in_json(info):
         "gaps": {"limit_s": 5, "count": 1, "longest_s": 7,
                  "list": [{"begin": "1994-03-23T12:35:21Z", "end": "1994-03-23T12:35:28Z",
                            "seconds": 7}]},
-        "fixes": {"valid": 2, "not_valid": 1, "wrong_checksum": 0},
+        "fixes": {"valid": 2, "not_valid": 1, "wrong_checksum": 0, "repeated": 0},
         "satellites": {"least": 4, "median": 6, "most": 8},
         "highest_speed_kmh": 37.04,
         "altitude_m": {"lowest": -3.5, "highest": 12.25},

@@ -216,6 +216,11 @@ def test_times_that_are_none_are_refused(vextrace, option, text):
     assert done.stderr.count(b"\n") == 1
 
 
+def test_a_span_that_ends_before_it_begins_is_refused(vextrace):
+    done = vextrace("show", "--from", "1994-03-24", "--to", "1994-03-23", "-", input=SMALL)
+    assert (done.returncode, done.stdout, done.stderr) == (2, b"", b"vextrace: --from: is later than --to\n")
+
+
 def test_messages_of_other_types_are_ordinary(show):
     assert show(CAN + FIRST + CAN + SECOND + CAN) == FIRST_LINE + SECOND_LINE
     assert show(FIRST + message(0, b"", number=0x4711) + SECOND) == FIRST_LINE + SECOND_LINE
@@ -474,7 +479,7 @@ def test_follows_over_damage(follow, tmp_path):
         trace.write(SECOND)
         assert following.line() == b"2 " + SECOND_LINE
     status, rest, said = following.end()
-    assert (status, rest) == (0, b"")
+    assert (status, rest) == (1, b"")
     assert b": damaged at byte 165, 3 bytes passed over: " in said
 
 

@@ -5,6 +5,7 @@
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
+#include "tools/io/escape.h"
 #include "tools/io/plural.h"
 #include "tools/nmea/utc.h"
 #include "tools/trace/TraceProof.h"
@@ -28,7 +29,8 @@ RecordingRules rulesOf(const CheckOptions& options) {
     if (!options.date.empty()) {
         rules.date = parseDate(options.date);
         if (!rules.date) {
-            throw UsageError(fmt::format("--date: {} is no day, YYYY-MM-DD", options.date));
+            throw UsageError(
+                fmt::format("--date: {} is no day, YYYY-MM-DD", escaped(options.date)));
         }
     }
     return rules;

@@ -64,6 +64,7 @@ private:
     OutputFile output;
     std::optional<Progress> progress;
     Summary summary;
+    FixReader fixes;
     Drive drive;
     std::vector<TraceFile> files;
     DamageNotes damageNotes;
@@ -121,6 +122,7 @@ void Report::readTrace(const std::string& path) {
     }
     damage.finish();
     summary.endTrace();
+    fixes.endTrace();
     files.back().bytes = reader.position();
     bytesDone += reader.position();
     foundTrace |= reader.foundMessage() || reader.position() == 0;
@@ -145,7 +147,7 @@ void Report::use(TraceItem& item, uint64_t number) {
     if (item.kind != TraceItem::Kind::GPS) {
         summary.add(item);
     } else if (isChosen(*item.gps)) {
-        const std::optional<Fix> fix = fixOf(*item.gps);
+        const std::optional<Fix> fix = fixes.read(*item.gps);
         summary.add(item, fix);
         if (fix) {
             drive.add(*fix, std::move(item.gps), number, files.size() - 1);

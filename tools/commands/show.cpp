@@ -66,7 +66,11 @@ public:
           views(writer),
           trace(input),
           damage(input.name()),
-          isGrowing(given.follow) {}
+          isGrowing(given.follow) {
+        if (from > until) {
+            throw UsageError("--from: is later than --to");
+        }
+    }
 
     ExitStatus run();
 
@@ -155,6 +159,7 @@ void Show::use(TraceItem& item) {
     } else {
         output.commit();  // on a terminal the lines come in order
         damage.add(item);
+        setStatusOnInterrupt(STATUS_DATA);
     }
 }
 

@@ -35,9 +35,11 @@ void Exporter::add(const GPSTraceMessage& message) {
 }
 
 void Exporter::addFixOf(const GPSTraceMessage& message) {
-    const std::optional<Fix> fix = fixOf(message);
+    const std::optional<Fix> fix = fixes.read(message);
     if (!fix) {
         countWithoutFix(message.getTimeStamp());
+    } else if (fix->repeats) {
+        ++repeated;
     } else if (fix->isDoubtful() && !choice.unchecked) {
         ++doubtful;
     } else if (content == Format::Content::ALL_FIXES) {
@@ -70,12 +72,14 @@ void Exporter::countWithoutFix(timeStamp_t stamp) {
 
 void Exporter::endTrace() {
     format.endLine();
+    fixes.endTrace();
     lastOfLine.reset();
     lastMessage.reset();
 }
 
 std::string Exporter::leftOut() const {
     std::string list;
+    appendCount(list, repeated, "repetition", "repetitions", "of a fix in its epoch");
     appendCount(list, doubtful, "fix", "fixes", "with a wrong checksum");
     appendCount(list, invalid, "fix", "fixes", "that the receiver does not call valid");
     appendCount(list, withoutFix, "epoch", "epochs", "without RMC and GGA");

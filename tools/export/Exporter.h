@@ -45,7 +45,9 @@ private:
     const Format::Content content;
     std::optional<timeStamp_t> lastOfLine;
     std::optional<timeStamp_t> lastMessage;  // of the trace in hand
+    FixReader fixes;
     // What was left out.
+    uint64_t repeated = 0;
     uint64_t doubtful = 0;
     uint64_t invalid = 0;
     uint64_t withoutFix = 0;

@@ -39,7 +39,7 @@ public:
 
     Content content() const override { return Content::VALID_FIXES; }
 
-    void begin() override { out.write("{\"type\":\"FeatureCollection\",\"features\":["); }
+    void begin() override { out.write(R"({"type":"FeatureCollection","features":[)"); }
 
     void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
         Position position = {*fix.longitude, *fix.latitude, fix.altitude};
@@ -131,9 +131,9 @@ private:
 
     void beginGeometry(std::string_view type, std::string_view opening) {
         out.write(features++ == 0 ? "\n" : ",\n");
-        out.write("{\"type\":\"Feature\",\"geometry\":{\"type\":\"");
+        out.write(R"({"type":"Feature","geometry":{"type":")");
         out.write(type);
-        out.write("\",\"coordinates\":");
+        out.write(R"(","coordinates":)");
         out.write(opening);
     }
 
@@ -155,7 +155,7 @@ private:
 
     void writeProperties() {
         TextBuffer& properties = out.pending();
-        properties += ",\"properties\":{\"first_utc\":";
+        properties += R"(,"properties":{"first_utc":)";
         appendTime(properties, begun);
         properties += ",\"last_utc\":";
         appendTime(properties, ended);

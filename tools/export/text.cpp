@@ -25,7 +25,17 @@ constexpr double EXACT =
     1e15;  // integers below it are, and so are their quotients with powers of ten
 
 constexpr uint64_t powerOfTen(unsigned exponent) {
-    return exponent == 0 ? 1 : 10 * powerOfTen(exponent - 1);
+    uint64_t power = 1;
+    for (; exponent > 0; --exponent) {
+        power *= 10;
+    }
+    return power;
+}
+
+// Of a number that is not negative.
+uint64_t rounded(double number) {
+    const double above = number + 0.5;
+    return static_cast<uint64_t>(above);
 }
 
 // Appends number / 10^DECIMALS, without zeros at the end.
@@ -52,8 +62,8 @@ void appendScaled(TextBuffer& text, bool isNegative, uint64_t number) {
 template <unsigned DECIMALS>
 void appendRounded(TextBuffer& text, double number) {
     const double scaled = std::fabs(number) * static_cast<double>(powerOfTen(DECIMALS));
-    const auto rounded = static_cast<uint64_t>(scaled + 0.5);
-    appendScaled<DECIMALS>(text, number < 0 && rounded != 0, rounded);
+    const uint64_t units = rounded(scaled);
+    appendScaled<DECIMALS>(text, number < 0 && units != 0, units);
 }
 
 // Appends a number of few decimals, as receivers send them, much faster than the general way. A
@@ -66,7 +76,7 @@ bool appendFewDecimals(TextBuffer& text, double number) {
     if (!(scaled < EXACT)) {
         return false;
     }
-    const auto millionths = static_cast<uint64_t>(scaled + 0.5);
+    const uint64_t millionths = rounded(scaled);
     if (static_cast<double>(millionths) / SCALE != std::fabs(number)) {
         return false;
     }

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace vextools {
@@ -67,7 +68,7 @@ std::string progressText(uint64_t done, std::optional<uint64_t> total, double se
     }
     // A file may have grown since it was asked for its size.
     const uint64_t whole = std::max(*total, done);
-    const auto left = static_cast<uint64_t>(static_cast<double>(whole - done) / rate + 0.5);
+    const auto left = std::llround(static_cast<double>(whole - done) / rate);
     return fmt::format("{} %, {}, {}:{:02} left", done * 100 / whole, speed, left / 60, left % 60);
 }
 

@@ -14,11 +14,11 @@ class Progress {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// \param total  bytes to work through; nothing where nobody knows
-    explicit Progress(std::optional<uint64_t> total);
+    /// \param bytes  to work through; nothing where nobody knows
+    explicit Progress(std::optional<uint64_t> bytes);
 
-    /// For tests: writes to \p terminal, and asks \p now for the time.
-    Progress(std::optional<uint64_t> total, int terminal, Clock::time_point (*now)());
+    /// For tests: writes to the terminal \p where, and asks \p time for the time.
+    Progress(std::optional<uint64_t> bytes, int where, Clock::time_point (*time)());
 
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

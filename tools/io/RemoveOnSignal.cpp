@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <utility>
 
 namespace vextools {
 
@@ -22,7 +23,7 @@ void removeAndEnd(int signal) {
 
 }  // namespace
 
-RemoveOnSignal::RemoveOnSignal(const std::string& path) : file(path) {
+RemoveOnSignal::RemoveOnSignal(std::string path) : file(std::move(path)) {
     toRemove = file.c_str();
     struct sigaction action = {};
     action.sa_handler = removeAndEnd;

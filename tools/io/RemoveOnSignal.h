@@ -10,7 +10,7 @@ namespace vextools {
 /// without it. A signal that is ignored stays so. There may be one at a time.
 class RemoveOnSignal {
 public:
-    explicit RemoveOnSignal(const std::string& path);
+    explicit RemoveOnSignal(std::string path);
     RemoveOnSignal(const RemoveOnSignal&) = delete;
     RemoveOnSignal& operator=(const RemoveOnSignal&) = delete;
     ~RemoveOnSignal();

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 
 #include "tools/io/errors.h"
@@ -13,6 +14,9 @@ namespace vextools {
 namespace {
 
 constexpr int MOMENT_MS = 100;
+
+std::atomic<int> statusOnInterrupt{STATUS_OK};
+static_assert(std::atomic<int>::is_always_lock_free);
 
 }  // namespace
 
@@ -35,8 +39,12 @@ bool waitForGrowth(const InputFile& input, uint64_t position) {
 
 void endQuietlyOnInterrupt() {
     struct sigaction action = {};
-    action.sa_handler = [](int) { _exit(STATUS_OK); };
+    action.sa_handler = [](int) { _exit(statusOnInterrupt); };
     sigaction(SIGINT, &action, nullptr);
+}
+
+void setStatusOnInterrupt(Status status) {
+    statusOnInterrupt = status;
 }
 
 }  // namespace vextools

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "tools/io/InputFile.h"
+#include "tools/io/errors.h"
 
 namespace vextools {
 
@@ -14,8 +15,9 @@ namespace vextools {
 ///         standard output any more
 bool waitForGrowth(const InputFile& input, uint64_t position);
 
-/// From now on SIGINT ends the program at once and quietly, with status 0. For commands that never
-/// end by themselves.
+/// From now on SIGINT ends the program at once and quietly, with status 0 or the one that was set.
+/// For commands that never end by themselves.
 void endQuietlyOnInterrupt();
+void setStatusOnInterrupt(Status status);
 
 }  // namespace vextools

@@ -140,7 +140,9 @@ void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
     message.getGPRMC(numbers);
     fix.rmcChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
-    fields.skip(3);  // address, time, status
+    fields.skip(1);  // address
+    fix.time = fields.next();
+    fields.skip(1);  // status
     readPosition(fields, numbers.latitude, numbers.longitude, fix);
     fix.valid = numbers.status && fix.latitude.has_value();
     if (isUnsignedNumber(fields.next()) && numbers.speed <= MAX_SPEED) {
@@ -161,10 +163,11 @@ void readGgaPosition(const GPSTraceMessage& message, FieldReader& fields, Fix& f
 void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
     fix.ggaChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
-    fields.skip(2);  // address, time
+    fields.skip(1);  // address
     if (fix.rmcChecksum) {
-        fields.skip(4);  // the position is that of RMC
+        fields.skip(5);  // time and position are those of RMC
     } else {
+        fix.time = fields.next();
         readGgaPosition(message, fields, fix);
     }
     fix.quality = readCount(fields.next());
@@ -197,6 +200,29 @@ std::optional<Fix> fixOf(const GPSTraceMessage& message) {
         readGga(message, gga, fix);
     }
     return fix;
+}
+
+std::optional<Fix> FixReader::read(const GPSTraceMessage& message) {
+    std::optional<Fix> fix = fixOf(message);
+    if (fix) {
+        fix->repeats = repeatsLast(*fix);
+        if (!fix->repeats) {
+            last = fix;
+        }
+    }
+    return fix;
+}
+
+// Clocks of loggers may be so coarse that stamps alone say little.
+bool FixReader::repeatsLast(const Fix& fix) const {
+    if (!last || last->stamp != fix.stamp) {
+        return false;
+    }
+    const bool isBetter = (fix.valid && !last->valid) || (last->isDoubtful() && !fix.isDoubtful());
+    const bool bringsNothing =
+        (last->rmcChecksum || !fix.rmcChecksum) && (last->ggaChecksum || !fix.ggaChecksum);
+    const std::optional<TimeOfDay> time = TimeOfDay::parse(fix.time);
+    return bringsNothing && !isBetter && time && time == TimeOfDay::parse(last->time);
 }
 
 }  // namespace vextools

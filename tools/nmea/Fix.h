@@ -13,6 +13,7 @@ namespace vextools {
 /// makes sense. The position is that of the RMC sentence when there is one, else of the GGA's.
 struct Fix {
     timeStamp_t stamp = 0;            ///< of the message: nanoseconds since 1970, UTC; 0 is unknown
+    std::string time;                 ///< as it was sent, in RMC or else GGA; may be none
     bool valid = false;               ///< the receiver calls it valid, and it has a position
     std::optional<double> latitude;   ///< degrees, north positive, -90 to 90
     std::optional<double> longitude;  ///< degrees, east positive, -180 to 180
@@ -25,11 +26,31 @@ struct Fix {
     std::optional<Checksum> rmcChecksum;  ///< nothing where there is no RMC sentence
     std::optional<Checksum> ggaChecksum;
 
+    /// Whether it says again what another message of its epoch said; see FixReader.
+    bool repeats = false;
+
     /// Whether a sentence that it comes from has a wrong checksum.
     bool isDoubtful() const;
 };
 
 /// The fix of a message; nothing where it holds neither RMC nor GGA.
 std::optional<Fix> fixOf(const GPSTraceMessage& message);
+
+/// The fixes of the messages of a trace, in their order. Receivers that send RMC or GGA more than
+/// once in an epoch fill several messages, which are all of one fix: the later ones repeat it. One
+/// that is valid, or without a wrong checksum, where that before is not, repeats none.
+class FixReader {
+public:
+    /// As fixOf().
+    std::optional<Fix> read(const GPSTraceMessage& message);
+
+    /// What follows is another trace.
+    void endTrace() { last.reset(); }
+
+private:
+    bool repeatsLast(const Fix& fix) const;
+
+    std::optional<Fix> last;  // that repeats none
+};
 
 }  // namespace vextools

@@ -49,7 +49,7 @@ Drive::Drive(timeStamp_t gapLength) : gap(gapLength), series(gapLength) {}
 
 void Drive::add(const Fix& fix, std::unique_ptr<GPSTraceMessage> message, uint64_t number,
                 size_t trace) {
-    if (fix.isDoubtful()) {
+    if (fix.isDoubtful() || fix.repeats) {
         return;
     }
     const auto moment = std::make_shared<Moment>(fix, std::move(message), number, trace);

@@ -18,7 +18,8 @@ public:
     /// \param gap  nanoseconds; lines are open where fixes are farther apart
     explicit Drive(timeStamp_t gap);
 
-    /// Adds the fix of a message. One with a wrong checksum is passed over.
+    /// Adds the fix of a message. One with a wrong checksum, or that repeats another, is passed
+    /// over.
     /// \param number  of the message in its trace
     /// \param trace   which one, counted from 0
     void add(const Fix& fix, std::unique_ptr<GPSTraceMessage> message, uint64_t number,

@@ -168,7 +168,7 @@ void ValueRange::merge(const ValueRange& other) {
 }
 
 void Summary::add(const TraceItem& item) {
-    add(item, item.gps ? fixOf(*item.gps) : std::nullopt);
+    add(item, item.gps ? fixes.read(*item.gps) : std::nullopt);
 }
 
 void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
@@ -228,6 +228,10 @@ void Summary::addTime(timeStamp_t stamp) {
 }
 
 void Summary::addFix(const Fix& fix) {
+    if (fix.repeats) {
+        ++repeatedFixes;
+        return;
+    }
     if (fix.isDoubtful()) {
         ++doubtfulFixes;
         return;
@@ -255,6 +259,7 @@ void Summary::endTrace() {
     dated.endTrace();
     undated.endTrace();
     path.end();
+    fixes.endTrace();
     motion.endTrace();
 }
 
@@ -274,6 +279,7 @@ void Summary::merge(const Summary& other) {
     validFixes += other.validFixes;
     invalidFixes += other.invalidFixes;
     doubtfulFixes += other.doubtfulFixes;
+    repeatedFixes += other.repeatedFixes;
     satellites.merge(other.satellites);
     path.addMetres(other.path.metres());
     speed.merge(other.speed);

@@ -152,6 +152,8 @@ public:
     uint64_t validFixes = 0;
     uint64_t invalidFixes = 0;
     uint64_t doubtfulFixes = 0;  ///< with a wrong checksum; neither of the others
+    uint64_t repeatedFixes =
+        0;  ///< messages that say a fix of their epoch again; none of the others
     SatelliteCounts satellites;
     Path path;
     ValueRange speed;     ///< km/h
@@ -165,6 +167,7 @@ private:
     void addTime(timeStamp_t stamp);
     void addFix(const Fix& fix);
     timeStamp_t allowedGap;
+    FixReader fixes;
     TimeSpan dated;
     TimeSpan undated;
 };

@@ -9,8 +9,10 @@
 #include <memory>
 #include <vector>
 
+#include "tools/io/Progress.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/plural.h"
 #include "tools/nmea/Framer.h"
 #include "tools/nmea/sentence.h"
 #include "tools/nmea/utc.h"
@@ -45,7 +47,7 @@ struct LogSentence {
 // The sentences of the log, as messages store them.
 class LogSentences {
 public:
-    explicit LogSentences(InputFile& log) : input(log), bytes(BUFFER_SIZE) {}
+    explicit LogSentences(InputFile& log) : input(log), progress(log.size()), bytes(BUFFER_SIZE) {}
 
     // The next sentence, not taken yet; null at the end.
     const LogSentence* peek() {
@@ -84,6 +86,7 @@ private:
         } else {
             framer.feed({reinterpret_cast<const char*>(bytes.data()), count});
         }
+        progress.update(framer.counters().bytesRead);
     }
 
     // As a message does: any talker that begins with G becomes GP, and the end is a line feed.
@@ -100,6 +103,7 @@ private:
     }
 
     InputFile& input;
+    Progress progress;
     std::vector<uint8_t> bytes;
     Framer framer;
     bool ended = false;
@@ -360,12 +364,20 @@ private:
                     ++counters.otherMessages;
                     break;
                 case TraceItem::Kind::DAMAGE:
-                    throw DataError(fmt::format("{}: damaged at byte {}: {}", traceName,
-                                                item.offset, item.reason));
+                    refuseDamage(item);
                 case TraceItem::Kind::END:
                     return false;
             }
         }
+    }
+
+    [[noreturn]] void refuseDamage(const TraceItem& damage) const {
+        if (damage.offset == 0 && damage.reachesEnd) {
+            throw DataError(fmt::format("{}: no trace: {} without any message", traceName,
+                                        counted(damage.length, "byte")));
+        }
+        throw DataError(
+            fmt::format("{}: damaged at byte {}: {}", traceName, damage.offset, damage.reason));
     }
 
     void proveOneStamp(const OpenMessage& message) {

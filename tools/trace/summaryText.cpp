@@ -91,6 +91,15 @@ std::string timeText(const Summary& summary) {
     return text;
 }
 
+std::string fixesText(const Summary& summary) {
+    std::string text = fmt::format("{} valid, {} not valid, {} with a wrong checksum",
+                                   summary.validFixes, summary.invalidFixes, summary.doubtfulFixes);
+    if (summary.repeatedFixes != 0) {
+        text += fmt::format(", {} repeated", summary.repeatedFixes);
+    }
+    return text;
+}
+
 std::string gapsText(const TimeSpan& times) {
     if (!times.longestGap) {
         return "none";
@@ -191,9 +200,7 @@ std::string summaryText(const Summary& summary) {
               fmt::format("{} wrong, {} missing", summary.wrongChecksums, summary.noChecksums));
     lines.add("time", timeText(summary));
     lines.add("gaps > " + secondsText(summary.gapLimit()), gapsText(summary.times()));
-    lines.add("fixes",
-              fmt::format("{} valid, {} not valid, {} with a wrong checksum", summary.validFixes,
-                          summary.invalidFixes, summary.doubtfulFixes));
+    lines.add("fixes", fixesText(summary));
     lines.add("satellites", satellitesText(summary.satellites));
     lines.add("distance", fmt::format("{:.3f} km", summary.path.metres() / 1000));
     lines.add("highest speed", summary.speed.greatest
@@ -214,7 +221,8 @@ Json summaryJson(const Summary& summary) {
             {"fixes",
              {{"valid", summary.validFixes},
               {"not_valid", summary.invalidFixes},
-              {"wrong_checksum", summary.doubtfulFixes}}},
+              {"wrong_checksum", summary.doubtfulFixes},
+              {"repeated", summary.repeatedFixes}}},
             {"satellites",
              {{"least", orNull(summary.satellites.least())},
               {"median", orNull(summary.satellites.median())},

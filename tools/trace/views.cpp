@@ -116,14 +116,15 @@ void showRmc(const GPSTraceMessage& gps, std::string& line) {
 }
 
 void showGga(const GPSTraceMessage& gps, std::string& line) {
-    const auto gga = fieldsOf<10>(gps.getSentence(GPSTraceMessage::GPGGA));
+    const auto gga = fieldsOf<11>(gps.getSentence(GPSTraceMessage::GPGGA));
     GPSTraceMessage::numeric_gpgga_t numbers;
     gps.getGPGGA(numbers);
     addDigits(line, "GGA: time", gga[1]);
     addDigits(line, ", quality", gga[6]);
     addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
     addSatellites(line, gga[7], numbers.numberSatellites);
-    addNumber(line, "altitude", gga[9], numbers.antennaAltitude, 4, "m");
+    const bool isInMetres = gga[10].empty() || gga[10] == "M";
+    addNumber(line, "altitude", isInMetres ? gga[9] : gga[10], numbers.antennaAltitude, 4, "m");
 }
 
 constexpr std::string_view HEX_DIGITS = "0123456789abcdef";
