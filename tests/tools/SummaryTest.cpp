@@ -141,17 +141,17 @@ TEST(SummaryTest, TellsOfEachCodeItsWrongChecksumsAndItsTimes) {
     Summary all = summaryOf(first);
     all.merge(summaryOf(second));
     const std::vector<SentenceCounts::Row> rows = all.sentences.rows();
-    ASSERT_EQ(rows.size(), 3u);
+    ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[0].code, "$GPGSA");
-    EXPECT_EQ(rows[0].number, 3u);
-    EXPECT_EQ(rows[0].wrongChecksums, 2u);
+    EXPECT_EQ(rows[0].number, 3U);
+    EXPECT_EQ(rows[0].wrongChecksums, 2U);
     EXPECT_EQ(rows[0].first, NOON + 2);
     EXPECT_EQ(rows[0].last, NOON + 7);
     EXPECT_EQ(rows[1].code, "$PDAY,");
-    EXPECT_EQ(rows[1].wrongChecksums, 0u);
+    EXPECT_EQ(rows[1].wrongChecksums, 0U);
     EXPECT_FALSE(rows[1].first);
     EXPECT_EQ(rows[2].code, "$PNONE");
-    EXPECT_EQ(rows[2].number, 2u);
+    EXPECT_EQ(rows[2].number, 2U);
     EXPECT_EQ(rows[2].first, NOON + 7);
     EXPECT_EQ(rows[2].last, NOON + 9);
 }

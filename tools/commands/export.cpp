@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -12,15 +10,14 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/export/Exporter.h"
 #include "tools/export/Format.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Progress.h"
-#include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
-#include "tools/nmea/utc.h"
 #include "tools/trace/DamageLog.h"
 #include "tools/trace/TraceReader.h"
 
@@ -63,32 +60,15 @@ std::unique_ptr<Format> makeFormat(std::string_view name, OutputFile& output) {
     return format->make(output);
 }
 
-timeStamp_t timeOf(const char* option, const std::string& text) {
-    const std::optional<timeStamp_t> stamp = parseUtc(text);
-    if (!stamp) {
-        throw UsageError(
-            fmt::format("{}: {} is no time such as 2026-11-21T12:35:19.5Z", option, escaped(text)));
-    }
-    return *stamp;
-}
-
-timeStamp_t nanoseconds(double seconds) {
-    constexpr double MOST = 1e9;  // some thirty years
-    if (!(seconds > 0)) {
-        throw UsageError("--gap: takes a number of seconds greater than 0");
-    }
-    return static_cast<timeStamp_t>(std::min(seconds, MOST) * 1e9);
-}
-
 ExportChoice choiceOf(const Arguments& arguments) {
     ExportChoice choice;
-    choice.gap = nanoseconds(arguments.gap);
+    choice.gap = secondsArgument("--gap", arguments.gap);
     choice.unchecked = arguments.unchecked;
     if (!arguments.from.empty()) {
-        choice.from = timeOf("--from", arguments.from);
+        choice.from = timeArgument("--from", arguments.from);
     }
     if (!arguments.until.empty()) {
-        choice.until = timeOf("--until", arguments.until);
+        choice.until = timeArgument("--until", arguments.until);
     }
     if (choice.from > choice.until) {
         throw UsageError("--from: is later than --until");
@@ -96,24 +76,6 @@ ExportChoice choiceOf(const Arguments& arguments) {
     return choice;
 }
 
-// Looked at before anything is written, and without opening them: there may be more inputs than
-// files that can be open, and a FIFO is opened once.
-std::vector<struct stat> statusesOf(const std::vector<std::string>& paths) {
-    std::vector<struct stat> statuses(paths.size());
-    for (size_t i = 0; i < paths.size(); ++i) {
-        const bool isThere = paths[i] == "-" ? fstat(STDIN_FILENO, &statuses[i]) == 0
-                                             : stat(paths[i].c_str(), &statuses[i]) == 0 &&
-                                                   access(paths[i].c_str(), R_OK) == 0;
-        if (!isThere) {
-            throw UsageError(
-                fmt::format("{}: cannot be read: {}", shownName(paths[i]), std::strerror(errno)));
-        }
-        if (S_ISDIR(statuses[i].st_mode)) {
-            throw UsageError(fmt::format("{}: is a directory", shownName(paths[i])));
-        }
-    }
-    return statuses;
-}
 // How far all traces are. Nothing is shown where the document itself goes to a terminal.
 class ExportProgress {
 public:
@@ -132,17 +94,6 @@ public:
     void endTrace(uint64_t position) { before += position; }
 
 private:
-    static std::optional<uint64_t> totalSize(const std::vector<struct stat>& inputs) {
-        uint64_t total = 0;
-        for (const struct stat& input : inputs) {
-            if (!S_ISREG(input.st_mode)) {
-                return std::nullopt;
-            }
-            total += static_cast<uint64_t>(input.st_size);
-        }
-        return total;
-    }
-
     std::optional<Progress> progress;
     uint64_t before = 0;
 };
@@ -188,7 +139,7 @@ Outcome exportTrace(const std::string& path, Exporter& exporter, ExportProgress&
 
 ExitStatus run(const Arguments& arguments) {
     const ExportChoice choice = choiceOf(arguments);
-    const std::vector<struct stat> inputs = statusesOf(arguments.traces);
+    const std::vector<struct stat> inputs = inputStatuses(arguments.traces);
     OutputFile output(arguments.output, arguments.force, inputs);
     const std::unique_ptr<Format> format = makeFormat(arguments.format, output);
     Exporter exporter(*format, choice);

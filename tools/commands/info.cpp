@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
@@ -121,18 +122,6 @@ std::vector<struct stat> statusesOf(const std::vector<std::string>& paths) {
         }
     }
     return statuses;
-}
-
-// Nothing unless all of them are regular files.
-std::optional<uint64_t> totalSize(const std::vector<struct stat>& statuses) {
-    uint64_t total = 0;
-    for (const struct stat& status : statuses) {
-        if (!S_ISREG(status.st_mode)) {
-            return std::nullopt;
-        }
-        total += static_cast<uint64_t>(status.st_size);
-    }
-    return total;
 }
 
 class Info {

@@ -6,11 +6,11 @@
 #include <optional>
 #include <string>
 
+#include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Progress.h"
-#include "tools/io/escape.h"
 #include "tools/io/growth.h"
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
@@ -42,24 +42,13 @@ struct Arguments {
     bool choosesNoView() const { return !fields && !fix && !rdb && !hex; }
 };
 
-timeStamp_t timeOf(const char* option, const std::string& text, timeStamp_t otherwise) {
-    if (text.empty()) {
-        return otherwise;
-    }
-    const std::optional<timeStamp_t> stamp = parseUtc(text);
-    if (!stamp) {
-        throw UsageError(
-            fmt::format("{}: {} is no time such as 2026-11-21T12:35:19.5Z", option, escaped(text)));
-    }
-    return *stamp;
-}
-
 class Show {
 public:
     explicit Show(const Arguments& given)
         : arguments(given),
-          from(timeOf("--from", given.from, 0)),
-          until(timeOf("--to", given.until, std::numeric_limits<timeStamp_t>::max())),
+          from(given.from.empty() ? 0 : timeArgument("--from", given.from)),
+          until(given.until.empty() ? std::numeric_limits<timeStamp_t>::max()
+                                    : timeArgument("--to", given.until)),
           input(given.trace),
           output("-", false, {input.identity()}),
           writer(output, given.raw),

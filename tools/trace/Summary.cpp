@@ -129,7 +129,7 @@ void SatelliteCounts::add(unsigned satellites) {
 
 void SatelliteCounts::merge(const SatelliteCounts& other) {
     std::transform(fixes.begin(), fixes.end(), other.fixes.begin(), fixes.begin(),
-                   std::plus<uint64_t>());
+                   std::plus<>());
     total += other.total;
 }
 
