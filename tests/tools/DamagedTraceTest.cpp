@@ -410,6 +410,23 @@ TEST_F(DamagedTraceTest, InfoAccountsForEveryByte) {
     });
 }
 
+// A page takes so long that not every fault has its turn.
+TEST_F(DamagedTraceTest, ReportIsAWholePageOrNone) {
+    constexpr size_t FAULTS_PER_PAGE = 17;
+    Command report(addReport, {"report", "-o", "-", trace});
+    size_t faults = 0;
+    forEachFault([&](const DamagedTrace& damaged) {
+        if (++faults % FAULTS_PER_PAGE != 0) {
+            return;
+        }
+        const CommandResult result = run(report);
+        const size_t kept = repaired().output.size();
+        EXPECT_EQ(result.status == STATUS_OK, kept == damaged.bytes.size());
+        EXPECT_EQ(result.output.ends_with("</html>\n"), !result.output.empty());
+        EXPECT_TRUE(damaged.untouched.empty() || !result.output.empty());
+    });
+}
+
 TEST_F(DamagedTraceTest, CheckFindsEveryChangeOfWhatWasSent) {
     const TemporaryFile sent(bytesOf(log()));
     Command check(addCheck, {"check", sent.path(), trace});

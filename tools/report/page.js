@@ -712,7 +712,8 @@
 
     // ---- Size and colours of the page
 
-    let width = box.clientWidth;
+    // What was drawn up to here may have made the page so long that it got a scroll bar, and narrower.
+    let width = 0;
     new ResizeObserver(() => {
         if (box.clientWidth !== width) {
             width = box.clientWidth;
