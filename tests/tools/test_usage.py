@@ -3,8 +3,8 @@ import pytest
 
 
 @pytest.mark.parametrize("arguments, line", [
-    (["recrod"], "recrod: no command; did you mean record?"),
-    (["exprot", "--to", "gpx"], "exprot: no command; did you mean export?"),
+    (["rekord"], "rekord: no command; did you mean record?"),
+    (["xport", "--to", "gpx"], "xport: no command; did you mean export?"),
     (["frobnicate"], "frobnicate: no command"),
     (["--verion"], "--verion: no option of vextrace; did you mean --version?"),
     (["show", "--fixs", "a"], "--fixs: no option of show; did you mean --fix?"),

@@ -128,8 +128,7 @@ void SatelliteCounts::add(unsigned satellites) {
 }
 
 void SatelliteCounts::merge(const SatelliteCounts& other) {
-    std::transform(fixes.begin(), fixes.end(), other.fixes.begin(), fixes.begin(),
-                   std::plus<>());
+    std::transform(fixes.begin(), fixes.end(), other.fixes.begin(), fixes.begin(), std::plus<>());
     total += other.total;
 }
 
