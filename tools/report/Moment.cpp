@@ -52,9 +52,9 @@ std::string coordinateText(double degrees, char positive, char negative) {
 
 }  // namespace
 
-Moment::Moment(const Fix& ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
+Moment::Moment(Fix ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
                size_t ofTrace)
-    : fix(ofFix), number(ofNumber), trace(ofTrace), message(std::move(ofMessage)) {}
+    : fix(std::move(ofFix)), number(ofNumber), trace(ofTrace), message(std::move(ofMessage)) {}
 
 void Moment::settle() {
     if (message) {

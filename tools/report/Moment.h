@@ -20,7 +20,7 @@ public:
     /// \param ofMessage  that the fix is of; kept until settle()
     /// \param ofNumber   of the message in its trace
     /// \param ofTrace    which one, counted from 0
-    Moment(const Fix& ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
+    Moment(Fix ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
            size_t ofTrace);
 
     /// Keeps what the texts are made of, in as little memory as there may be many moments.
