@@ -265,6 +265,7 @@ def test_leaves_no_markup_of_a_trace_on_the_page(vextrace, tmp_path):
     assert name in text_of(page) and "$<i>\"&" in text_of(page)
 
 
+@pytest.mark.memory
 def test_keeps_within_its_bytes_whatever_comes(vextrace, tmp_path):
     # Long sentences that do not recur, many codes, many traces with long names, much damage.
     names = []

@@ -132,8 +132,12 @@ Verdict Resync::judgeKnown(uint64_t offset, uint64_t end) {
     return holdsBetter(offset, end) ? Verdict::UNSOUND : Verdict::SOUND;
 }
 
-// A type that nobody knows is more likely a wrong id, and its size field no better.
+// A type that nobody knows is more likely a wrong id, and its size field no better; but several of
+// them in a row are not.
 Verdict Resync::judgeUnknown(uint64_t offset, uint64_t end) {
+    if (beginsUnknownRun(offset)) {
+        return Verdict::SOUND;
+    }
     const Verdict chain = chainBehind(offset, behindUnknown(end));
     return chain == Verdict::SOUND && holdsBetter(offset, end) ? Verdict::UNSOUND : chain;
 }
@@ -225,6 +229,34 @@ bool Resync::isTorn(uint64_t offset) {
     const bool runsOut = there < HEADER_FRONT || (mayBeHeader(window.at(offset)) &&
                                                   messageLength(window.at(offset)) > there);
     return runsOut && !soundBegins(offset + 1, offset + there);
+}
+
+// Whether in a trace so many messages of unknown types lead from one to the next, with times near
+// that of the last sound message, that chance made none. Of bytes that repeat all times would be
+// the same.
+bool Resync::beginsUnknownRun(uint64_t offset) {
+    if (!lastStamp) {
+        return false;
+    }
+    const timeStamp_t stamp = messageStamp(window.at(offset));
+    const uint64_t limit = offset + UNKNOWN_REACH - LONGEST_MESSAGE;
+    unsigned evidence = 0;
+    bool timeGoesOn = false;
+    for (; evidence < ENOUGH_BEHIND_A_GAP && offset < limit; evidence += EVIDENCE_OF_TIME) {
+        if (window.available(offset, MessageBase::MO_BASE_DERIVED) < MessageBase::MO_BASE_DERIVED) {
+            return false;
+        }
+        const uint8_t* const message = window.at(offset);
+        const size_t length = messageLength(message);
+        const timeStamp_t time = messageStamp(message);
+        if (isExpected(messageId(message)) || length < MessageBase::MO_BASE_DERIVED ||
+            !areNear(time, *lastStamp) || window.available(offset, length) < length) {
+            return false;
+        }
+        timeGoesOn |= time != stamp;
+        offset += length;
+    }
+    return timeGoesOn && evidence >= ENOUGH_BEHIND_A_GAP;
 }
 
 uint64_t Resync::behindUnknown(uint64_t offset) {

@@ -64,6 +64,7 @@ private:
     template <class IsMessage>
     void countMessages(const uint8_t* bytes, size_t length, IsMessage isMessage);
     std::optional<uint64_t> betterStart(uint64_t offset);
+    bool beginsUnknownRun(uint64_t offset);
     uint64_t behindUnknown(uint64_t offset);
 
     TraceWindow& window;
