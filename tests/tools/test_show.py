@@ -312,15 +312,6 @@ def test_logs_are_no_trace(vextrace, log):
     assert b": no trace: " in done.stderr
 
 
-def test_a_program_is_no_trace(vextrace, tmp_path):
-    # Symbols to debug with are another matter: rows of numbers, of any length.
-    with open(vextrace.program, "rb") as program:
-        (tmp_path / "program").write_bytes(program.read(2**18))
-    done = vextrace("show", "program")
-    assert (done.returncode, done.stdout) == (1, b"")
-    assert b": no trace: " in done.stderr
-
-
 # --- Inputs and outputs
 
 
