@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <string_view>
 
 #include "tools/nmea/sentence.h"
 
@@ -12,6 +13,18 @@ namespace {
 
 // A recorder that knows no date counts from 1970-01-01.
 constexpr timeStamp_t FIRST_DATED = timeStamp_t{365} * 86'400 * 1'000'000'000;
+
+// Those of RMC and GGA are known with their fix.
+Checksum checksumOf(std::string_view code, std::string_view sentence,
+                    const std::optional<Fix>& fix) {
+    if (fix && fix->rmcChecksum && code == GPSTraceMessage::GPRMC) {
+        return *fix->rmcChecksum;
+    }
+    if (fix && fix->ggaChecksum && code == GPSTraceMessage::GPGGA) {
+        return *fix->ggaChecksum;
+    }
+    return storedChecksum(sentence);
+}
 
 }  // namespace
 
@@ -191,18 +204,18 @@ void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
 
 void Summary::addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix) {
     ++gpsMessages;
-    addSentences(gps);
+    addSentences(gps, fix);
     addTime(gps.getTimeStamp());
     if (fix) {
         addFix(*fix);
     }
 }
 
-void Summary::addSentences(const GPSTraceMessage& gps) {
+void Summary::addSentences(const GPSTraceMessage& gps, const std::optional<Fix>& fix) {
     const timeStamp_t stamp = gps.getTimeStamp();
     const auto dateStamp = stamp >= FIRST_DATED ? std::optional(stamp) : std::nullopt;
     for (const auto& [code, sentence] : gps.getSentences()) {
-        const Checksum checksum = storedChecksum(sentence);
+        const Checksum checksum = checksumOf(code, sentence, fix);
         sentences.add(withoutLineEnd(code), checksum, dateStamp);
         switch (checksum) {
             case Checksum::WRONG:

@@ -163,7 +163,7 @@ public:
 
 private:
     void addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix);
-    void addSentences(const GPSTraceMessage& gps);
+    void addSentences(const GPSTraceMessage& gps, const std::optional<Fix>& fix);
     void addTime(timeStamp_t stamp);
     void addFix(const Fix& fix);
     timeStamp_t allowedGap;
