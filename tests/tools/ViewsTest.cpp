@@ -211,6 +211,22 @@ TEST(ViewsTest, WhatMakesNoSenseIsInvalid) {
     }
 }
 
+TEST(ViewsTest, AltitudesAreInMetres) {
+    const auto altitude = [](const std::string& fields) {
+        const std::string line = fix("$GPGGA,1,4807.038,N,01131.000,E,1,08,0.9," + fields);
+        return line.substr(line.rfind(", "));
+    };
+    for (const char* inMetres : {"545.4,M,46.9,M,,", "545.4,,,,,", "545.4"}) {
+        EXPECT_EQ(altitude(inMetres), ", altitude 545.4000 m\n") << inMetres;
+    }
+    for (const char* other : {"545.4,F,,,,", "545.4,m,,,,", "545.4,7,,,,"}) {
+        EXPECT_EQ(altitude(other), ", altitude invalid\n") << other;
+    }
+    for (const char* missing : {",M,,,,", ",F,,,,"}) {
+        EXPECT_EQ(altitude(missing), ", altitude missing\n") << missing;
+    }
+}
+
 TEST(ViewsTest, TheRdbTextIsThatOfTheLibrary) {
     EXPECT_EQ(rdb(messageOf({"$GPGGA,1,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47"})),
               "48\xC2\xB0"

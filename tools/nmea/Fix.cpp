@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "tools/nmea/digits.h"
+
 namespace vextools {
 
 namespace {
@@ -46,30 +48,6 @@ private:
     const char* place;
     const char* end;
 };
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// Digits with at most one point. What the library makes of anything else is no number of the
-// receiver's.
-bool isUnsignedNumber(std::string_view text) {
-    size_t digits = 0;
-    size_t points = 0;
-    for (const char c : text) {
-        if (isDigit(c)) {
-            ++digits;
-        } else if (c != '.' || ++points > 1) {
-            return false;
-        }
-    }
-    return digits > 0;
-}
-
-bool isNumber(std::string_view text) {
-    const bool isSigned = !text.empty() && (text[0] == '-' || text[0] == '+');
-    return isUnsignedNumber(text.substr(isSigned ? 1 : 0));
-}
 
 // Minutes are below 60, but for receivers that round up to it.
 bool hasMinutes(std::string_view coordinate) {

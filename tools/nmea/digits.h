@@ -13,6 +13,27 @@ inline bool isDigits(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/// Whether the text is a number without a sign as receivers send them: digits with at most one
+/// point. What the library makes of anything else is no number of the receiver's.
+inline bool isUnsignedNumber(std::string_view text) {
+    size_t digits = 0;
+    size_t points = 0;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9') {
+            ++digits;
+        } else if (c != '.' || ++points > 1) {
+            return false;
+        }
+    }
+    return digits > 0;
+}
+
+/// The same with a sign or none.
+inline bool isNumber(std::string_view text) {
+    const bool isSigned = !text.empty() && (text[0] == '-' || text[0] == '+');
+    return isUnsignedNumber(text.substr(isSigned ? 1 : 0));
+}
+
 /// The number that at most nine digits write.
 inline unsigned number(std::string_view digits) {
     unsigned value = 0;

@@ -27,16 +27,6 @@ std::string_view shownSentence(std::string_view sentence) {
     return sentence;
 }
 
-bool isNumber(std::string_view text) {
-    if (text.starts_with('-') || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    const auto digits =
-        std::count_if(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-    const auto points = std::count(text.begin(), text.end(), '.');
-    return digits > 0 && points <= 1 && digits + points == std::ssize(text);
-}
-
 // With so many decimals, never with an exponent.
 void addDecimal(std::string& text, double number, int decimals) {
     char digits[400];
@@ -123,8 +113,11 @@ void showGga(const GPSTraceMessage& gps, std::string& line) {
     addDigits(line, ", quality", gga[6]);
     addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
     addSatellites(line, gga[7], numbers.numberSatellites);
-    const bool isInMetres = gga[10].empty() || gga[10] == "M";
-    addNumber(line, "altitude", isInMetres ? gga[9] : gga[10], numbers.antennaAltitude, 4, "m");
+    if (gga[9].empty() || gga[10].empty() || gga[10] == "M") {
+        addNumber(line, "altitude", gga[9], numbers.antennaAltitude, 4, "m");
+    } else {
+        line += ", altitude invalid";
+    }
 }
 
 constexpr std::string_view HEX_DIGITS = "0123456789abcdef";
