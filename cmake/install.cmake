@@ -16,20 +16,26 @@ function(vextrace_install kind)
             DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT vextrace_development)
 endfunction()
 
+set(VEXTRACE_LIBRARIES vexutil vextrace)
+if(VEXTRACE_STREAM)
+    list(APPEND VEXTRACE_LIBRARIES vexstream)
+endif()
 if(BUILD_SHARED_LIBS)
-    vextrace_install(shared vexutil vextrace)
+    vextrace_install(shared ${VEXTRACE_LIBRARIES})
 else()
-    vextrace_install(static vexutil vextrace)
+    vextrace_install(static ${VEXTRACE_LIBRARIES})
 endif()
 if(VEXTRACE_DEBIAN)
-    vextrace_install(static vexutil_static vextrace_static)
+    list(TRANSFORM VEXTRACE_LIBRARIES APPEND _static OUTPUT_VARIABLE static_libraries)
+    vextrace_install(static ${static_libraries})
 endif()
 
 # Every header is public but those in folders named internal.
-install(DIRECTORY libvexutil libvextrace
-                  ${VEXTRACE_GENERATED_HEADERS}/libvexutil ${VEXTRACE_GENERATED_HEADERS}/libvextrace
-        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT vextrace_development
-        FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
+foreach(library ${VEXTRACE_LIBRARIES})
+    install(DIRECTORY lib${library} ${VEXTRACE_GENERATED_HEADERS}/lib${library}
+            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT vextrace_development
+            FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
+endforeach()
 
 configure_package_config_file(cmake/vextraceConfig.cmake.in vextraceConfig.cmake
                               INSTALL_DESTINATION ${VEXTRACE_PACKAGE_DIR}
@@ -59,7 +65,7 @@ else()
     set(PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
 
-foreach(library vexutil vextrace)
+foreach(library ${VEXTRACE_LIBRARIES})
     configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
     install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
             DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT vextrace_development)

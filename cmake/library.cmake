@@ -35,3 +35,11 @@ function(vextrace_uses name other)
         target_link_libraries(${name}_static PUBLIC ${other}_static)
     endif()
 endfunction()
+
+# vextrace_needs_standard(NAME YEAR): a library, and those who use it, need a later C++.
+function(vextrace_needs_standard name year)
+    target_compile_features(${name} PUBLIC cxx_std_${year})
+    if(VEXTRACE_DEBIAN)
+        target_compile_features(${name}_static PUBLIC cxx_std_${year})
+    endif()
+endfunction()

@@ -1,7 +1,7 @@
 #include <cstdint>
 
 #include "fuzz/finding.h"
-#include "tests/tools/model/framerModel.h"
+#include "tests/stream/model/framerModel.h"
 
 /// Any bytes as what a receiver sent, in pieces whose size the first byte says.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

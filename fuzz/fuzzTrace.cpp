@@ -1,6 +1,3 @@
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -8,31 +5,13 @@
 #include <vector>
 
 #include "fuzz/finding.h"
+#include "libvexstream/ByteSource.h"
+#include "libvexstream/TraceReader.h"
 #include "libvextrace/serialise.h"
-#include "tools/io/InputFile.h"
-#include "tools/trace/TraceReader.h"
 
-using vextools::TraceItem;
+using vextrace::TraceItem;
 
 namespace {
-
-// A file in memory that holds the bytes.
-class MemoryFile {
-public:
-    explicit MemoryFile(const std::string& bytes) : fd(memfd_create("trace", 0)) {
-        if (fd < 0 || write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
-            stopAt("no file in memory");
-        }
-    }
-    ~MemoryFile() { close(fd); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(fd); }
-
-private:
-    int fd;
-};
 
 struct Item {
     TraceItem::Kind kind;
@@ -64,7 +43,7 @@ void checkMessage(const TraceItem& item, const std::string& trace) {
 }
 
 // Reads on to the end. What is given out must lie back to back.
-void readOn(vextools::TraceReader& reader, const std::string& trace, Walk& walk) {
+void readOn(vextrace::TraceReader& reader, const std::string& trace, Walk& walk) {
     for (TraceItem item = reader.next(); item.kind != TraceItem::Kind::END; item = reader.next()) {
         if (item.offset != (walk.items.empty() ? 0 : walk.items.back().end) || item.length == 0) {
             stopAt("the items do not lie back to back");
@@ -81,9 +60,8 @@ void readOn(vextools::TraceReader& reader, const std::string& trace, Walk& walk)
 
 // As a trace that grows first, where told, and then as it is.
 Walk walkOf(const std::string& trace, bool grows = false) {
-    const MemoryFile file(trace);
-    vextools::InputFile input(file.path());
-    vextools::TraceReader reader(input);
+    vextrace::MemorySource source({reinterpret_cast<const uint8_t*>(trace.data()), trace.size()});
+    vextrace::TraceReader reader(source);
     Walk walk;
     if (grows) {
         reader.setGrowing(true);

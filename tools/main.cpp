@@ -18,7 +18,8 @@
 #include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

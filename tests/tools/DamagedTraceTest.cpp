@@ -15,10 +15,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/stream/traces.h"
 #include "tests/tools/commandRuns.h"
-#include "tests/tools/traces.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 namespace fs = std::filesystem;
 using std::string;
 using std::string_view;

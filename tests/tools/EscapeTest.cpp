@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 TEST(EscapeTest, PrintableAsciiStaysAsItIs) {
     std::string text;

@@ -5,7 +5,8 @@
 
 #include <string>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

@@ -15,7 +15,8 @@
 
 #include "tools/io/errors.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 namespace fs = std::filesystem;
 
 namespace {

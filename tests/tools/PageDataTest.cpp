@@ -9,7 +9,8 @@
 
 #include "tools/report/squeeze.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 using nlohmann::json;
 
 namespace {

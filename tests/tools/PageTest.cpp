@@ -6,7 +6,8 @@
 
 #include "tools/report/pageTemplate.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

@@ -6,7 +6,8 @@
 #include <cmath>
 #include <random>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

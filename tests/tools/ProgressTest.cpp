@@ -7,7 +7,8 @@
 
 #include "tools/io/standardStreams.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 using namespace std::chrono_literals;
 
 namespace {

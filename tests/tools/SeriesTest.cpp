@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 constexpr uint64_t SECOND = 1000000000;

@@ -8,7 +8,8 @@
 #include <sstream>
 #include <string>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

@@ -3,10 +3,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "tests/tools/traces.h"
+#include "tests/stream/traces.h"
 #include "tools/trace/summaryText.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 
@@ -60,9 +61,9 @@ TraceBytes plain(timeStamp_t stamp) {
 }
 
 Summary summaryOf(const std::vector<TraceBytes>& messages, timeStamp_t gap = GAP) {
-    const TemporaryFile file(joined(messages));
-    InputFile input(file.path());
-    TraceReader trace(input);
+    const TraceBytes bytes = joined(messages);
+    MemorySource source(bytes);
+    TraceReader trace(source);
     Summary summary(gap);
     for (TraceItem item = trace.next(); item.kind != TraceItem::Kind::END; item = trace.next()) {
         summary.add(item);

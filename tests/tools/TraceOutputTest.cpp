@@ -13,10 +13,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/traces.h"
+#include "tests/stream/traces.h"
 #include "tools/io/errors.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 namespace fs = std::filesystem;
 using std::string;
 

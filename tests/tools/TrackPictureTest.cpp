@@ -7,7 +7,8 @@
 #include <regex>
 #include <string>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

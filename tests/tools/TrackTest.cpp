@@ -8,7 +8,8 @@
 #include <random>
 #include <vector>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

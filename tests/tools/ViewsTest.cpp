@@ -12,7 +12,8 @@
 #include <string>
 #include <vector>
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 namespace fs = std::filesystem;
 
 namespace {

@@ -7,7 +7,8 @@
 #include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 
-using namespace vextools;
+using namespace vextrace;
+using namespace vextrace::tools;
 
 namespace {
 

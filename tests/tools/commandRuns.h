@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/traces.h"
+#include "tests/stream/traces.h"
 #include "tools/commands/commands.h"
 
 /// What a command left behind.
@@ -19,7 +19,7 @@ struct CommandResult {
 /// A command line of the program, to be run again and again.
 class Command {
 public:
-    using Add = void (*)(CLI::App& app, vextools::ExitStatus& status);
+    using Add = void (*)(CLI::App& app, vextrace::tools::ExitStatus& status);
 
     /// \param arguments  with the command's name in front
     Command(Add add, std::vector<std::string> arguments);
@@ -30,7 +30,7 @@ private:
     int runForStatus();
 
     CLI::App app;
-    vextools::ExitStatus status = vextools::STATUS_OK;
+    vextrace::tools::ExitStatus status = vextrace::tools::STATUS_OK;
     std::vector<std::string> line;
     TemporaryFile output;
     TemporaryFile told;

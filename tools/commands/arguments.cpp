@@ -7,11 +7,11 @@
 #include <cerrno>
 #include <cstring>
 
+#include "libvexstream/utc.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
-#include "tools/nmea/utc.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 timeStamp_t timeArgument(const char* option, const std::string& text) {
     const std::optional<timeStamp_t> stamp = parseUtc(text);
@@ -58,4 +58,4 @@ std::optional<uint64_t> totalSize(const std::vector<struct stat>& inputs) {
     return total;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -9,7 +9,7 @@
 
 #include "libvextrace/MessageBase.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 // What several commands do with what was given to them.
 
@@ -27,4 +27,4 @@ std::vector<struct stat> inputStatuses(const std::vector<std::string>& paths);
 /// Bytes of all inputs; nothing unless all are regular files.
 std::optional<uint64_t> totalSize(const std::vector<struct stat>& inputs);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -2,15 +2,15 @@
 
 #include <memory>
 
+#include "libvexstream/utc.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
-#include "tools/nmea/utc.h"
 #include "tools/trace/TraceProof.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -91,4 +91,4 @@ void addCheck(CLI::App& app, ExitStatus& /*status*/) {
     command->callback([options] { check(*options); });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,7 +4,7 @@
 
 #include "tools/io/errors.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The status that the command ends with where nothing is thrown.
 using ExitStatus = int;
@@ -19,4 +19,4 @@ void addCheck(CLI::App& app, ExitStatus& status);
 void addRepair(CLI::App& app, ExitStatus& status);
 void addReport(CLI::App& app, ExitStatus& status);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

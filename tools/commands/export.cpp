@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "libvexstream/TraceReader.h"
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/export/Exporter.h"
@@ -19,9 +20,8 @@
 #include "tools/io/Progress.h"
 #include "tools/io/standardStreams.h"
 #include "tools/trace/DamageLog.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -188,4 +188,4 @@ void addExport(CLI::App& app, ExitStatus& status) {
     command->callback([arguments, &status] { status = run(*arguments); });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

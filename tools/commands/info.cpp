@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "libvexstream/TraceReader.h"
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
@@ -19,10 +20,9 @@
 #include "tools/io/standardStreams.h"
 #include "tools/trace/DamageLog.h"
 #include "tools/trace/Summary.h"
-#include "tools/trace/TraceReader.h"
 #include "tools/trace/summaryText.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -219,4 +219,4 @@ void addInfo(CLI::App& app, ExitStatus& status) {
     command->callback([arguments, &status] { status = Info(*arguments).run(); });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

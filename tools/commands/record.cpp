@@ -4,12 +4,12 @@
 #include <optional>
 #include <string>
 
+#include "libvexstream/utc.h"
 #include "tools/commands/commands.h"
 #include "tools/io/escape.h"
-#include "tools/nmea/utc.h"
 #include "tools/trace/Recorder.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -94,4 +94,4 @@ void addRecord(CLI::App& app, ExitStatus& status) {
     });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "libvexstream/TraceReader.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
@@ -11,9 +12,8 @@
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 #include "tools/trace/DamageLog.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -96,4 +96,4 @@ void addRepair(CLI::App& app, ExitStatus& status) {
     command->callback([arguments, &status] { status = run(*arguments); });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

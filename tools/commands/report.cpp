@@ -10,22 +10,22 @@
 #include <utility>
 #include <vector>
 
+#include "libvexstream/Fix.h"
+#include "libvexstream/TraceReader.h"
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Progress.h"
 #include "tools/io/standardStreams.h"
-#include "tools/nmea/Fix.h"
 #include "tools/report/Drive.h"
 #include "tools/report/Page.h"
 #include "tools/report/headText.h"
 #include "tools/report/shownTexts.h"
 #include "tools/trace/DamageLog.h"
 #include "tools/trace/Summary.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -213,4 +213,4 @@ void addReport(CLI::App& app, ExitStatus& status) {
     command->callback([arguments, &status] { status = Report(*arguments).run(); });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,6 +6,9 @@
 #include <optional>
 #include <string>
 
+#include "libvexstream/Fix.h"
+#include "libvexstream/TraceReader.h"
+#include "libvexstream/utc.h"
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
@@ -14,14 +17,11 @@
 #include "tools/io/growth.h"
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
-#include "tools/nmea/Fix.h"
-#include "tools/nmea/utc.h"
 #include "tools/trace/DamageLog.h"
 #include "tools/trace/LineWriter.h"
-#include "tools/trace/TraceReader.h"
 #include "tools/trace/views.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -229,4 +229,4 @@ void addShow(CLI::App& app, ExitStatus& status) {
     });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

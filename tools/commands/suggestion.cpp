@@ -10,7 +10,7 @@
 
 #include "tools/io/escape.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -103,4 +103,4 @@ std::optional<std::string> unknownName(const CLI::App& app,
     return std::nullopt;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

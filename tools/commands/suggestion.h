@@ -8,7 +8,7 @@ namespace CLI {
 class App;
 }
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// What is wrong with a command line that was refused, where a command or an option in it does not
 /// exist, and the nearest name that does: "--fixs: no option of show; did you mean --fix?".
@@ -17,4 +17,4 @@ namespace vextools {
 std::optional<std::string> unknownName(const CLI::App& app,
                                        const std::vector<std::string>& arguments);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

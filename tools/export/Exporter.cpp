@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -88,4 +88,4 @@ std::string Exporter::leftOut() const {
     return list;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

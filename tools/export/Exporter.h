@@ -8,7 +8,7 @@
 #include "libvextrace/GPSTraceMessage.h"
 #include "tools/export/Format.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// What of a trace is exported.
 struct ExportChoice {
@@ -55,4 +55,4 @@ private:
     uint64_t others = 0;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

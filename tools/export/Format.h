@@ -3,11 +3,11 @@
 #include <memory>
 #include <string>
 
+#include "libvexstream/Fix.h"
 #include "libvextrace/GPSTraceMessage.h"
 #include "tools/io/OutputFile.h"
-#include "tools/nmea/Fix.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A document of one format, written message by message in bounded memory.
 class Format {
@@ -52,4 +52,4 @@ std::unique_ptr<Format> makeCsv(OutputFile& output);
 std::unique_ptr<Format> makeJsonLines(OutputFile& output);
 std::unique_ptr<Format> makeNmea(OutputFile& output);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

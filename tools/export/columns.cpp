@@ -4,7 +4,7 @@
 
 #include "tools/export/text.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -61,4 +61,4 @@ const std::array<Column, COLUMN_COUNT> COLUMNS = {{
     {"checksum", true, appendChecksum},
 }};
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -2,10 +2,10 @@
 
 #include <array>
 
+#include "libvexstream/Fix.h"
 #include "tools/io/TextBuffer.h"
-#include "tools/nmea/Fix.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// One value of a fix, as tables name and hold it.
 struct Column {
@@ -20,4 +20,4 @@ constexpr size_t COLUMN_COUNT = 12;
 /// The columns in their order.
 extern const std::array<Column, COLUMN_COUNT> COLUMNS;
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,7 +1,7 @@
 #include "tools/export/Format.h"
 #include "tools/export/columns.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -48,4 +48,4 @@ std::unique_ptr<Format> makeCsv(OutputFile& output) {
     return std::make_unique<Csv>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -194,4 +194,4 @@ std::unique_ptr<Format> makeGeoJson(OutputFile& output) {
     return std::make_unique<GeoJson>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,10 +1,10 @@
 #include <string_view>
 
+#include "libvexstream/sentence.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
-#include "tools/nmea/sentence.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -140,4 +140,4 @@ std::unique_ptr<Format> makeGpx(OutputFile& output) {
     return std::make_unique<Gpx>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,7 +1,7 @@
 #include "tools/export/Format.h"
 #include "tools/export/columns.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -52,4 +52,4 @@ std::unique_ptr<Format> makeJsonLines(OutputFile& output) {
     return std::make_unique<JsonLines>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,7 +1,7 @@
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::unique_ptr<Format> makeKml(OutputFile& output) {
     return std::make_unique<Kml>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,10 +1,10 @@
 #include <optional>
 #include <string>
 
+#include "libvexstream/sentence.h"
 #include "tools/export/Format.h"
-#include "tools/nmea/sentence.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::unique_ptr<Format> makeNmea(OutputFile& output) {
     return std::make_unique<Nmea>(output);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,9 +5,9 @@
 #include <charconv>
 #include <cmath>
 
-#include "tools/nmea/utc.h"
+#include "libvexstream/utc.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -119,4 +119,4 @@ void appendUtc(TextBuffer& text, timeStamp_t stamp) {
     text.endAt(writeUtc(text.room(LONGEST_UTC), stamp));
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

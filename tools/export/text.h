@@ -8,7 +8,7 @@
 #include "libvextrace/MessageBase.h"
 #include "tools/io/TextBuffer.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Appends the shortest decimal text that reads back as the same number, bit for bit. It has no
 /// exponent, which some formats do not know. The number is finite.
@@ -29,4 +29,4 @@ void appendNumber(TextBuffer& text, std::unsigned_integral auto number) {
     text.endAt(std::to_chars(dest, dest + DIGITS, number).ptr);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

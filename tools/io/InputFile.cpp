@@ -10,7 +10,7 @@
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -58,12 +58,16 @@ size_t InputFile::read(uint8_t* dest, size_t room) {
     return static_cast<size_t>(count);
 }
 
-void InputFile::goBack(size_t count) {
+bool InputFile::goBack(size_t count) {
+    if (!size()) {
+        return false;
+    }
     if (lseek(fd, -static_cast<off_t>(count), SEEK_CUR) < 0) {
         throw DataError(fmt::format("{}: cannot go back to byte {}: {}", shown, position - count,
                                     std::strerror(errno)));
     }
     position -= count;
+    return true;
 }
 
 std::optional<uint64_t> InputFile::size() const {
@@ -73,4 +77,4 @@ std::optional<uint64_t> InputFile::size() const {
     return static_cast<uint64_t>(status.st_size);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

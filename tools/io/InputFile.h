@@ -7,26 +7,29 @@
 #include <optional>
 #include <string>
 
-namespace vextools {
+#include "libvexstream/ByteSource.h"
+
+namespace vextrace::tools {
 
 /// An input of bytes: a file, a FIFO, a device, or standard input. Closed at the end, standard
 /// input aside.
-class InputFile {
+class InputFile : public ByteSource {
 public:
     /// \param path  "-" is standard input
     /// \throws UsageError when it cannot be opened, or is a directory
     explicit InputFile(const std::string& path);
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
-    ~InputFile();
+    ~InputFile() override;
 
     /// Reads what is there, at most \p room bytes; waits where nothing is. 0 is the end of the
     /// file; more may be read behind it, should the file grow. \throws ReadError, which names the
     /// file, the byte and the reason
-    size_t read(uint8_t* dest, size_t room);
+    size_t read(uint8_t* dest, size_t room) override;
 
-    /// Goes back over the last \p count bytes that were read. For regular files alone.
-    void goBack(size_t count);
+    /// Goes back over the last \p count bytes that were read. Only regular files can.
+    /// \throws DataError where the system refuses
+    bool goBack(size_t count) override;
 
     /// For waiting.
     int descriptor() const { return fd; }
@@ -47,4 +50,4 @@ private:
     std::string shown;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

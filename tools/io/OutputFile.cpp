@@ -16,7 +16,7 @@
 #include "tools/io/escape.h"
 #include "tools/io/writeSome.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -195,4 +195,4 @@ void OutputFile::failForErrno() const {
     throw DataError(fmt::format("{}: cannot be written: {}", shown, std::strerror(errno)));
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -11,7 +11,7 @@
 #include "tools/io/RemoveOnSignal.h"
 #include "tools/io/TextBuffer.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Buffered output that appears under its name only when it is complete: a regular file is written
 /// beside its place and renamed by commit(). "-" is standard output; devices and FIFOs are written
@@ -73,4 +73,4 @@ private:
     TextBuffer buffer;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

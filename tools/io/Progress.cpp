@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string progressText(uint64_t done, std::optional<uint64_t> total, double se
     return fmt::format("{} %, {}, {}:{:02} left", done * 100 / whole, speed, left / 60, left % 60);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

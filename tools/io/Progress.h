@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A line on standard error that tells how far the work is: per cent, MB/s, time left. It is there
 /// when standard error is a terminal and the work has lasted longer than a second, and is erased
@@ -51,4 +51,4 @@ private:
 /// "43 %, 125.0 MB/s, 0:12 left"; without a total "500 MB, 125.0 MB/s". MB are 10^6 bytes.
 std::string progressText(uint64_t done, std::optional<uint64_t> total, double seconds);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <utility>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -43,4 +43,4 @@ RemoveOnSignal::~RemoveOnSignal() {
     toRemove = nullptr;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

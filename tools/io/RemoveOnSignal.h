@@ -4,7 +4,7 @@
 #include <csignal>
 #include <string>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP remove a file before they end the program as they do
 /// without it. A signal that is ignored stays so. There may be one at a time.
@@ -22,4 +22,4 @@ private:
     std::array<struct sigaction, SIGNALS.size()> before = {};
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -10,7 +10,7 @@
 
 #include "tools/io/errors.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -90,4 +90,4 @@ SerialLine::~SerialLine() {
     }
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 
 #include "tools/io/InputFile.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Makes a serial line give out every byte as it comes, with nothing added, changed or swallowed,
 /// and puts its settings back at the end. Does nothing to inputs that are no lines, nor to the
@@ -29,4 +29,4 @@ private:
     std::optional<termios> before;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

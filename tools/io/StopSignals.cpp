@@ -11,7 +11,7 @@
 
 #include "tools/io/errors.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -66,4 +66,4 @@ int StopSignals::count() {
     return number;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -3,7 +3,7 @@
 #include <array>
 #include <csignal>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP end nothing, but can be waited for and asked for. A
 /// signal that is ignored stays so. There may be one at a time.
@@ -30,4 +30,4 @@ private:
     std::array<struct sigaction, SIGNALS.size()> before = {};
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Text that grows at its end, for documents of very many short pieces: a literal is appended by a
 /// few instructions, where std::string calls a function.
@@ -58,4 +58,4 @@ private:
     char* limit = nullptr;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

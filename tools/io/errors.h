@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Exit statuses of the program.
 enum Status : int {
@@ -33,4 +33,4 @@ public:
 /// Ends the program quietly: whoever read its output has gone.
 class BrokenPipe : public std::exception {};
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -88,4 +88,4 @@ std::string shownName(std::string_view path) {
     return path == "-" ? "standard input" : escaped(path);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The text with control characters, backslashes and bytes that are no UTF-8 written as escapes
 /// such as \x1b, so that it cannot steer a terminal. Everything else stays as it is.
@@ -15,4 +15,4 @@ void appendEscaped(std::string& result, std::string_view text);
 /// The name of a file for a message: "standard input" for "-", else escaped.
 std::string shownName(std::string_view path);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -9,7 +9,7 @@
 
 #include "tools/io/errors.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -47,4 +47,4 @@ void setStatusOnInterrupt(Status status) {
     statusOnInterrupt = status;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 #include "tools/io/InputFile.h"
 #include "tools/io/errors.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Waits a moment for a file to grow. Says whether to look again; false where the input is no file
 /// that could grow.
@@ -20,4 +20,4 @@ bool waitForGrowth(const InputFile& input, uint64_t position);
 void endQuietlyOnInterrupt();
 void setStatusOnInterrupt(Status status);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// "1 message", "2 messages".
 inline std::string counted(uint64_t count, std::string_view thing) {
     return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 
 #include "tools/io/Progress.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 void holdStandardStreams() {
     // Opened the wrong way round, so that a use fails as it does with a closed stream.
@@ -23,4 +23,4 @@ void tell(std::string_view text) {
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Makes sure that no file takes the place of a standard stream that the program was started
 /// without: messages would be written into it. Reading and writing such a stream go on failing.
@@ -12,4 +12,4 @@ void holdStandardStreams();
 /// status still tells.
 void tell(std::string_view text);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

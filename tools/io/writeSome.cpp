@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-namespace vextools {
+namespace vextrace::tools {
 
 ssize_t writeSome(int fd, const void* bytes, size_t count) {
     const ssize_t written = write(fd, bytes, count);
@@ -21,4 +21,4 @@ ssize_t writeSome(int fd, const void* bytes, size_t count) {
     return written;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -9,7 +9,7 @@
 #include "tools/report/pageData.h"
 #include "tools/report/shownTexts.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -129,4 +129,4 @@ Drive::Pictures Drive::pictures(const std::vector<std::string>& traces, size_t b
     return pictures;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

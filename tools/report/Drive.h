@@ -10,7 +10,7 @@
 #include "tools/report/Series.h"
 #include "tools/report/Track.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The pictures of a drive: its fixes over time and the way it took, in bounded memory.
 class Drive {
@@ -49,4 +49,4 @@ private:
     MomentPtr first, last;  ///< of the track
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

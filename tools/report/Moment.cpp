@@ -8,7 +8,7 @@
 #include "libvextrace/serialise.h"
 #include "tools/io/escape.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -88,4 +88,4 @@ std::string positionText(double latitude, double longitude) {
     return coordinateText(latitude, 'N', 'S') + ", " + coordinateText(longitude, 'E', 'W');
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "libvexstream/Fix.h"
 #include "libvextrace/GPSTraceMessage.h"
-#include "tools/nmea/Fix.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A fix that can be pointed at on the page, with what is shown beside it.
 class Moment {
@@ -54,4 +54,4 @@ using MomentPtr = std::shared_ptr<Moment>;
 /// A position in the form of the RDB text: "48°7.038 N, 11°31.000 E".
 std::string positionText(double latitude, double longitude);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -10,7 +10,7 @@
 #include "tools/report/markup.h"
 #include "tools/report/pageTemplate.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -109,4 +109,4 @@ std::string Page::text() const {
                                    {"data", data}});
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

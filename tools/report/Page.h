@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A number of the head, as texts.
 struct Fact {
@@ -36,4 +36,4 @@ struct Page {
     std::string text() const;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

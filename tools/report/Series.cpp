@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -244,4 +244,4 @@ std::vector<Series::Drawn> Series::drawn() {
     return result;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -9,7 +9,7 @@
 
 #include "tools/report/Moment.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// What is followed over time. A fix has each of them or not; all have the first.
 enum class Followed : size_t { FIX, POSITION, SPEED, ALTITUDE, SATELLITES, QUALITY, COUNT };
@@ -100,4 +100,4 @@ private:
     uint64_t added = 0;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

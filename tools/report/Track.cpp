@@ -5,7 +5,7 @@
 #include <numbers>
 #include <utility>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -132,4 +132,4 @@ void Track::thin() {
     kept.resize(next);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

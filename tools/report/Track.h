@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A corner of the track.
 struct TrackPoint {
@@ -57,4 +57,4 @@ private:
     std::vector<TrackPoint> kept;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -12,7 +12,7 @@
 
 #include "tools/report/markup.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -260,4 +260,4 @@ std::string TrackPicture::legend() const {
         items);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 
 #include "tools/report/Track.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Round steps of speed, each with a colour of its own.
 class SpeedScale {
@@ -71,4 +71,4 @@ private:
     double metres = 1;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

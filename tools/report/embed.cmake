@@ -51,7 +51,7 @@ string(REGEX REPLACE "(................................)" "\\1\n" bytes "${bytes
 string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${bytes}")
 file(WRITE "${OUTPUT}" "#include \"tools/report/pageTemplate.h\"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 constexpr char TEXT[] = {
@@ -62,5 +62,5 @@ std::string_view pageTemplate() {
     return {TEXT, sizeof(TEXT)};
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools
 ")

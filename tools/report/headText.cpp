@@ -9,7 +9,7 @@
 #include "tools/io/plural.h"
 #include "tools/report/shownTexts.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -229,4 +229,4 @@ std::string furtherCodes(const SentenceCounts& sentences) {
                : fmt::format("And {} of further codes.", countedGrouped(further, "sentence"));
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "libvexstream/TraceReader.h"
 #include "tools/report/Page.h"
 #include "tools/trace/Summary.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A file that was read, as the page names it.
 struct TraceFile {
@@ -56,4 +56,4 @@ constexpr size_t MOST_ROWS = 200;
 /// How many sentences are of further codes; empty where none is.
 std::string furtherCodes(const SentenceCounts& sentences);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,6 +1,6 @@
 #include "tools/report/markup.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -58,4 +58,4 @@ std::string jsonInPage(const nlohmann::json& value) {
     });
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The text as HTML shows it, between tags or in an attribute's quotes.
 std::string html(std::string_view text);
@@ -13,4 +13,4 @@ std::string html(std::string_view text);
 /// or a line end of scripts. ASCII alone. Bytes that are no UTF-8 become U+FFFD.
 std::string jsonInPage(const nlohmann::json& value);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

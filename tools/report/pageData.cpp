@@ -10,7 +10,7 @@
 #include "tools/report/markup.h"
 #include "tools/report/squeeze.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -153,4 +153,4 @@ std::string pageData(const std::vector<Drawn>& drawn, const TrackPicture* pictur
     return jsonInPage(data);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -6,7 +6,7 @@
 #include "tools/report/Series.h"
 #include "tools/report/TrackPicture.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The moments as the page's script reads them: JSON, an array per value, safe to stand in the
 /// page.
@@ -16,4 +16,4 @@ namespace vextools {
 std::string pageData(const std::vector<Series::Drawn>& drawn, const TrackPicture* picture,
                      const std::vector<std::string>& traces);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// page.html with the style and the scripts in it; what differs from drive to drive stands in it as
 /// {{name}}.
 std::string_view pageTemplate();
 
-}  // namespace vextools
+}  // namespace vextrace::tools

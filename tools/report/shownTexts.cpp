@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/nmea/utc.h"
+#include "libvexstream/utc.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -89,4 +89,4 @@ std::string shownSize(uint64_t bytes) {
     return fmt::format("{:.{}f} {}", size, size < 10 ? 1 : 0, *unit);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 
 #include "libvextrace/MessageBase.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 // Numbers as people read them on the page.
 
@@ -27,4 +27,4 @@ std::string shownDistance(double metres);
 /// 1.2 MB
 std::string shownSize(uint64_t bytes);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -97,4 +97,4 @@ std::string squeezed(std::string_view text) {
     return result;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// How pieces that were there before are told in a squeezed text.
 struct Squeezing {
@@ -25,4 +25,4 @@ struct Squeezing {
 /// a fifth as long, and the page's script needs a dozen lines to expand them.
 std::string squeezed(std::string_view text);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace vextools {
+namespace vextrace::tools {
 
 void BoundingBox::Range::add(double value) {
     least = std::min(least, value);
@@ -54,4 +54,4 @@ std::optional<Box> BoundingBox::box() const {
     return box;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

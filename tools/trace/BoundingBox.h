@@ -5,7 +5,7 @@
 #include <limits>
 #include <optional>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// The smallest box around positions, in degrees, north and east positive. Where it lies across the
 /// 180th meridian, west is greater than east.
@@ -42,4 +42,4 @@ private:
     std::array<Range, SECTORS> sectors;  // the longitudes of each degree
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,7 +7,7 @@
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -39,4 +39,4 @@ void DamageLog::finish() {
     }
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

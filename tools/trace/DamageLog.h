@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/trace/TraceReader.h"
+#include "libvexstream/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Tells people of the damage in a trace: a line for each of the first places, naming the byte
 /// where the last sound message ended and how many bytes were passed over, and a count of the
@@ -34,4 +34,4 @@ private:
     uint64_t heldBack = 0;  // bytes of the places that were not told
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,7 +7,7 @@
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// Writes lines about a message, each behind the same prefix.
 class LineWriter {
@@ -46,4 +46,4 @@ private:
     std::string line;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

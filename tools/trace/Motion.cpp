@@ -1,6 +1,6 @@
 #include "tools/trace/Motion.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 void Motion::Sum::add(uint64_t duration, double speed) {
     time += duration;
@@ -36,4 +36,4 @@ void Motion::merge(const Motion& other) {
     fast.merge(other.fast);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 
 #include "libvextrace/MessageBase.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// How long the vehicle moved, and how fast in the mean, by the speeds that the receiver reported.
 /// Between two fixes the speed is the mean of theirs. Gaps do not count.
@@ -51,4 +51,4 @@ private:
     std::optional<Speed> previous;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -4,7 +4,7 @@
 #include <GeographicLib/Geodesic.hpp>
 #include <cmath>
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -37,4 +37,4 @@ double Path::between(const Position& a, const Position& b) {
     return metres;
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// How long a path over the ellipsoid is: the sum of the geodesics from each position to the next.
 class Path {
@@ -31,4 +31,4 @@ private:
     double length = 0;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

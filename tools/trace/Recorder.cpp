@@ -8,12 +8,12 @@
 #include <csignal>
 #include <utility>
 
+#include "libvexstream/utc.h"
 #include "tools/io/errors.h"
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
-#include "tools/nmea/utc.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -180,4 +180,4 @@ void Recorder::sumUp(const Ending& ending) const {
     }
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,16 +7,16 @@
 #include <string_view>
 #include <vector>
 
+#include "libvexstream/Arrivals.h"
+#include "libvexstream/EpochBuilder.h"
+#include "libvexstream/Framer.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/Progress.h"
 #include "tools/io/SerialLine.h"
 #include "tools/io/StopSignals.h"
-#include "tools/nmea/Arrivals.h"
-#include "tools/nmea/EpochBuilder.h"
-#include "tools/nmea/Framer.h"
 #include "tools/trace/TraceOutput.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 struct RecordOptions {
     std::string input = "-";   ///< "-" is standard input
@@ -72,4 +72,4 @@ private:
     std::optional<Progress> progress;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,9 +5,9 @@
 #include <numeric>
 #include <string_view>
 
-#include "tools/nmea/sentence.h"
+#include "libvexstream/sentence.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -302,4 +302,4 @@ void Summary::merge(const Summary& other) {
     undated.merge(other.undated);
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -8,14 +8,14 @@
 #include <string_view>
 #include <vector>
 
+#include "libvexstream/Fix.h"
+#include "libvexstream/TraceReader.h"
 #include "libvextrace/GPSTraceMessage.h"
-#include "tools/nmea/Fix.h"
 #include "tools/trace/BoundingBox.h"
 #include "tools/trace/Motion.h"
 #include "tools/trace/Path.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A pause between two messages.
 struct Gap {
@@ -172,4 +172,4 @@ private:
     TimeSpan undated;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

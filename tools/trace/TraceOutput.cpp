@@ -11,16 +11,16 @@
 #include <span>
 #include <utility>
 
+#include "libvexstream/TraceReader.h"
+#include "libvexstream/internal/soundness.h"
 #include "libvextrace/MessageFactory.h"
 #include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
 #include "tools/io/writeSome.h"
-#include "tools/trace/TraceReader.h"
-#include "tools/trace/soundness.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -331,4 +331,4 @@ void TraceOutput::failFor(int reason) const {
     throw DataError(fmt::format("{}: cannot be written: {}", shown, std::strerror(reason)));
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "libvexstream/EpochBuilder.h"
 #include "tools/io/InputFile.h"
-#include "tools/nmea/EpochBuilder.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// What becomes of a trace that exists.
 enum class ExistingTrace {
@@ -108,4 +108,4 @@ private:
     Counters count;
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

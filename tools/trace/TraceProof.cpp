@@ -9,16 +9,16 @@
 #include <memory>
 #include <vector>
 
+#include "libvexstream/Framer.h"
+#include "libvexstream/TraceReader.h"
+#include "libvexstream/sentence.h"
+#include "libvexstream/utc.h"
 #include "tools/io/Progress.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
-#include "tools/nmea/Framer.h"
-#include "tools/nmea/sentence.h"
-#include "tools/nmea/utc.h"
-#include "tools/trace/TraceReader.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -462,4 +462,4 @@ ProofCounters proveTrace(InputFile& log, InputFile& trace, const RecordingRules&
     return Proof(log, trace, rules).run();
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,7 +7,7 @@
 
 #include "tools/io/InputFile.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// How the trace was recorded.
 struct RecordingRules {
@@ -34,4 +34,4 @@ struct ProofCounters {
 /// \throws DataError at the first difference; names the byte of the trace and that of the log
 ProofCounters proveTrace(InputFile& log, InputFile& trace, const RecordingRules& rules);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -7,12 +7,12 @@
 #include <optional>
 #include <string_view>
 
+#include "libvexstream/messageNames.h"
+#include "libvexstream/utc.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
-#include "tools/nmea/utc.h"
-#include "tools/trace/messageNames.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -235,4 +235,4 @@ Json summaryJson(const Summary& summary) {
             {"box", boxJson(summary.positions.box())}};
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -5,7 +5,7 @@
 
 #include "tools/trace/Summary.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// A summary for people: a line for each kind of number, with units; "none" where there is no
 /// value.
@@ -35,4 +35,4 @@ std::string summaryText(const Summary& summary);
 ///     box.south, .west, .north, .east  degrees; west > east across the 180th meridian; or null
 nlohmann::ordered_json summaryJson(const Summary& summary);
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -9,12 +9,12 @@
 #include <string>
 #include <string_view>
 
+#include "libvexstream/internal/digits.h"
+#include "libvexstream/internal/fields.h"
+#include "libvexstream/sentence.h"
 #include "tools/io/plural.h"
-#include "tools/nmea/digits.h"
-#include "tools/nmea/fields.h"
-#include "tools/nmea/sentence.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 namespace {
 
@@ -218,4 +218,4 @@ void Views::showBytes(std::span<const uint8_t> bytes) {
     }
 }
 
-}  // namespace vextools
+}  // namespace vextrace::tools

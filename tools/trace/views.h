@@ -7,7 +7,7 @@
 #include "libvextrace/GPSTraceMessage.h"
 #include "tools/trace/LineWriter.h"
 
-namespace vextools {
+namespace vextrace::tools {
 
 /// What can be shown of a GPS message. No line ends in a receiver's line end.
 class Views {
@@ -37,4 +37,4 @@ private:
     std::ostringstream dump;  // kept: to make one takes longer than to write to it
 };
 
-}  // namespace vextools
+}  // namespace vextrace::tools

@@ -1,0 +1,152 @@
+#include "libvexstream/EpochBuilder.h"
+
+#include <array>
+#include <cstring>
+
+#include "libvexstream/utc.h"
+#include "libvextrace/serialise.h"
+
+namespace vextrace {
+
+namespace {
+
+constexpr uint64_t HALF_A_DAY = uint64_t{12} * 3600 * 1'000'000'000;
+constexpr uint32_t NO_ENTRY = UINT32_MAX;
+// No receiver has so many; they are forgotten.
+constexpr size_t MOST_CODES = 4096;
+
+// The code under which a message stores a sentence that ends in a line feed, as a number.
+uint64_t storedCode(std::string_view sentence) {
+    std::array<char, sizeof(uint64_t)> code = {};
+    sentence.copy(code.data(), GPSTraceMessage::NMEA_CODE_SIZE);
+    if (code[0] == '$' && code[1] == 'G') {
+        code[2] = 'P';
+    }
+    uint64_t number = 0;
+    std::memcpy(&number, code.data(), sizeof(number));
+    return number;
+}
+
+}  // namespace
+
+EpochBuilder::EpochBuilder(StampSource stampSource, std::chrono::sys_days firstDate)
+    : source(stampSource), lastDate(firstDate) {}
+
+const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, timeStamp_t arrival) {
+    const std::optional<TimeOfDay> time = timeOf(sentence);
+    const bool beginsEpoch = time && epochTime && !(*time == *epochTime);
+    const size_t lineFeed = sentence.ends_with('\n') ? 0 : 1;
+    if (beginsEpoch || text.size() + sentence.size() + lineFeed > PART_ROOM) {
+        take();
+    } else {
+        clearPart();
+    }
+    if (beginsEpoch) {
+        endEpoch();
+    }
+    if (isEmpty() && !epochGoesOn) {
+        epochArrival = arrival;
+    }
+    if (time) {
+        epochTime = time;
+        epochDate = epochDate ? epochDate : dateOf(sentence);
+    }
+    collect(sentence);
+    return part;
+}
+
+const EpochBuilder::Part& EpochBuilder::take() {
+    clearPart();
+    if (isEmpty()) {
+        return part;
+    }
+    part.stamp = stamp();
+    part.sentences = entries.size();
+    part.messages = drafts.size();
+    part.beginsEpoch = !epochGoesOn;
+    for (const Draft& draft : drafts) {
+        build(draft);
+    }
+    epochGoesOn = epochTime.has_value();
+    text.clear();
+    entries.clear();
+    drafts.clear();
+    ++partNumber;
+    return part;
+}
+
+void EpochBuilder::clearPart() {
+    part.bytes.clear();
+    part.messages = 0;
+    part.sentences = 0;
+}
+
+void EpochBuilder::endEpoch() {
+    lastDate = date();
+    lastTime = epochTime->nanoseconds;
+    epochTime.reset();
+    epochDate.reset();
+    epochGoesOn = false;
+}
+
+void EpochBuilder::collect(std::string_view sentence) {
+    const size_t begin = text.size();
+    text += sentence;
+    if (!sentence.ends_with('\n')) {
+        text += '\n';
+    }
+    const size_t size = text.size() - begin;
+    Draft& draft = draftFor(storedCode(std::string_view(text).substr(begin)), size);
+    const auto number = static_cast<uint32_t>(entries.size());
+    (draft.first == NO_ENTRY ? draft.first : entries[draft.last].next) = number;
+    draft.last = number;
+    draft.size += size;
+    entries.push_back({static_cast<uint32_t>(begin), static_cast<uint32_t>(size), NO_ENTRY});
+}
+
+// The first one with room behind that of the last sentence of this code.
+EpochBuilder::Draft& EpochBuilder::draftFor(uint64_t code, size_t size) {
+    if (places.size() > MOST_CODES && isEmpty()) {
+        places.clear();
+    }
+    Place& place = places[code];
+    size_t number = place.part == partNumber ? place.next : 0;
+    while (number < drafts.size() && drafts[number].size + size > MESSAGE_ROOM) {
+        ++number;
+    }
+    if (number == drafts.size()) {
+        drafts.push_back({NO_ENTRY, NO_ENTRY, 0});
+    }
+    place = {partNumber, number + 1};
+    return drafts[number];
+}
+
+std::chrono::sys_days EpochBuilder::date() const {
+    if (epochDate) {
+        return *epochDate;
+    }
+    const uint64_t time = epochTime->nanoseconds;
+    const bool nextDay = lastTime && *lastTime > time && *lastTime - time > HALF_A_DAY;
+    return lastDate + std::chrono::days(nextDay ? 1 : 0);
+}
+
+timeStamp_t EpochBuilder::stamp() const {
+    if (source == StampSource::ARRIVAL) {
+        return epochArrival;
+    }
+    return epochTime ? stampOf(date(), epochTime->nanoseconds) : stampOf(lastDate, 0);
+}
+
+void EpochBuilder::build(const Draft& draft) {
+    const Entry* entry = &entries[draft.first];
+    record.assign(text, entry->begin, entry->size);
+    GPSTraceMessage message(part.stamp, record);
+    while (entry->next != NO_ENTRY) {
+        entry = &entries[entry->next];
+        record.assign(text, entry->begin, entry->size);
+        message.addRecord(record);
+    }
+    appendSerialised(message, part.bytes);
+}
+
+}  // namespace vextrace

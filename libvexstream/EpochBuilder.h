@@ -1,0 +1,122 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "libvexstream/sentence.h"
+#include "libvexstream/visibility.h"
+#include "libvextrace/GPSTraceMessage.h"
+
+namespace vextrace {
+
+/// Where the stamps of messages come from.
+enum class StampSource {
+    SENTENCES,  ///< date and time of the sentences, in nanoseconds since 1970, UTC
+    ARRIVAL     ///< when the first byte of the epoch was received
+};
+
+/// Makes messages of sentences, so that what belongs to one fix lies in one place.
+///
+/// An epoch begins with a timed sentence whose time differs from that of the epoch before, and
+/// takes in every sentence up to the next such; what comes in front of the first timed sentence
+/// belongs to its epoch. The k-th sentence of a code goes into the k-th message of its epoch, or,
+/// where that is full, into the next with room for it:
+///
+///     $GPRMC,1  $GPGSV,1  $GPGSV,2  $GPGGA,1     ->     GGA,1 GSV,1 RMC,1  |  GSV,2
+///
+/// All messages of an epoch bear one stamp: its time, on the date of its first timed RMC or ZDA
+/// that has a valid one; else on the date of the epoch before, or, where the time of day went back
+/// by more than 12 hours, on the day after that. Where there is no date yet, it is a given one. An
+/// epoch without any time bears the beginning of that day.
+class VEXSTREAM_EXPORT EpochBuilder {
+public:
+    /// Messages of one epoch: all that were collected since the last ones were given out.
+    struct Part {
+        std::vector<uint8_t> bytes;  ///< byte-array forms, back to back
+        size_t messages = 0;
+        size_t sentences = 0;
+        timeStamp_t stamp = 0;
+        bool beginsEpoch = false;  ///< false where the epoch goes on
+    };
+
+    /// What a part holds of sentences at most. An epoch that is longer is given out in parts.
+    static constexpr size_t PART_ROOM = size_t{1024} * 1024;
+
+    /// \param source     where stamps come from
+    /// \param firstDate  the date as long as no sentence brings one
+    EpochBuilder(StampSource source, std::chrono::sys_days firstDate);
+
+    /// Collects a sentence, as it was received. What was collected before is given out when the
+    /// sentence begins an epoch, or has no room beside it.
+    ///
+    /// \param sentence  at most MESSAGE_ROOM bytes with its line feed, and no bare "$G"
+    /// \param arrival   when its first byte was received, nanoseconds since 1970
+    /// \return messages to write, often none; valid until the next call
+    const Part& add(std::string_view sentence, timeStamp_t arrival);
+
+    /// Gives out what was collected. The epoch may go on all the same; one that has no time yet is
+    /// over.
+    /// \return messages to write, often none; valid until the next call
+    const Part& take();
+
+    bool isEmpty() const { return entries.empty(); }
+
+private:
+    // A sentence, and the next one of the same message.
+    struct Entry {
+        uint32_t begin;
+        uint32_t size;
+        uint32_t next;
+    };
+
+    // A message that is not built yet.
+    struct Draft {
+        uint32_t first;
+        uint32_t last;
+        size_t size;  // as it is stored
+    };
+
+    // Where the next sentence of a code may go, in the part with this number.
+    struct Place {
+        uint64_t part;
+        size_t next;
+    };
+
+    void clearPart();
+    void endEpoch();
+    void collect(std::string_view sentence);
+    Draft& draftFor(uint64_t code, size_t size);
+    std::chrono::sys_days date() const;
+    timeStamp_t stamp() const;
+    void build(const Draft& draft);
+
+    const StampSource source;
+
+    // The part in hand.
+    std::string text;  // its sentences, each with a line feed
+    std::vector<Entry> entries;
+    std::vector<Draft> drafts;
+    std::map<uint64_t, Place> places;  // by code
+    uint64_t partNumber = 1;
+
+    // The epoch in hand.
+    bool epochGoesOn = false;  // a part of it was given out
+    timeStamp_t epochArrival = 0;
+    std::optional<TimeOfDay> epochTime;
+    std::optional<std::chrono::sys_days> epochDate;
+
+    // The epoch before; without one the given date.
+    std::chrono::sys_days lastDate;
+    std::optional<uint64_t> lastTime;  // nanoseconds since midnight
+
+    Part part;
+    std::string record;  // for the library, which takes strings
+};
+
+}  // namespace vextrace

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "libvexstream/sentence.h"
+#include "libvexstream/visibility.h"
+#include "libvextrace/GPSTraceMessage.h"
+
+namespace vextrace {
+
+/// What the RMC and GGA sentences of one message say, a value only where the receiver sent one that
+/// makes sense. The position is that of the RMC sentence when there is one, else of the GGA's.
+struct VEXSTREAM_EXPORT Fix {
+    timeStamp_t stamp = 0;            ///< of the message: nanoseconds since 1970, UTC; 0 is unknown
+    std::string time;                 ///< as it was sent, in RMC or else GGA; may be none
+    bool valid = false;               ///< the receiver calls it valid, and it has a position
+    std::optional<double> latitude;   ///< degrees, north positive, -90 to 90
+    std::optional<double> longitude;  ///< degrees, east positive, -180 to 180
+    std::optional<double> altitude;   ///< metres, -1e8 to 1e8
+    std::optional<double> speed;      ///< km/h, 0 to 1e6
+    std::optional<double> course;     ///< degrees, 0 to 360
+    std::optional<unsigned> satellites;   ///< in use, 0 to 999
+    std::optional<unsigned> quality;      ///< of GGA: 0 no fix, 1 GPS, 2 differential, ...; to 999
+    std::optional<double> hdop;           ///< horizontal dilution of precision, 0 to 1e6
+    std::optional<Checksum> rmcChecksum;  ///< nothing where there is no RMC sentence
+    std::optional<Checksum> ggaChecksum;
+
+    /// Whether it says again what another message of its epoch said; see FixReader.
+    bool repeats = false;
+
+    /// Whether a sentence that it comes from has a wrong checksum.
+    bool isDoubtful() const;
+};
+
+/// The fix of a message; nothing where it holds neither RMC nor GGA.
+VEXSTREAM_EXPORT std::optional<Fix> fixOf(const GPSTraceMessage& message);
+
+/// The fixes of the messages of a trace, in their order. Receivers that send RMC or GGA more than
+/// once in an epoch fill several messages, which are all of one fix: the later ones repeat it. One
+/// that is valid, or without a wrong checksum, where that before is not, repeats none.
+class VEXSTREAM_EXPORT FixReader {
+public:
+    /// As fixOf().
+    std::optional<Fix> read(const GPSTraceMessage& message);
+
+    /// What follows is another trace.
+    void endTrace() { last.reset(); }
+
+private:
+    bool repeatsLast(const Fix& fix) const;
+
+    std::optional<Fix> last;  // that repeats none
+};
+
+}  // namespace vextrace

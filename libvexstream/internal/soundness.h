@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "libvexstream/messageNames.h"
+#include "libvextrace/MessageBase.h"
+#include "libvexutil/datablock.h"
+
+namespace vextrace {
+
+/// Bytes of the longest message.
+constexpr size_t LONGEST_MESSAGE = 0xFFFF + MessageBase::MSGSIZE_LENGTH;
+
+/// Bytes of a header that tell whether it is one: size field and id.
+constexpr size_t HEADER_FRONT = MessageBase::MO_HDRRESERVED;
+
+inline msgid_t messageId(const uint8_t* message) {
+    return static_cast<msgid_t>(byteArrayToUint16(message + MessageBase::MO_MSGID));
+}
+
+inline timeStamp_t messageStamp(const uint8_t* message) {
+    return byteArrayToUint64(message + MessageBase::MO_TIMESTAMP);
+}
+
+/// Bytes of the message by its size field; less than a header has where the field is wrong.
+inline size_t messageLength(const uint8_t* message) {
+    return byteArrayToUint16(message + MessageBase::MO_MSGSIZE) + MessageBase::MSGSIZE_LENGTH;
+}
+
+/// Whether the HEADER_FRONT bytes at \p front may begin a message: the size field covers a header,
+/// and the type is expected.
+inline bool mayBeHeader(const uint8_t* front) {
+    return messageLength(front) >= MessageBase::MO_BASE_DERIVED && isExpected(messageId(front));
+}
+
+bool holdsNul(std::span<const uint8_t> payload);
+
+/// Whether the payload of a GPS message is as the library writes it: lines, none of them empty,
+/// each with its line feed, their codes in strictly ascending order, no NUL byte. Bytes that are
+/// no GPS message are not like that by chance.
+bool isCanonical(std::span<const uint8_t> payload);
+
+}  // namespace vextrace

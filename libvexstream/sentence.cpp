@@ -1,0 +1,194 @@
+#include "libvexstream/sentence.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "libvexstream/internal/digits.h"
+#include "libvexstream/utc.h"
+
+namespace vextrace {
+
+namespace {
+
+constexpr uint64_t NANOSECONDS_PER_SECOND = 1'000'000'000;
+constexpr size_t ADDRESS_SIZE = 6;  // "$", two characters of talker, three of type
+constexpr size_t TALKER_SIZE = 2;
+constexpr size_t CHECKSUM_SIZE = 3;  // "*hh"
+
+// The letters behind G that a message makes P.
+constexpr std::string_view SECOND_LETTERS = "ABILN";
+
+// A sentence that ends in "*hh", taken apart.
+struct Checked {
+    std::string_view summed;  // what the checksum is of
+    uint8_t sum;              // the checksum as it was sent
+};
+
+std::optional<Checked> takeApart(std::string_view sentence) {
+    const std::string_view text = withoutLineEnd(sentence);
+    if (text.size() <= CHECKSUM_SIZE || text[text.size() - CHECKSUM_SIZE] != '*') {
+        return std::nullopt;
+    }
+    const int high = hexDigit(text[text.size() - 2]);
+    const int low = hexDigit(text[text.size() - 1]);
+    if (high < 0 || low < 0) {
+        return std::nullopt;
+    }
+    return Checked{text.substr(1, text.size() - 1 - CHECKSUM_SIZE),
+                   static_cast<uint8_t>(high * 16 + low)};
+}
+
+uint8_t exclusiveOr(std::string_view text) {
+    uint8_t sum = 0;
+    for (const char c : text) {
+        sum ^= static_cast<uint8_t>(c);
+    }
+    return sum;
+}
+
+bool endsField(char c) {
+    return c == ',' || c == '*';
+}
+
+// "RMC" of "$GPRMC,..."; empty where the address is of another form, or proprietary.
+std::string_view typeOf(std::string_view sentence) {
+    if (sentence.size() <= ADDRESS_SIZE || sentence[0] != '$' || sentence[1] == 'P' ||
+        sentence[ADDRESS_SIZE] != ',') {
+        return {};
+    }
+    const std::string_view address = sentence.substr(1, ADDRESS_SIZE - 1);
+    return std::any_of(address.begin(), address.end(), endsField) ? std::string_view()
+                                                                  : address.substr(TALKER_SIZE);
+}
+
+// Whether the second letter of the talker may have been this one before it was stored. Q counts
+// where receivers send it most: elsewhere it would more often be a P with one flipped bit.
+bool isOtherTalker(std::string_view sentence, char letter) {
+    if (letter == 'Q') {
+        const std::string_view type = typeOf(sentence);
+        return type == "GSV" || type == "GSA";
+    }
+    return SECOND_LETTERS.find(letter) != std::string_view::npos;
+}
+
+// Of hhmmss.
+std::optional<unsigned> secondsOfDay(std::string_view text) {
+    if (text.size() != 6 || !isDigits(text)) {
+        return std::nullopt;
+    }
+    const unsigned hour = number(text.substr(0, 2));
+    const unsigned minute = number(text.substr(2, 2));
+    const unsigned second = number(text.substr(4, 2));
+    const unsigned lastSecond = hour == 23 && minute == 59 ? 60 : 59;  // with a leap second
+    if (hour > 23 || minute > 59 || second > lastSecond) {
+        return std::nullopt;
+    }
+    return hour * 3600 + minute * 60 + second;
+}
+
+std::optional<std::chrono::sys_days> dateOfRMC(std::string_view text) {
+    if (text.size() != 6 || !isDigits(text)) {
+        return std::nullopt;
+    }
+    const unsigned year = number(text.substr(4, 2));
+    return calendarDay(year + (year < 80 ? 2000 : 1900), number(text.substr(2, 2)),
+                       number(text.substr(0, 2)));
+}
+
+std::optional<std::chrono::sys_days> dateOfZDA(std::string_view sentence) {
+    const std::string_view day = field(sentence, 2);
+    const std::string_view month = field(sentence, 3);
+    const std::string_view year = field(sentence, 4);
+    if (day.size() != 2 || month.size() != 2 || year.size() != 4 || !isDigits(day) ||
+        !isDigits(month) || !isDigits(year)) {
+        return std::nullopt;
+    }
+    return calendarDay(number(year), number(month), number(day));
+}
+
+}  // namespace
+
+Checksum receivedChecksum(std::string_view sentence) {
+    const std::optional<Checked> parts = takeApart(sentence);
+    if (!parts) {
+        return Checksum::NONE;
+    }
+    return exclusiveOr(parts->summed) == parts->sum ? Checksum::RIGHT : Checksum::WRONG;
+}
+
+Checksum storedChecksum(std::string_view sentence) {
+    const std::optional<Checked> parts = takeApart(sentence);
+    if (!parts) {
+        return Checksum::NONE;
+    }
+    const int difference = exclusiveOr(parts->summed) ^ parts->sum;
+    const bool fits =
+        difference == 0 || (sentence.substr(0, 3) == "$GP" &&
+                            isOtherTalker(sentence, static_cast<char>(difference ^ 'P')));
+    return fits ? Checksum::RIGHT : Checksum::WRONG;
+}
+
+std::string_view withoutLineEnd(std::string_view sentence) {
+    if (!sentence.empty() && sentence.back() == '\n') {
+        sentence.remove_suffix(1);
+    }
+    while (!sentence.empty() && sentence.back() == '\r') {
+        sentence.remove_suffix(1);
+    }
+    return sentence;
+}
+
+std::string_view field(std::string_view sentence, size_t index) {
+    const std::string_view text = withoutLineEnd(sentence);
+    const auto* begin = text.begin();
+    const auto* end = std::find_if(begin, text.end(), endsField);
+    for (; index > 0; --index) {
+        if (end == text.end() || *end == '*') {
+            return {};
+        }
+        begin = end + 1;
+        end = std::find_if(begin, text.end(), endsField);
+    }
+    return {begin, end};
+}
+
+std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
+    const std::string_view whole = text.substr(0, text.find('.'));
+    std::string_view fraction = text.substr(whole.size());
+    const std::optional<unsigned> seconds = secondsOfDay(whole);
+    if (!seconds || (!fraction.empty() && !isDigits(fraction.substr(1)))) {
+        return std::nullopt;
+    }
+    // Without its point, and without zeros at the end.
+    fraction = fraction.substr(fraction.empty() ? 0 : 1);
+    fraction = fraction.substr(0, fraction.find_last_not_of('0') + 1);
+    TimeOfDay time = {*seconds * NANOSECONDS_PER_SECOND + fractionToNanoseconds(fraction), {}};
+    time.digits.reserve(whole.size() + fraction.size());
+    time.digits.append(whole).append(fraction);
+    return time;
+}
+
+std::optional<TimeOfDay> timeOf(std::string_view sentence) {
+    const std::string_view type = typeOf(sentence);
+    if (type == "GLL") {
+        return TimeOfDay::parse(field(sentence, 5));
+    }
+    if (type == "RMC" || type == "GGA" || type == "GNS" || type == "ZDA" || type == "GST" ||
+        type == "GBS") {
+        return TimeOfDay::parse(field(sentence, 1));
+    }
+    return std::nullopt;
+}
+
+std::optional<std::chrono::sys_days> dateOf(std::string_view sentence) {
+    const std::string_view type = typeOf(sentence);
+    if (type == "RMC") {
+        return dateOfRMC(field(sentence, 9));
+    }
+    if (type == "ZDA") {
+        return dateOfZDA(sentence);
+    }
+    return std::nullopt;
+}
+
+}  // namespace vextrace

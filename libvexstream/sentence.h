@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "libvexstream/visibility.h"
+
+namespace vextrace {
+
+/// Bytes of sentences, with their line feeds, that one message can hold: its size field has 16 bits
+/// and counts 12 bytes of the header, too.
+constexpr size_t MESSAGE_ROOM = 65535 - 12;
+
+/// What a sentence's checksum says.
+enum class Checksum { NONE, WRONG, RIGHT };
+
+/// Verdict on a sentence as it was received, from its "$" or "!", with or without its line end.
+/// NONE where it does not end in "*hh".
+VEXSTREAM_EXPORT Checksum receivedChecksum(std::string_view sentence);
+
+/// Verdict on a sentence as a message stores it: behind "$G" any talker may have become GP, so the
+/// checksum is right when it is that of one of the talkers that begin with G.
+VEXSTREAM_EXPORT Checksum storedChecksum(std::string_view sentence);
+
+/// The sentence without its line feed and the carriage returns before it.
+VEXSTREAM_EXPORT std::string_view withoutLineEnd(std::string_view sentence);
+
+/// Field \p index of the sentence (0 is its address, "$GPRMC"), up to the next comma or "*" or the
+/// line end; empty where there is none.
+VEXSTREAM_EXPORT std::string_view field(std::string_view sentence, size_t index);
+
+/// A time of day as a receiver sends it, hhmmss or hhmmss.s...; 23:59:60 included.
+struct VEXSTREAM_EXPORT TimeOfDay {
+    uint64_t nanoseconds;  ///< since midnight; up to 86,400.999999999 s in a leap second
+    std::string digits;    ///< hhmmss and the fraction without zeros at its end: equal numbers have
+                           ///< equal digits
+
+    static std::optional<TimeOfDay> parse(std::string_view text);
+    bool operator==(const TimeOfDay& other) const { return digits == other.digits; }
+};
+
+/// The time of a timed sentence: RMC, GGA, GNS, GLL, ZDA, GST or GBS of any talker but the
+/// proprietary ones, with a valid time. Nothing for every other sentence.
+VEXSTREAM_EXPORT std::optional<TimeOfDay> timeOf(std::string_view sentence);
+
+/// The date of an RMC or ZDA sentence of any talker, where it has a valid one.
+VEXSTREAM_EXPORT std::optional<std::chrono::sys_days> dateOf(std::string_view sentence);
+
+}  // namespace vextrace

@@ -1,0 +1,126 @@
+#include "libvexstream/utc.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace vextrace;
+
+namespace {
+
+constexpr timeStamp_t SECOND = 1'000'000'000;
+
+timeStamp_t stampOfText(std::string_view text) {
+    return parseUtc(text).value_or(UINT64_MAX);
+}
+
+}  // namespace
+
+TEST(UtcTest, WritesTheEnds) {
+    EXPECT_EQ(utcText(0), "1970-01-01T00:00:00Z");
+    EXPECT_EQ(utcText(1), "1970-01-01T00:00:00.000000001Z");
+    EXPECT_EQ(utcText(UINT64_MAX), "2554-07-21T23:34:33.709551615Z");
+}
+
+TEST(UtcTest, WritesAsManyDigitsAsThereAre) {
+    EXPECT_EQ(utcText(764426119 * SECOND), "1994-03-23T12:35:19Z");
+    EXPECT_EQ(utcText(764426119 * SECOND + 500'000'000), "1994-03-23T12:35:19.5Z");
+    EXPECT_EQ(utcText(764426119 * SECOND + 50'000'000), "1994-03-23T12:35:19.05Z");
+    EXPECT_EQ(utcText(764426119 * SECOND + 123'456'789), "1994-03-23T12:35:19.123456789Z");
+    EXPECT_EQ(utcText(764426119 * SECOND + 100), "1994-03-23T12:35:19.0000001Z");
+}
+
+TEST(UtcTest, ReadsWhatItWrites) {
+    // The numbers of seconds are those that date(1) gives.
+    const std::pair<const char*, timeStamp_t> days[] = {
+        {"1970-01-01", 0},          {"1972-02-29", 68169600},   {"1999-12-31", 946598400},
+        {"2000-02-29", 951782400},  {"2000-03-01", 951868800},  {"2024-12-31", 1735603200},
+        {"2079-12-31", 3471206400}, {"2100-02-28", 4107456000}, {"2100-03-01", 4107542400},
+        {"2200-01-01", 7258118400}, {"2554-07-20", 18446572800}};
+    for (const auto& [day, seconds] : days) {
+        EXPECT_EQ(stampOfText(day), seconds * SECOND) << day;
+        EXPECT_EQ(utcText(seconds * SECOND), std::string(day) + "T00:00:00Z");
+        const std::string noon = std::string(day) + "T12:34:56Z";
+        EXPECT_EQ(stampOfText(noon), (seconds + 45296) * SECOND) << noon;
+        EXPECT_EQ(utcText(stampOfText(noon)), noon);
+    }
+}
+
+TEST(UtcTest, ReadsTimesWithAndWithoutFractionAndZ) {
+    for (const char* const text : {"1994-03-23T12:35:19Z", "1994-03-23T12:35:19",
+                                   "1994-03-23T12:35:19.0", "1994-03-23T12:35:19.000Z"}) {
+        EXPECT_EQ(stampOfText(text), 764426119 * SECOND) << text;
+    }
+    EXPECT_EQ(stampOfText("1994-03-23T12:35:19.25"), 764426119 * SECOND + 250'000'000);
+    EXPECT_EQ(stampOfText("1994-03-23T12:35:19.1234567899Z"), 764426119 * SECOND + 123'456'789);
+    EXPECT_EQ(stampOfText("1994-03-23T23:59:60Z"), stampOfText("1994-03-24T00:00:00Z"));
+}
+
+TEST(UtcTest, RefusesWhatIsNoTime) {
+    for (const char* const text : {"",
+                                   "1994",
+                                   "1994-03",
+                                   "1994-3-23",
+                                   "1994-03-2",
+                                   "94-03-23",
+                                   "1994/03/23",
+                                   "1994-03-32",
+                                   "1994-02-29",
+                                   "1994-00-01",
+                                   "1994-01-00",
+                                   "1969-12-31",
+                                   "2554-07-21",
+                                   "9999-12-31",
+                                   "1994-03-23T",
+                                   "1994-03-23T12",
+                                   "1994-03-23T12:35",
+                                   "1994-03-23T12:35:1",
+                                   "1994-03-23T12:35:19.",
+                                   "1994-03-23T12:35:19.Z",
+                                   "1994-03-23T12:35:19ZZ",
+                                   "1994-03-23T12:35:19z",
+                                   "1994-03-23t12:35:19",
+                                   "1994-03-23 12:35:19",
+                                   "1994-03-23T24:00:00",
+                                   "1994-03-23T12:60:00",
+                                   "1994-03-23T12:35:60",
+                                   "1994-03-23T12-35-19",
+                                   "1994-03-23T12:35:19+01:00",
+                                   "1994-03-23Z",
+                                   "x994-03-23",
+                                   "1994-x3-23",
+                                   "1994-03-x3",
+                                   "-994-03-23",
+                                   " 1994-03-23",
+                                   "1994-03-23 "}) {
+        EXPECT_FALSE(parseUtc(text).has_value()) << text;
+    }
+}
+
+TEST(UtcTest, ReadsDaysAlone) {
+    EXPECT_EQ(parseDate("1970-01-02")->time_since_epoch().count(), 1);
+    EXPECT_EQ(parseDate("2024-02-29")->time_since_epoch().count(), 19782);
+    for (const char* const text : {"", "2023-02-29", "1969-12-31", "2024-02-29T00:00:00",
+                                   "2024-2-29", "2024-02-2x", "20240229"}) {
+        EXPECT_FALSE(parseDate(text).has_value()) << text;
+    }
+}
+
+TEST(UtcTest, KnowsTheCalendar) {
+    EXPECT_EQ(calendarDay(1970, 1, 1)->time_since_epoch().count(), 0);
+    EXPECT_EQ(calendarDay(2554, 7, 20)->time_since_epoch().count(), 213502);
+    EXPECT_FALSE(calendarDay(2554, 7, 21).has_value());
+    EXPECT_FALSE(calendarDay(1969, 12, 31).has_value());
+    EXPECT_FALSE(calendarDay(2100, 2, 29).has_value());
+    EXPECT_TRUE(calendarDay(2400, 2, 29).has_value());
+    EXPECT_FALSE(calendarDay(2024, 4, 31).has_value());
+    EXPECT_FALSE(calendarDay(2024, 257, 1).has_value());
+    EXPECT_FALSE(calendarDay(2024, 1, 257).has_value());
+}
+
+TEST(UtcTest, PutsDayAndTimeTogether) {
+    EXPECT_EQ(stampOf(*calendarDay(1994, 3, 23), 45319 * SECOND + 5), 764426119 * SECOND + 5);
+    EXPECT_EQ(stampOf(*calendarDay(1994, 3, 23), 86400 * SECOND), 764467200 * SECOND);
+    EXPECT_EQ(stampOf(*calendarDay(2554, 7, 20), 86400 * SECOND + 999'999'999),
+              18446659200999999999U);
+}
