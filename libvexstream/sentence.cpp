@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <stdexcept>
 
 #include "libvexstream/internal/digits.h"
 #include "libvexstream/utc.h"
@@ -38,12 +39,8 @@ std::optional<Checked> takeApart(std::string_view sentence) {
                    static_cast<uint8_t>(high * 16 + low)};
 }
 
-uint8_t exclusiveOr(std::string_view text) {
-    uint8_t sum = 0;
-    for (const char c : text) {
-        sum ^= static_cast<uint8_t>(c);
-    }
-    return sum;
+bool mayStandInContent(char c) {
+    return c >= ' ' && c <= '~' && c != '$' && c != '!' && c != '*';
 }
 
 bool endsField(char c) {
@@ -108,12 +105,31 @@ std::optional<std::chrono::sys_days> dateOfZDA(std::string_view sentence) {
 
 }  // namespace
 
+uint8_t checksumOf(std::string_view content) {
+    uint8_t sum = 0;
+    for (const char c : content) {
+        sum ^= static_cast<uint8_t>(c);
+    }
+    return sum;
+}
+
+std::string makeSentence(std::string_view content) {
+    if (!std::all_of(content.begin(), content.end(), mayStandInContent)) {
+        throw std::invalid_argument("no content of a sentence: " + std::string(content));
+    }
+    constexpr const char* DIGITS = "0123456789ABCDEF";
+    const uint8_t sum = checksumOf(content);
+    std::string sentence = "$";
+    sentence.append(content).append({'*', DIGITS[sum >> 4], DIGITS[sum & 15], '\r', '\n'});
+    return sentence;
+}
+
 Checksum receivedChecksum(std::string_view sentence) {
     const std::optional<Checked> parts = takeApart(sentence);
     if (!parts) {
         return Checksum::NONE;
     }
-    return exclusiveOr(parts->summed) == parts->sum ? Checksum::RIGHT : Checksum::WRONG;
+    return checksumOf(parts->summed) == parts->sum ? Checksum::RIGHT : Checksum::WRONG;
 }
 
 Checksum storedChecksum(std::string_view sentence) {
@@ -121,7 +137,7 @@ Checksum storedChecksum(std::string_view sentence) {
     if (!parts) {
         return Checksum::NONE;
     }
-    const int difference = exclusiveOr(parts->summed) ^ parts->sum;
+    const int difference = checksumOf(parts->summed) ^ parts->sum;
     const bool fits =
         difference == 0 || (sentence.substr(0, 3) == "$GP" &&
                             isOtherTalker(sentence, static_cast<char>(difference ^ 'P')));

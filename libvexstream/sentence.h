@@ -18,6 +18,17 @@ constexpr size_t MESSAGE_ROOM = 65535 - 12;
 /// What a sentence's checksum says.
 enum class Checksum { NONE, WRONG, RIGHT };
 
+/// The checksum of what stands between the "$" and the "*" of a sentence: the exclusive or of its
+/// bytes.
+VEXSTREAM_EXPORT uint8_t checksumOf(std::string_view content);
+
+/// A sentence as receivers send it: "$", the content, "*" and the checksum in two digits, CR, LF.
+///
+/// \param content  address and fields, "GPRMC,123519,A,..."; printable ASCII
+/// \throws std::invalid_argument where the content has other bytes, or "$", "!" or "*", which
+///         begin and end sentences
+VEXSTREAM_EXPORT std::string makeSentence(std::string_view content);
+
 /// Verdict on a sentence as it was received, from its "$" or "!", with or without its line end.
 /// NONE where it does not end in "*hh".
 VEXSTREAM_EXPORT Checksum receivedChecksum(std::string_view sentence);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,32 @@ std::string zdaOn(std::string_view date) {
 }
 
 }  // namespace
+
+TEST(SentenceTest, SumsUpAText) {
+    EXPECT_EQ(checksumOf(""), 0);
+    EXPECT_EQ(checksumOf("A"), 0x41);
+    EXPECT_EQ(checksumOf("AAB"), 0x42);
+    EXPECT_EQ(checksumOf("PVEXT,LOG,1,DRIVE,1HZ"), 0x55);
+    EXPECT_EQ(checksumOf("\xff"), 0xff);
+}
+
+TEST(SentenceTest, MakesASentence) {
+    EXPECT_EQ(makeSentence("PVEXT,LOG,1,DRIVE,1HZ"), "$PVEXT,LOG,1,DRIVE,1HZ*55\r\n");
+    EXPECT_EQ(makeSentence("GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A"),
+              "$GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*62\r\n");
+    EXPECT_EQ(makeSentence("z0"), "$z0*4A\r\n");  // digits of the checksum are capitals
+    EXPECT_EQ(makeSentence("AA"), "$AA*00\r\n");
+    EXPECT_EQ(makeSentence(" ~"), "$ ~*5E\r\n");
+}
+
+TEST(SentenceTest, MakesNoSentenceOfWhatCannotStandInOne) {
+    for (const std::string_view content :
+         {"GPTXT,a$b", "GPTXT,a!b", "GPTXT,a*b", "GPTXT,a\r", "\nGPTXT", "GPTXT,\x1f", "GPTXT,\x7f",
+          "GPTXT,\xc3\xa4"}) {
+        EXPECT_THROW(makeSentence(content), std::invalid_argument) << content;
+    }
+    EXPECT_THROW(makeSentence(std::string_view("a\0b", 3)), std::invalid_argument);
+}
 
 TEST(SentenceTest, JudgesAReceivedChecksum) {
     EXPECT_EQ(receivedChecksum("$PVEXT,LOG,1,DRIVE,1HZ*55"), Checksum::RIGHT);
