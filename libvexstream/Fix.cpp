@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "libvexstream/internal/digits.h"
+#include "libvextrace/nmeaNumbers.h"
 
 namespace vextrace {
 
@@ -113,9 +114,9 @@ std::optional<double> readAltitude(FieldReader& fields) {
     return altitude && std::fabs(*altitude) <= MAX_ALTITUDE ? altitude : std::nullopt;
 }
 
-void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
+void readRmc(std::string_view sentence, Fix& fix) {
     GPSTraceMessage::numeric_gprmc_t numbers;
-    message.getGPRMC(numbers);
+    readNumbers(sentence, numbers);
     fix.rmcChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
     fields.skip(1);  // address
@@ -132,13 +133,13 @@ void readRmc(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
 }
 
 // Where there is no RMC.
-void readGgaPosition(const GPSTraceMessage& message, FieldReader& fields, Fix& fix) {
+void readGgaPosition(std::string_view sentence, FieldReader& fields, Fix& fix) {
     GPSTraceMessage::numeric_gpgga_t numbers;
-    message.getGPGGA(numbers);
+    readNumbers(sentence, numbers);
     readPosition(fields, numbers.latitude, numbers.longitude, fix);
 }
 
-void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix) {
+void readGga(std::string_view sentence, Fix& fix) {
     fix.ggaChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
     fields.skip(1);  // address
@@ -146,7 +147,7 @@ void readGga(const GPSTraceMessage& message, std::string_view sentence, Fix& fix
         fields.skip(5);  // time and position are those of RMC
     } else {
         fix.time = fields.next();
-        readGgaPosition(message, fields, fix);
+        readGgaPosition(sentence, fields, fix);
     }
     fix.quality = readCount(fields.next());
     if (!fix.rmcChecksum) {
@@ -163,7 +164,7 @@ bool Fix::isDoubtful() const {
     return rmcChecksum == Checksum::WRONG || ggaChecksum == Checksum::WRONG;
 }
 
-std::optional<Fix> fixOf(const GPSTraceMessage& message) {
+std::optional<Fix> fixOf(const GpsView& message) {
     const std::string_view rmc = message.getSentence(GPSTraceMessage::GPRMC);
     const std::string_view gga = message.getSentence(GPSTraceMessage::GPGGA);
     if (rmc.empty() && gga.empty()) {
@@ -172,15 +173,15 @@ std::optional<Fix> fixOf(const GPSTraceMessage& message) {
     Fix fix;
     fix.stamp = message.getTimeStamp();
     if (!rmc.empty()) {
-        readRmc(message, rmc, fix);
+        readRmc(rmc, fix);
     }
     if (!gga.empty()) {
-        readGga(message, gga, fix);
+        readGga(gga, fix);
     }
     return fix;
 }
 
-std::optional<Fix> FixReader::read(const GPSTraceMessage& message) {
+std::optional<Fix> FixReader::read(const GpsView& message) {
     std::optional<Fix> fix = fixOf(message);
     if (fix) {
         fix->repeats = repeatsLast(*fix);

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
+#include "libvexstream/GpsView.h"
 #include "libvexstream/sentence.h"
 #include "libvexstream/visibility.h"
-#include "libvextrace/GPSTraceMessage.h"
 
 namespace vextrace {
 
@@ -35,7 +35,7 @@ struct VEXSTREAM_EXPORT Fix {
 };
 
 /// The fix of a message; nothing where it holds neither RMC nor GGA.
-VEXSTREAM_EXPORT std::optional<Fix> fixOf(const GPSTraceMessage& message);
+VEXSTREAM_EXPORT std::optional<Fix> fixOf(const GpsView& message);
 
 /// The fixes of the messages of a trace, in their order. Receivers that send RMC or GGA more than
 /// once in an epoch fill several messages, which are all of one fix: the later ones repeat it. One
@@ -43,7 +43,7 @@ VEXSTREAM_EXPORT std::optional<Fix> fixOf(const GPSTraceMessage& message);
 class VEXSTREAM_EXPORT FixReader {
 public:
     /// As fixOf().
-    std::optional<Fix> read(const GPSTraceMessage& message);
+    std::optional<Fix> read(const GpsView& message);
 
     /// What follows is another trace.
     void endTrace() { last.reset(); }

@@ -39,6 +39,7 @@ struct TraceReader::State {
 
     TraceWindow window;
     Resync resync;
+    GpsView gps;  // of the item given out last
     uint64_t position = 0;
     bool found = false;
     bool growing = false;
@@ -113,16 +114,14 @@ TraceItem TraceReader::State::takeGps(size_t length) {
     if (holdsNul(message.subspan(MessageBase::MO_BASE_DERIVED))) {
         return beginDamage("the GPS message holds a NUL byte");
     }
-    DecodedMessage decoded = MessageFactory::decode(message.data(), length);
-    if (decoded.error) {
-        return beginDamage(decoded.error->what());
+    if (const auto error = gps.read(message)) {
+        return beginDamage(error->what());
     }
     if (!goesOn && !isSoundAlone(message)) {
         return beginDamage(NOTHING_FOLLOWS);
     }
     TraceItem item = take(TraceItem::Kind::GPS, length);
-    // The one reader of this id makes nothing else.
-    item.gps.reset(static_cast<GPSTraceMessage*>(decoded.message.release()));
+    item.gps = &gps;
     return item;
 }
 

@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "libvexstream/ByteSource.h"
+#include "libvexstream/GpsView.h"
 #include "libvexstream/visibility.h"
-#include "libvextrace/GPSTraceMessage.h"
+#include "libvextrace/messageID.h"
 
 namespace vextrace {
 
@@ -22,14 +23,15 @@ struct TraceItem {
     };
 
     Kind kind = Kind::END;
-    uint64_t offset = 0;                   ///< of the first byte, in the trace
-    std::span<const uint8_t> bytes;        ///< valid until the next call; of damage longer than any
-                                           ///< message the front alone
-    uint64_t length = 0;                   ///< all of its bytes
-    msgid_t id = MSGID_INVALID;            ///< of a message
-    std::unique_ptr<GPSTraceMessage> gps;  ///< of a GPS message
-    std::string reason;                    ///< of damage, for people
-    bool reachesEnd = false;               ///< of damage: no message comes behind it
+    uint64_t offset = 0;             ///< of the first byte, in the trace
+    std::span<const uint8_t> bytes;  ///< valid until the next call; of damage longer than any
+                                     ///< message the front alone
+    uint64_t length = 0;             ///< all of its bytes
+    msgid_t id = MSGID_INVALID;      ///< of a message
+    const GpsView* gps = nullptr;    ///< of a GPS message; null of what is none. The reader's,
+                                     ///< and like the bytes valid until the next call
+    std::string reason;              ///< of damage, for people
+    bool reachesEnd = false;         ///< of damage: no message comes behind it
 };
 
 /// Reads a trace message by message, in bounded memory, and goes on behind damage at the next place

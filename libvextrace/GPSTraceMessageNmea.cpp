@@ -6,6 +6,7 @@
 #include "libvextrace/internal/NmeaCoordinate.h"
 #include "libvextrace/internal/NmeaFieldStream.h"
 #include "libvextrace/internal/nmeaFields.h"
+#include "libvextrace/nmeaNumbers.h"
 
 using vextrace::internal::GGA_FIELDS;
 using vextrace::internal::NmeaCoordinate;
@@ -15,12 +16,6 @@ using vextrace::internal::NmeaNumberReader;
 using vextrace::internal::RMC_FIELDS;
 
 namespace {
-
-constexpr double KMH_PER_KNOT = 1.852;
-
-bool beginsWith(std::string_view item, char c) {
-    return !item.empty() && item.front() == c;
-}
 
 // Reads the fields behind field 0 into their members; leaves them empty where memory fails.
 template <class Fields, size_t COUNT>
@@ -43,53 +38,6 @@ bool isEmpty(const Fields& fields, const NmeaField<Fields> (&table)[COUNT]) {
     return std::all_of(std::begin(table), std::end(table), [&](const NmeaField<Fields>& field) {
         return (fields.*field.member).empty();
     });
-}
-
-std::string_view nextField(NmeaFieldStream& s) {
-    std::string_view item;
-    s.readField(item, ',');
-    return item;
-}
-
-uint64_t toNumber(std::string_view item) {
-    return static_cast<uint64_t>(NmeaNumberReader::integer(item));
-}
-
-// Reads a coordinate and its hemisphere, whose letter makes it negative.
-double readCoordinate(const NmeaNumberReader& reader, NmeaFieldStream& s, char negativeHemisphere) {
-    const double degrees = NmeaCoordinate(reader, nextField(s)).degrees();
-    return beginsWith(nextField(s), negativeHemisphere) ? -degrees : degrees;
-}
-
-// The getters call these functions, in which the names of the caller's numbers cannot hide the
-// fields of the message.
-void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gprmc_t& gprmc) {
-    const NmeaNumberReader reader;
-    NmeaFieldStream s(sentence);
-    nextField(s);  // sentence code
-    gprmc.timeUTC = toNumber(nextField(s));
-    gprmc.status = beginsWith(nextField(s), 'A');
-    gprmc.latitude = readCoordinate(reader, s, 'S');
-    gprmc.longitude = readCoordinate(reader, s, 'W');
-    gprmc.speed = reader.real(nextField(s)) * KMH_PER_KNOT;
-    gprmc.course = reader.real(nextField(s));
-    gprmc.dateUTC = toNumber(nextField(s));
-}
-
-void readNumbers(const std::string& sentence, GPSTraceMessage::numeric_gpgga_t& gpgga) {
-    const NmeaNumberReader reader;
-    NmeaFieldStream s(sentence);
-    std::string_view item;
-    s.readField(item, ',');  // sentence code
-    s.readField(item, ',');  // leaves the code there where the sentence has no comma
-    gpgga.status = !item.empty() && item.front() != '\0';
-    gpgga.timeUTC = toNumber(item);
-    gpgga.latitude = readCoordinate(reader, s, 'S');
-    gpgga.longitude = readCoordinate(reader, s, 'W');
-    nextField(s);  // quality indicator
-    gpgga.numberSatellites = static_cast<uint16_t>(NmeaNumberReader::integer(nextField(s)));
-    nextField(s);  // horizontal dilution of precision
-    gpgga.antennaAltitude = reader.real(nextField(s));
 }
 
 }  // namespace
@@ -137,7 +85,7 @@ bool GPSTraceMessage::getGPRMC(numeric_gprmc_t& numericGprmc) const {
     if (iter == gpsStrings.end()) {
         return false;
     }
-    readNumbers(iter->second, numericGprmc);
+    vextrace::readNumbers(iter->second, numericGprmc);
     return true;
 }
 
@@ -146,7 +94,7 @@ bool GPSTraceMessage::getGPGGA(numeric_gpgga_t& numericGpgga) const {
     if (iter == gpsStrings.end()) {
         return false;
     }
-    readNumbers(iter->second, numericGpgga);
+    vextrace::readNumbers(iter->second, numericGpgga);
     return true;
 }
 

@@ -93,8 +93,8 @@ inline ReadItem copied(const vextrace::TraceItem& item) {
     ReadItem result{item.kind, item.offset, item.length, {item.bytes.begin(), item.bytes.end()},
                     item.id,   "",          item.reason};
     if (item.gps != nullptr) {
-        for (const auto& entry : item.gps->getSentences()) {
-            result.payload += entry.second;
+        for (const std::string_view sentence : item.gps->getSentences()) {
+            result.payload += sentence;
         }
     }
     return result;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 using namespace vextrace;
@@ -13,14 +12,17 @@ namespace {
 constexpr timeStamp_t SECOND = 1000000000;
 constexpr timeStamp_t NOON = 1795262400 * SECOND;  // 2026-11-21 12:00:00
 
-TraceItem gpsItem(timeStamp_t stamp, const std::string& first, const std::string& second = "") {
+void add(Summary& summary, timeStamp_t stamp, const std::string& first,
+         const std::string& second = "") {
+    GPSTraceMessage message(stamp, first);
+    if (!second.empty()) {
+        message.addRecord(second);
+    }
+    const GpsView view(message);
     TraceItem item;
     item.kind = TraceItem::Kind::GPS;
-    item.gps = std::make_unique<GPSTraceMessage>(stamp, first);
-    if (!second.empty()) {
-        item.gps->addRecord(second);
-    }
-    return item;
+    item.gps = &view;
+    summary.add(item);
 }
 
 const std::string RMC = "$GPRMC,120000,A,4807.038,N,01131.000,E,022.4,084.4,211126,,\r\n";
@@ -31,11 +33,11 @@ Summary someSummary() {
     Summary summary(5 * SECOND);
     const std::string north = "$GPRMC,120000,A,4807.238,N,01131.000,E,022.4,084.4,211126,,\r\n";
     const std::string high = "$GPGGA,120000,4807.238,N,01131.000,E,1,11,0.9,560.4,M,46.9,M,,\r\n";
-    summary.add(gpsItem(NOON, RMC, GGA));
-    summary.add(gpsItem(NOON + SECOND, RMC, GGA));
-    summary.add(gpsItem(NOON + 61 * SECOND, north, high));
-    summary.add(gpsItem(NOON + 62 * SECOND, north, high));
-    summary.add(gpsItem(NOON + 63 * SECOND, "$GPRMC,120000,V,,,,,,,211126,,*00\r\n"));
+    add(summary, NOON, RMC, GGA);
+    add(summary, NOON + SECOND, RMC, GGA);
+    add(summary, NOON + 61 * SECOND, north, high);
+    add(summary, NOON + 62 * SECOND, north, high);
+    add(summary, NOON + 63 * SECOND, "$GPRMC,120000,V,,,,,,,211126,,*00\r\n");
     TraceItem other;
     other.kind = TraceItem::Kind::OTHER;
     other.id = MSGID_CAN;
@@ -97,8 +99,8 @@ TEST(HeadTextTest, TellsTheSpanOfTime) {
 
 TEST(HeadTextTest, TellsWhatMustBeKnown) {
     Summary summary = someSummary();
-    summary.add(gpsItem(5 * SECOND, RMC));
-    summary.add(gpsItem(NOON, RMC));
+    add(summary, 5 * SECOND, RMC);
+    add(summary, NOON, RMC);
     EXPECT_EQ(notesOf(summary),
               (std::vector<std::string>{
                   "1 fix is left out of the track, the charts and the numbers, because a sentence "
@@ -144,7 +146,7 @@ TEST(HeadTextTest, HasARowPerCode) {
 TEST(HeadTextTest, CountsTheSentencesOfFurtherCodes) {
     Summary summary(SECOND);
     for (int i = 0; i < 1500; ++i) {
-        summary.add(gpsItem(0, "$X" + std::to_string(1000 + i) + ",\x1b\r\n"));
+        add(summary, 0, "$X" + std::to_string(1000 + i) + ",\x1b\r\n");
     }
     const auto rows = rowsOf(summary.sentences);
     ASSERT_EQ(rows.size(), MOST_ROWS);

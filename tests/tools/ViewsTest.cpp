@@ -52,11 +52,11 @@ std::string fix(const std::string& sentence) {
     return shown(false, "", [&](Views& views) { views.showFix(gps); });
 }
 
-std::string fields(GPSTraceMessage gps, bool isRaw = false, const std::string& prefix = "") {
+std::string fields(const GPSTraceMessage& gps, bool isRaw = false, const std::string& prefix = "") {
     return shown(isRaw, prefix, [&](Views& views) { views.showFields(gps); });
 }
 
-std::string rdb(GPSTraceMessage gps) {
+std::string rdb(const GPSTraceMessage& gps) {
     return shown(false, "", [&](Views& views) { views.showRdb(gps); });
 }
 

@@ -53,7 +53,7 @@ private:
     void readTrace(const std::string& path);
     void readItems(TraceReader& reader, DamageLog& damage);
     void use(TraceItem& item, uint64_t number);
-    bool isChosen(const GPSTraceMessage& message) const;
+    bool isChosen(const GpsView& message) const;
     Page page();
     void addPictures(Page& page);
 
@@ -150,12 +150,13 @@ void Report::use(TraceItem& item, uint64_t number) {
         const std::optional<Fix> fix = fixes.read(*item.gps);
         summary.add(item, fix);
         if (fix) {
-            drive.add(*fix, std::move(item.gps), number, files.size() - 1);
+            drive.add(*fix, std::make_unique<GPSTraceMessage>(item.gps->message()), number,
+                      files.size() - 1);
         }
     }
 }
 
-bool Report::isChosen(const GPSTraceMessage& message) const {
+bool Report::isChosen(const GpsView& message) const {
     return from <= message.getTimeStamp() && message.getTimeStamp() <= until;
 }
 

@@ -68,7 +68,7 @@ private:
     bool goOn();
     void use(TraceItem& item);
     void show(const TraceItem& item);
-    bool isChosen(const GPSTraceMessage& gps) const;
+    bool isChosen(const GpsView& gps) const;
     std::string prefixOf(timeStamp_t stamp) const;
 
     const Arguments& arguments;
@@ -152,7 +152,7 @@ void Show::use(TraceItem& item) {
     }
 }
 
-bool Show::isChosen(const GPSTraceMessage& gps) const {
+bool Show::isChosen(const GpsView& gps) const {
     const timeStamp_t stamp = gps.getTimeStamp();
     if (stamp < from || stamp > until) {
         return false;
@@ -165,16 +165,16 @@ bool Show::isChosen(const GPSTraceMessage& gps) const {
 }
 
 void Show::show(const TraceItem& item) {
-    GPSTraceMessage& gps = *item.gps;
+    const GpsView& gps = *item.gps;
     writer.setPrefix(prefixOf(gps.getTimeStamp()));
     if (arguments.fields) {
-        views.showFields(gps);
+        views.showFields(gps.message());
     }
     if (arguments.fix) {
         views.showFix(gps);
     }
     if (arguments.rdb) {
-        views.showRdb(gps);
+        views.showRdb(gps.message());
     }
     if (arguments.hex) {
         views.showBytes(item.bytes);

@@ -22,7 +22,7 @@ void appendCount(std::string& list, uint64_t count, std::string_view one, std::s
 Exporter::Exporter(Format& document, const ExportChoice& chosen)
     : format(document), choice(chosen), content(document.content()) {}
 
-void Exporter::add(const GPSTraceMessage& message) {
+void Exporter::add(const GpsView& message) {
     const timeStamp_t stamp = message.getTimeStamp();
     if (stamp < choice.from || stamp > choice.until) {
         ++outside;
@@ -34,7 +34,7 @@ void Exporter::add(const GPSTraceMessage& message) {
     lastMessage = stamp;
 }
 
-void Exporter::addFixOf(const GPSTraceMessage& message) {
+void Exporter::addFixOf(const GpsView& message) {
     const std::optional<Fix> fix = fixes.read(message);
     if (!fix) {
         countWithoutFix(message.getTimeStamp());
@@ -51,7 +51,7 @@ void Exporter::addFixOf(const GPSTraceMessage& message) {
     }
 }
 
-void Exporter::addToLine(const Fix& fix, const GPSTraceMessage& message) {
+void Exporter::addToLine(const Fix& fix, const GpsView& message) {
     if (lastOfLine) {
         const timeStamp_t between =
             fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;

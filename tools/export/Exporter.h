@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "libvextrace/GPSTraceMessage.h"
 #include "tools/export/Format.h"
 
 namespace vextrace::tools {
@@ -24,7 +23,7 @@ public:
     /// \param document  must outlive the exporter
     Exporter(Format& document, const ExportChoice& chosen);
 
-    void add(const GPSTraceMessage& message);
+    void add(const GpsView& message);
 
     /// Counts a message of another type.
     void addOther() { ++others; }
@@ -36,8 +35,8 @@ public:
     std::string leftOut() const;
 
 private:
-    void addFixOf(const GPSTraceMessage& message);
-    void addToLine(const Fix& fix, const GPSTraceMessage& message);
+    void addFixOf(const GpsView& message);
+    void addToLine(const Fix& fix, const GpsView& message);
     void countWithoutFix(timeStamp_t stamp);
 
     Format& format;

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "libvexstream/Fix.h"
-#include "libvextrace/GPSTraceMessage.h"
+#include "libvexstream/GpsView.h"
 #include "tools/io/OutputFile.h"
 
 namespace vextrace::tools {
@@ -30,10 +30,10 @@ public:
     virtual void begin() {}
 
     /// Writes a fix, given with the message that it comes from.
-    virtual void addFix(const Fix& /*fix*/, const GPSTraceMessage& /*message*/) {}
+    virtual void addFix(const Fix& /*fix*/, const GpsView& /*message*/) {}
 
     /// Writes a message whose content is SENTENCES.
-    virtual void addMessage(const GPSTraceMessage& /*message*/) {}
+    virtual void addMessage(const GpsView& /*message*/) {}
 
     /// The next fix does not go on from the one before.
     virtual void endLine() {}

@@ -21,7 +21,7 @@ public:
         endRow();
     }
 
-    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+    void addFix(const Fix& fix, const GpsView& /*message*/) override {
         for (const Column& column : COLUMNS) {
             beginValue(column);
             column.append(out.pending(), fix);

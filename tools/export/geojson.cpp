@@ -41,7 +41,7 @@ public:
 
     void begin() override { out.write(R"({"type":"FeatureCollection","features":[)"); }
 
-    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+    void addFix(const Fix& fix, const GpsView& /*message*/) override {
         Position position = {*fix.longitude, *fix.latitude, fix.altitude};
         if (fixes == 0) {
             begun = fix.stamp;

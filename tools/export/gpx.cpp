@@ -30,7 +30,7 @@ double gpxCourse(double course) {
 }
 
 // The dimensions of the fix, from a GSA sentence.
-std::string_view dimensions(const GPSTraceMessage& message) {
+std::string_view dimensions(const GpsView& message) {
     const std::string_view gsa = message.getSentence("$GPGSA");
     if (gsa.empty() || storedChecksum(gsa) == Checksum::WRONG) {
         return "";
@@ -39,7 +39,7 @@ std::string_view dimensions(const GPSTraceMessage& message) {
     return mode == "3" ? "3d" : mode == "2" ? "2d" : "";
 }
 
-std::string_view fixType(const Fix& fix, const GPSTraceMessage& message) {
+std::string_view fixType(const Fix& fix, const GpsView& message) {
     switch (fix.quality.value_or(0)) {
         case 2:
         case 4:  // with corrections that tell whole wavelengths
@@ -63,7 +63,7 @@ public:
 
     void begin() override { out.write(HEAD); }
 
-    void addFix(const Fix& fix, const GPSTraceMessage& message) override {
+    void addFix(const Fix& fix, const GpsView& message) override {
         TextBuffer& point = out.pending();
         point += inSegment ? "" : "<trkseg>\n";
         inSegment = true;
@@ -88,7 +88,7 @@ public:
 
 private:
     // In the order that the schema wants.
-    void appendChildren(const Fix& fix, const GPSTraceMessage& message) {
+    void appendChildren(const Fix& fix, const GpsView& message) {
         TextBuffer& point = out.pending();
         if (fix.altitude) {
             append("<ele>", *fix.altitude, "</ele>");

@@ -19,7 +19,7 @@ public:
         }
     }
 
-    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+    void addFix(const Fix& fix, const GpsView& /*message*/) override {
         TextBuffer& line = out.pending();
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
             line += names[i];

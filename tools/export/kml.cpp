@@ -30,7 +30,7 @@ public:
 
     void begin() override { out.write(HEAD); }
 
-    void addFix(const Fix& fix, const GPSTraceMessage& /*message*/) override {
+    void addFix(const Fix& fix, const GpsView& /*message*/) override {
         if (!inLine) {
             out.write("<Placemark><gx:MultiTrack>\n");
             inLine = true;

@@ -1,5 +1,5 @@
 #include <optional>
-#include <string>
+#include <string_view>
 
 #include "libvexstream/sentence.h"
 #include "tools/export/Format.h"
@@ -16,13 +16,14 @@ public:
 
     Content content() const override { return Content::SENTENCES; }
 
-    void addMessage(const GPSTraceMessage& message) override {
-        const std::string* const first = message.getTimeStamp() == stamp ? nullptr : timed(message);
+    void addMessage(const GpsView& message) override {
+        const std::string_view* const first =
+            message.getTimeStamp() == stamp ? nullptr : timed(message);
         stamp = message.getTimeStamp();
         if (first != nullptr) {
             out.write(*first);
         }
-        for (const auto& [code, sentence] : message.getSentences()) {
+        for (const std::string_view& sentence : message.getSentences()) {
             if (&sentence != first) {
                 out.write(sentence);
             }
@@ -31,8 +32,8 @@ public:
 
 private:
     // The first sentence that tells the time; null where none does.
-    static const std::string* timed(const GPSTraceMessage& message) {
-        for (const auto& [code, sentence] : message.getSentences()) {
+    static const std::string_view* timed(const GpsView& message) {
+        for (const std::string_view& sentence : message.getSentences()) {
             if (timeOf(sentence)) {
                 return &sentence;
             }

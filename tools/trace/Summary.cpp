@@ -202,7 +202,7 @@ void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
     }
 }
 
-void Summary::addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix) {
+void Summary::addGps(const GpsView& gps, const std::optional<Fix>& fix) {
     ++gpsMessages;
     addSentences(gps, fix);
     addTime(gps.getTimeStamp());
@@ -211,10 +211,11 @@ void Summary::addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix) 
     }
 }
 
-void Summary::addSentences(const GPSTraceMessage& gps, const std::optional<Fix>& fix) {
+void Summary::addSentences(const GpsView& gps, const std::optional<Fix>& fix) {
     const timeStamp_t stamp = gps.getTimeStamp();
     const auto dateStamp = stamp >= FIRST_DATED ? std::optional(stamp) : std::nullopt;
-    for (const auto& [code, sentence] : gps.getSentences()) {
+    for (const std::string_view sentence : gps.getSentences()) {
+        const std::string_view code = GpsView::codeOf(sentence);
         const Checksum checksum = checksumOf(code, sentence, fix);
         sentences.add(withoutLineEnd(code), checksum, dateStamp);
         switch (checksum) {

@@ -162,8 +162,8 @@ public:
     Motion motion;
 
 private:
-    void addGps(const GPSTraceMessage& gps, const std::optional<Fix>& fix);
-    void addSentences(const GPSTraceMessage& gps, const std::optional<Fix>& fix);
+    void addGps(const GpsView& gps, const std::optional<Fix>& fix);
+    void addSentences(const GpsView& gps, const std::optional<Fix>& fix);
     void addTime(timeStamp_t stamp);
     void addFix(const Fix& fix);
     timeStamp_t allowedGap;

@@ -357,7 +357,8 @@ private:
             TraceItem item = trace.next();
             switch (item.kind) {
                 case TraceItem::Kind::GPS:
-                    messages.emplace_back(item.offset, std::move(item.gps));
+                    messages.emplace_back(item.offset,
+                                          std::make_unique<GPSTraceMessage>(item.gps->message()));
                     ++counters.messages;
                     return true;
                 case TraceItem::Kind::OTHER:

@@ -12,6 +12,7 @@
 #include "libvexstream/internal/digits.h"
 #include "libvexstream/internal/fields.h"
 #include "libvexstream/sentence.h"
+#include "libvextrace/nmeaNumbers.h"
 #include "tools/io/plural.h"
 
 namespace vextrace::tools {
@@ -93,10 +94,10 @@ void addSatellites(std::string& line, std::string_view sent, uint16_t number) {
     }
 }
 
-void showRmc(const GPSTraceMessage& gps, std::string& line) {
-    const auto rmc = fieldsOf<10>(gps.getSentence(GPSTraceMessage::GPRMC));
+void showRmc(std::string_view sentence, std::string& line) {
+    const auto rmc = fieldsOf<10>(sentence);
     GPSTraceMessage::numeric_gprmc_t numbers;
-    gps.getGPRMC(numbers);
+    readNumbers(sentence, numbers);
     addDigits(line, "RMC: time", rmc[1]);
     addDigits(line, ", date", rmc[9]);
     addStatus(line, rmc[2], numbers.status);
@@ -105,10 +106,10 @@ void showRmc(const GPSTraceMessage& gps, std::string& line) {
     addNumber(line, "course", rmc[8], numbers.course, 4, "deg");
 }
 
-void showGga(const GPSTraceMessage& gps, std::string& line) {
-    const auto gga = fieldsOf<11>(gps.getSentence(GPSTraceMessage::GPGGA));
+void showGga(std::string_view sentence, std::string& line) {
+    const auto gga = fieldsOf<11>(sentence);
     GPSTraceMessage::numeric_gpgga_t numbers;
-    gps.getGPGGA(numbers);
+    readNumbers(sentence, numbers);
     addDigits(line, "GGA: time", gga[1]);
     addDigits(line, ", quality", gga[6]);
     addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
@@ -146,18 +147,18 @@ void addBytes(std::string& line, std::span<const uint8_t> bytes) {
 
 }  // namespace
 
-void Views::showLine(const GPSTraceMessage& gps) {
+void Views::showLine(const GpsView& gps) {
     writer.beginLine();
-    fmt::format_to(std::back_inserter(writer.text()), "{:016x} {:08x}  GPS         |",
-                   gps.getTimeStamp(), gps.getMbnr());
-    for (const auto& entry : gps.getSentences()) {
+    fmt::format_to(std::back_inserter(writer.text()), "{:016x} 00000000  GPS         |",
+                   gps.getTimeStamp());
+    for (const std::string_view sentence : gps.getSentences()) {
         writer.add(" ");
-        writer.addReceived(shownSentence(entry.second));
+        writer.addReceived(shownSentence(sentence));
     }
     writer.endLine();
 }
 
-void Views::showFields(GPSTraceMessage& gps) {
+void Views::showFields(GPSTraceMessage gps) {
     gps.addRecord(gps.getString());  // held already: nothing is stored, the fields are split
     if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
         dump.seekp(0);
@@ -186,20 +187,20 @@ void Views::showDump() {
     }
 }
 
-void Views::showFix(const GPSTraceMessage& gps) {
-    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
+void Views::showFix(const GpsView& gps) {
+    if (const std::string_view rmc = gps.getSentence(GPSTraceMessage::GPRMC); !rmc.empty()) {
         writer.beginLine();
-        showRmc(gps, writer.text());
+        showRmc(rmc, writer.text());
         writer.endLine();
     }
-    if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA)) {
+    if (const std::string_view gga = gps.getSentence(GPSTraceMessage::GPGGA); !gga.empty()) {
         writer.beginLine();
-        showGga(gps, writer.text());
+        showGga(gga, writer.text());
         writer.endLine();
     }
 }
 
-void Views::showRdb(GPSTraceMessage& gps) {
+void Views::showRdb(GPSTraceMessage gps) {
     const std::string text = gps.formatForRDB();
     if (!text.empty()) {
         writer.beginLine();

@@ -4,7 +4,7 @@
 #include <span>
 #include <sstream>
 
-#include "libvextrace/GPSTraceMessage.h"
+#include "libvexstream/GpsView.h"
 #include "tools/trace/LineWriter.h"
 
 namespace vextrace::tools {
@@ -15,17 +15,17 @@ public:
     explicit Views(LineWriter& destination) : writer(destination) {}
 
     /// Its trace line, as the library prints it.
-    void showLine(const GPSTraceMessage& gps);
+    void showLine(const GpsView& gps);
 
-    /// The numbered fields of its RMC and GGA sentences. Splits them first.
-    void showFields(GPSTraceMessage& gps);
+    /// The numbered fields of its RMC and GGA sentences.
+    void showFields(GPSTraceMessage gps);
 
     /// Its RMC and GGA sentences as numbers, a line each. A value that the receiver did not send is
     /// called missing; one that makes no sense, invalid.
-    void showFix(const GPSTraceMessage& gps);
+    void showFix(const GpsView& gps);
 
-    /// Its RDB text; nothing where there is no position. Splits the fields first.
-    void showRdb(GPSTraceMessage& gps);
+    /// Its RDB text; nothing where there is no position.
+    void showRdb(GPSTraceMessage gps);
 
     /// Bytes of the trace in hexadecimal and as characters, sixteen a line.
     void showBytes(std::span<const uint8_t> bytes);

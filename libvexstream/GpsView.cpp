@@ -1,0 +1,111 @@
+#include "libvexstream/GpsView.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "libvextrace/MessageFactory.h"
+#include "libvexutil/datablock.h"
+
+namespace vextrace {
+
+namespace {
+
+// The library makes the talker of such a sentence GP.
+bool hasForeignTalker(std::string_view line) {
+    return line[0] == '$' && line[1] == 'G' && line[2] != 'P';
+}
+
+std::string_view payloadOf(std::span<const uint8_t> message) {
+    const std::string_view text(reinterpret_cast<const char*>(message.data()), message.size());
+    return text.substr(MessageBase::MO_BASE_DERIVED);
+}
+
+// The one reader of this id makes nothing else.
+std::unique_ptr<GPSTraceMessage> gpsOf(DecodedMessage decoded) {
+    return std::unique_ptr<GPSTraceMessage>(
+        static_cast<GPSTraceMessage*>(decoded.message.release()));
+}
+
+}  // namespace
+
+GpsView::GpsView(const GPSTraceMessage& message) {
+    view(message);
+}
+
+std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> message) {
+    stamp = 0;
+    headerReserved = 0;
+    sentences.clear();
+    bytes = {};
+    holder = nullptr;
+    decoded.reset();
+    if (readSentences(payloadOf(message))) {
+        stamp = byteArrayToUint64(message.data() + MessageBase::MO_TIMESTAMP);
+        headerReserved = byteArrayToUint16(message.data() + MessageBase::MO_HDRRESERVED);
+        bytes = message;
+        return std::nullopt;
+    }
+    sentences.clear();
+    DecodedMessage result = MessageFactory::decode(message.data(), message.size());
+    if (!result.error) {
+        decoded = gpsOf(std::move(result));
+        view(*decoded);
+    }
+    return result.error;
+}
+
+// False where the payload is not what the library writes; some sentences may be there then.
+bool GpsView::readSentences(std::string_view payload) {
+    if (payload.find('\0') != std::string_view::npos) {
+        return false;
+    }
+    std::string_view previous;
+    while (!payload.empty()) {
+        const size_t length = payload.find('\n') + 1;  // 0 where there is no line feed
+        const std::string_view line = payload.substr(0, length);
+        const std::string_view code = codeOf(line);
+        if (length < 2 || hasForeignTalker(line) || code <= previous) {
+            return false;
+        }
+        sentences.push_back(line);
+        previous = code;
+        payload.remove_prefix(length);
+    }
+    return !sentences.empty();
+}
+
+void GpsView::view(const GPSTraceMessage& message) {
+    stamp = message.getTimeStamp();
+    headerReserved = message.getHeaderReserved();
+    holder = &message;
+    for (const auto& [code, sentence] : message.getSentences()) {
+        sentences.emplace_back(sentence);
+    }
+}
+
+std::string_view GpsView::getSentence(std::string_view code) const {
+    const auto place = std::ranges::lower_bound(sentences, code, {}, codeOf);
+    return place != sentences.end() && codeOf(*place) == code ? *place : std::string_view();
+}
+
+bool GpsView::hasNmeaDataType(GPSTraceMessage::nmeaDataType_t type) const {
+    switch (type) {
+        case GPSTraceMessage::NMEA_DATA_GPRMC:
+            return !getSentence(GPSTraceMessage::GPRMC).empty();
+        case GPSTraceMessage::NMEA_DATA_GPGGA:
+            return !getSentence(GPSTraceMessage::GPGGA).empty();
+    }
+    return false;
+}
+
+GPSTraceMessage GpsView::message() const {
+    if (holder != nullptr) {
+        return *holder;
+    }
+    if (bytes.empty()) {
+        return {};
+    }
+    return *gpsOf(MessageFactory::decode(bytes.data(), bytes.size()));
+}
+
+}  // namespace vextrace
