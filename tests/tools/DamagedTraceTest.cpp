@@ -1,5 +1,5 @@
 // Every beginning and every changed byte of a small trace, through every command.
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,7 +9,6 @@
 #include <iterator>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <numeric>
 #include <set>
 #include <string>
@@ -17,6 +16,7 @@
 
 #include "tests/stream/traces.h"
 #include "tests/tools/commandRuns.h"
+#include "tools/commands/commands.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;
@@ -215,14 +215,23 @@ struct Listing {
     std::map<string, string> ofRepaired = {};                  // what it gives of these bytes
 };
 
-Listing listing(Command::Add add, std::vector<string> arguments,
+Listing listing(std::function<int()> command,
                 std::function<std::vector<string>(const string&)> pieces) {
-    return {std::make_unique<Command>(add, std::move(arguments)), std::move(pieces)};
+    return {std::make_unique<Command>(std::move(command)), std::move(pieces)};
 }
 
 size_t gpsOf(const std::vector<size_t>& parts) {
     return static_cast<size_t>(
         std::count_if(parts.begin(), parts.end(), [](size_t part) { return PARTS[part].isGps; }));
+}
+
+string behind(const string& text, const string& key) {
+    const size_t begin = text.find(key);
+    return begin == string::npos ? "" : text.substr(begin + key.size());
+}
+
+uint64_t numberBehind(const string& text, const string& key) {
+    return std::stoull(behind(text, key));
 }
 
 // A folder for files that need one, in memory where there is such a place.
@@ -302,9 +311,16 @@ protected:
         });
     }
 
+    std::function<int()> exportTo(const string& format) const {
+        ExportCommand options;
+        options.format = format;
+        options.traces = {trace};
+        return [=] { return exportTraces(options); };
+    }
+
     TemporaryFile file;
     const string trace = file.path();
-    Command repair{addRepair, {"repair", trace, "-"}};
+    Command repair{[this] { return tools::repair({trace, "-"}); }};
 
 private:
     void tryWith(const DamagedTrace& damaged,
@@ -360,16 +376,19 @@ TEST_F(DamagedTraceTest, RepairKeepsEveryMessageThatIsUntouched) {
 TEST_F(DamagedTraceTest, ShowShowsEveryMessageThatIsUntouched) {
     const auto whole = [](const string& output) { return std::vector<string>{output}; };
     std::vector<Listing> listings;
-    listings.push_back(listing(addShow, {"show", trace}, whole));
-    listings.push_back(
-        listing(addShow, {"show", "--utc", "--fields", "--fix", "--rdb", "--hex", trace}, whole));
+    ShowCommand lines;
+    lines.trace = trace;
+    listings.push_back(listing([=] { return show(lines); }, whole));
+    ShowCommand views = lines;
+    views.utc = views.fields = views.fix = views.rdb = views.hex = true;
+    listings.push_back(listing([=] { return show(views); }, whole));
     expectUntouched(listings);
 }
 
 TEST_F(DamagedTraceTest, TablesHaveTheRowsOfMessagesThatAreUntouched) {
     std::vector<Listing> listings;
     for (const char* format : {"csv", "jsonl", "nmea"}) {
-        listings.push_back(listing(addExport, {"export", "--to", format, trace}, linesOf));
+        listings.push_back(listing(exportTo(format), linesOf));
     }
     expectUntouched(listings);
 }
@@ -385,36 +404,42 @@ TEST_F(DamagedTraceTest, DrawingsHaveThePointsOfMessagesThatAreUntouched) {
         return std::vector{output.substr(begin + key.size(), end - begin - key.size())};
     };
     std::vector<Listing> listings;
-    listings.push_back(listing(addExport, {"export", "--to", "gpx", trace}, linesOf));
-    listings.push_back(listing(addExport, {"export", "--to", "kml", trace}, linesOf));
-    listings.push_back(listing(addExport, {"export", "--to", "geojson", trace}, point));
+    listings.push_back(listing(exportTo("gpx"), linesOf));
+    listings.push_back(listing(exportTo("kml"), linesOf));
+    listings.push_back(listing(exportTo("geojson"), point));
     expectUntouched(listings);
 }
 
 TEST_F(DamagedTraceTest, InfoAccountsForEveryByte) {
-    Command words(addInfo, {"info", trace});
-    Command json(addInfo, {"info", "--json", trace});
+    InfoCommand options;
+    options.traces = {trace};
+    Command words([=] { return info(options); });
+    options.json = true;
+    Command json([=] { return info(options); });
     forEachFault([&](const DamagedTrace& damaged) {
         const CommandResult inWords = run(words);
         const CommandResult result = run(json);
         EXPECT_EQ(inWords.status, result.status);
         EXPECT_EQ(inWords.told, result.told);
-        const nlohmann::json said = nlohmann::json::parse(result.output)["all"];
+        const string all = behind(result.output, "\"all\": ");
+        const string inDamage = behind(all, "\"damage\": ");
         const size_t length = damaged.bytes.size();
         const size_t kept = repaired().output.size();
         EXPECT_EQ(result.status == STATUS_OK, kept == length);
-        EXPECT_EQ(said["bytes"], length);
-        EXPECT_EQ(said["damage"]["bytes"], length - kept);
-        EXPECT_EQ(said["damage"]["places"], kept == length ? 0 : 1);
-        EXPECT_GE(said["messages"]["gps"], gpsOf(damaged.untouched));
-        EXPECT_LE(said["messages"]["gps"], PARTS.size());
+        EXPECT_EQ(numberBehind(all, "\"bytes\": "), length);
+        EXPECT_EQ(numberBehind(inDamage, "\"bytes\": "), length - kept);
+        EXPECT_EQ(numberBehind(inDamage, "\"places\": "), kept == length ? 0U : 1U);
+        EXPECT_GE(numberBehind(all, "\"gps\": "), gpsOf(damaged.untouched));
+        EXPECT_LE(numberBehind(all, "\"gps\": "), PARTS.size());
     });
 }
 
 // A page takes so long that not every fault has its turn.
 TEST_F(DamagedTraceTest, ReportIsAWholePageOrNone) {
     constexpr size_t FAULTS_PER_PAGE = 17;
-    Command report(addReport, {"report", "-o", "-", trace});
+    ReportCommand options;
+    options.traces = {trace};
+    Command report([&] { return tools::report(options); });
     size_t faults = 0;
     forEachFault([&](const DamagedTrace& damaged) {
         if (++faults % FAULTS_PER_PAGE != 0) {
@@ -430,7 +455,10 @@ TEST_F(DamagedTraceTest, ReportIsAWholePageOrNone) {
 
 TEST_F(DamagedTraceTest, CheckFindsEveryChangeOfWhatWasSent) {
     const TemporaryFile sent(bytesOf(log()));
-    Command check(addCheck, {"check", sent.path(), trace});
+    CheckCommand options;
+    options.log = sent.path();
+    options.trace = trace;
+    Command check([&] { return tools::check(options); });
     set(soundTrace());
     ASSERT_EQ(run(check).status, STATUS_OK);
     forEachFault([&](const DamagedTrace& damaged) {
@@ -443,7 +471,9 @@ TEST_F(DamagedTraceTest, CheckFindsEveryChangeOfWhatWasSent) {
 
 // Where a trace is taken for a log, no sentence that stands in it is lost.
 TEST_F(DamagedTraceTest, RecordFindsTheSentencesInATrace) {
-    Command record(addRecord, {"record", trace});
+    RecordCommand options;
+    options.input = trace;
+    Command record([&] { return tools::record(options); });
     forEachFault([&](const DamagedTrace& damaged) {
         const CommandResult result = run(record);
         for (const size_t part : damaged.untouched) {
@@ -457,10 +487,14 @@ TEST_F(DamagedTraceTest, RecordFindsTheSentencesInATrace) {
 // What cannot be read at the end is moved aside; else nothing is touched.
 TEST_F(DamagedTraceTest, RecordGoesOnBehindATraceAndLosesNothingOfIt) {
     const TemporaryFile sent(bytesOf(log()));
-    const string recorded = Command(addRecord, {"record", sent.path()}).run().output;
+    RecordCommand options;
+    options.input = sent.path();
+    const string recorded = Command([&] { return tools::record(options); }).run().output;
     ASSERT_EQ(recorded.size(), soundTrace().size() - PARTS[1].bytes.size());
     const Folder folder;
-    Command record(addRecord, {"record", "--append", "-o", folder.path("trace"), sent.path()});
+    options.append = true;
+    options.output = folder.path("trace");
+    Command record([&] { return tools::record(options); });
     forEachFault([&](const DamagedTrace& damaged) {
         const string before = textOf(damaged.bytes);
         folder.write("trace", before);

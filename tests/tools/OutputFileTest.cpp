@@ -52,10 +52,8 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-struct stat statusOf(const std::string& path) {
-    struct stat status = {};
-    EXPECT_EQ(stat(path.c_str(), &status), 0);
-    return status;
+FileStatus statusOf(const std::string& path) {
+    return fileStatus(path).value();
 }
 
 void writeAll(const std::string& path, bool force, const std::string& text) {
@@ -66,7 +64,7 @@ void writeAll(const std::string& path, bool force, const std::string& text) {
 
 // What the refusal says; empty where the output is not refused.
 std::string refusalOf(const std::string& path, bool force = false,
-                      const std::vector<struct stat>& inputs = {}) {
+                      const std::vector<FileStatus>& inputs = {}) {
     try {
         OutputFile out(path, force, inputs);
         return "";
@@ -125,7 +123,7 @@ TEST_F(OutputFileTest, KeepsThePermissionsOfTheFileThatItReplaces) {
     const std::string path = make("old", "old text");
     ASSERT_EQ(chmod(path.c_str(), 0662), 0);
     writeAll(path, true, "new");
-    EXPECT_EQ(statusOf(path).st_mode & 0777, 0662U);
+    EXPECT_EQ(statusOf(path).permissions, 0662U);
 }
 
 TEST_F(OutputFileTest, GivesANewFileThePermissionsThatTheUserWants) {
@@ -133,8 +131,8 @@ TEST_F(OutputFileTest, GivesANewFileThePermissionsThatTheUserWants) {
     writeAll(in("new"), false, "text");
     writeAll(in("forced"), true, "text");
     umask(before);
-    EXPECT_EQ(statusOf(in("new")).st_mode & 0777, 0640U);
-    EXPECT_EQ(statusOf(in("forced")).st_mode & 0777, 0640U);
+    EXPECT_EQ(statusOf(in("new")).permissions, 0640U);
+    EXPECT_EQ(statusOf(in("forced")).permissions, 0640U);
 }
 
 TEST_F(OutputFileTest, RefusesItsInputsByEveryName) {
@@ -142,7 +140,7 @@ TEST_F(OutputFileTest, RefusesItsInputsByEveryName) {
     fs::create_hard_link(path, in("hard"));
     fs::create_symlink("trace", in("soft"));
     fs::create_symlink("soft", in("softer"));
-    const std::vector<struct stat> inputs = {statusOf(make("other", "")), statusOf(path)};
+    const std::vector<FileStatus> inputs = {statusOf(make("other", "")), statusOf(path)};
     for (const std::string name : {"trace", "hard", "soft", "softer", "./trace"}) {
         EXPECT_EQ(refusalOf(in(name), true, inputs), in(name) + ": is an input, too");
     }

@@ -1,6 +1,6 @@
 #include "tools/report/Series.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "tools/trace/Summary.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include "tests/stream/traces.h"

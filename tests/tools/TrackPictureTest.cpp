@@ -1,6 +1,6 @@
 #include "tools/report/TrackPicture.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 
 #include <cmath>

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-
 #include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 
@@ -34,11 +32,6 @@ private:
 
 }  // namespace
 
-Command::Command(Add add, std::vector<std::string> arguments) : line(std::move(arguments)) {
-    add(app, status);
-    std::reverse(line.begin(), line.end());  // as CLI11 wants them
-}
-
 CommandResult Command::run() {
     CommandResult result;
     {
@@ -53,9 +46,8 @@ CommandResult Command::run() {
 
 // As the program does.
 int Command::runForStatus() {
-    status = STATUS_OK;
     try {
-        app.parse(std::vector<std::string>(line));
+        return command();
     } catch (const DataError& error) {
         tell(error.what());
         return STATUS_DATA;
@@ -63,5 +55,4 @@ int Command::runForStatus() {
         tell(error.what());
         return STATUS_USAGE;
     }
-    return status;
 }

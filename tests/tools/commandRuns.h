@@ -3,11 +3,11 @@
 /// thousands.
 #pragma once
 
+#include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "tests/stream/traces.h"
-#include "tools/commands/commands.h"
 
 /// What a command left behind.
 struct CommandResult {
@@ -16,22 +16,18 @@ struct CommandResult {
     std::string told;    ///< on standard error
 };
 
-/// A command line of the program, to be run again and again.
+/// A command of the program, to be run again and again.
 class Command {
 public:
-    using Add = void (*)(CLI::App& app, vextrace::tools::ExitStatus& status);
-
-    /// \param arguments  with the command's name in front
-    Command(Add add, std::vector<std::string> arguments);
+    /// \param toRun  gives the exit status
+    explicit Command(std::function<int()> toRun) : command(std::move(toRun)) {}
 
     CommandResult run();
 
 private:
     int runForStatus();
 
-    CLI::App app;
-    vextrace::tools::ExitStatus status = vextrace::tools::STATUS_OK;
-    std::vector<std::string> line;
+    std::function<int()> command;
     TemporaryFile output;
     TemporaryFile told;
 };

@@ -7,7 +7,9 @@ import pytest
 
 from limits import peak_memory, run_closed
 from samples import CAN, FIRST, GGA, RMC, SECOND, SMALL, STAMP, changes, fix, message
+from traces import CAN as CAN_ID
 from traces import SECOND as NANOSECONDS
+from traces import other
 
 DRIVEN = (fix(STAMP, b"0000.000,N", b"17930.000,E", satellites=4, knots=b"010.0", altitude=b"-3.5") +
           fix(STAMP + 1_500_000_000, b"0000.000,N", b"17930.000,W", satellites=8, knots=b"20",
@@ -290,3 +292,19 @@ def test_the_numbers_of_a_recorded_log_agree_with_those_shown(vextrace, log, tmp
     assert said["messages"]["gps"] == len(lines)
     assert said["bytes"] == (tmp_path / "a.trace").stat().st_size
     assert said["damage"]["places"] == 0
+
+
+def test_a_span_leaves_out_what_is_before_and_behind(info):
+    others = b"".join(other(CAN_ID, STAMP + second * NANOSECONDS, b"x") for second in range(4))
+    fixes = b"".join(fix(STAMP + second * NANOSECONDS) for second in range(4))
+    status, said, _ = info(fixes + others, options=("--from", "1994-03-23T12:35:20Z",
+                                                    "--until", "1994-03-23T12:35:21Z"))
+    assert (status, said["all"]["messages"]["gps"], said["all"]["messages"]["other"]) == (0, 2, 2)
+    assert said["all"]["time"]["first"] == "1994-03-23T12:35:20Z"
+    assert said["all"]["time"]["last"] == "1994-03-23T12:35:21Z"
+    assert said["all"]["bytes"] == (len(fixes) + len(others)) // 2
+
+
+def test_a_span_that_ends_before_it_begins_is_refused(vextrace):
+    done = vextrace("info", "--from", "1994-03-24", "--until", "1994-03-23", "-", input=SMALL)
+    assert (done.returncode, done.stdout, done.stderr) == (2, b"", b"vextrace: --from: is later than --until\n")

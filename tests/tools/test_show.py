@@ -218,7 +218,7 @@ def test_times_that_are_none_are_refused(vextrace, option, text):
 
 def test_a_span_that_ends_before_it_begins_is_refused(vextrace):
     done = vextrace("show", "--from", "1994-03-24", "--to", "1994-03-23", "-", input=SMALL)
-    assert (done.returncode, done.stdout, done.stderr) == (2, b"", b"vextrace: --from: is later than --to\n")
+    assert (done.returncode, done.stdout, done.stderr) == (2, b"", b"vextrace: --from: is later than --until\n")
 
 
 def test_messages_of_other_types_are_ordinary(show):

@@ -1,6 +1,4 @@
-#include <fmt/format.h>
-
-#include <memory>
+#include <fmt/core.h>
 
 #include "libvexstream/utc.h"
 #include "tools/commands/commands.h"
@@ -14,15 +12,7 @@ namespace vextrace::tools {
 
 namespace {
 
-struct CheckOptions {
-    std::string log;
-    std::string trace;
-    std::string date;
-    std::string stamp = "utc";
-    bool live = false;
-};
-
-RecordingRules rulesOf(const CheckOptions& options) {
+RecordingRules rulesOf(const CheckCommand& options) {
     RecordingRules rules;
     rules.arrival = options.stamp == "arrival";
     rules.live = options.live;
@@ -57,7 +47,9 @@ std::string reportOf(const ProofCounters& counters, const RecordingRules& rules)
     return text;
 }
 
-void check(const CheckOptions& options) {
+}  // namespace
+
+int check(const CheckCommand& options) {
     const RecordingRules rules = rulesOf(options);
     if (options.log == "-" && options.trace == "-") {
         throw UsageError("LOG and TRACE cannot both be standard input");
@@ -67,28 +59,7 @@ void check(const CheckOptions& options) {
     OutputFile out("-", false, {log.identity(), trace.identity()});
     out.write(reportOf(proveTrace(log, trace, rules), rules));
     out.commit();
-}
-
-}  // namespace
-
-void addCheck(CLI::App& app, ExitStatus& /*status*/) {
-    const auto options = std::make_shared<CheckOptions>();
-    CLI::App* command = app.add_subcommand(
-        "check",
-        "Proves that a trace holds what the receiver sent: every sentence of the log, in its\n"
-        "epoch's messages, under the time that it says.\n"
-        "Example: vextrace check drive.nmea drive.trace");
-    command->add_option("LOG", options->log, "What the receiver sent; - is standard input")
-        ->required();
-    command->add_option("TRACE", options->trace, "The recording; - is standard input")->required();
-    command->add_option("--date", options->date, "The day that record was told, YYYY-MM-DD");
-    command
-        ->add_option("--stamp", options->stamp,
-                     "The stamps that record was told: utc (default) or arrival")
-        ->check(CLI::IsMember({"utc", "arrival"}));
-    command->add_flag("--live", options->live,
-                      "The log was recorded as it came: silence or a stop may have divided epochs");
-    command->callback([options] { check(*options); });
+    return STATUS_OK;
 }
 
 }  // namespace vextrace::tools

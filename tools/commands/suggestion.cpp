@@ -1,8 +1,7 @@
 #include "tools/commands/suggestion.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
@@ -40,22 +39,25 @@ std::string hint(const std::string& word, const std::vector<std::string>& names)
     return isNear ? fmt::format("; did you mean {}?", *nearest) : std::string();
 }
 
-std::vector<std::string> commandNames(const CLI::App& app) {
+std::vector<std::string> commandNames(const std::vector<CommandEntry>& commands) {
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands({})) {
-        names.push_back(command->get_name());
+    for (const CommandEntry& command : commands) {
+        names.push_back(command.name);
     }
     return names;
 }
 
-std::vector<std::string> optionNames(const CLI::App& command) {
-    std::vector<std::string> names;
-    for (const CLI::Option* option : command.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            names.push_back("--" + name);
-        }
-        for (const std::string& name : option->get_snames()) {
-            names.push_back("-" + name);
+// Of a command; of the program where there is none.
+std::vector<std::string> optionNames(const CommandEntry* command) {
+    std::vector<std::string> names = {"-h", "--help"};
+    if (command == nullptr) {
+        names.emplace_back("--version");
+        return names;
+    }
+    for (const OptionEntry& option : command->options) {
+        if (!option.isArgument()) {
+            const std::vector<std::string> each = option.eachName();
+            names.insert(names.end(), each.begin(), each.end());
         }
     }
     return names;
@@ -78,26 +80,30 @@ bool exists(const std::string& name, const std::vector<std::string>& names) {
 
 }  // namespace
 
-std::optional<std::string> unknownName(const CLI::App& app,
+std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands,
                                        const std::vector<std::string>& arguments) {
-    const CLI::App* command = &app;
+    const CommandEntry* command = nullptr;
     for (const std::string& argument : arguments) {
         if (argument == "--") {
             break;
         }
         if (isOption(argument)) {
             const std::string name = optionName(argument);
-            const std::vector<std::string> names = optionNames(*command);
+            const std::vector<std::string> names = optionNames(command);
             if (!exists(name, names)) {
-                return fmt::format("{}: no option of {}{}", escaped(name), command->get_name(),
+                return fmt::format("{}: no option of {}{}", escaped(name),
+                                   command == nullptr ? "vextrace" : command->name,
                                    hint(name, names));
             }
-        } else if (command == &app) {
-            const std::vector<std::string> names = commandNames(app);
-            if (!exists(argument, names)) {
-                return fmt::format("{}: no command{}", escaped(argument), hint(argument, names));
+        } else if (command == nullptr) {
+            const auto named =
+                std::find_if(commands.begin(), commands.end(),
+                             [&](const CommandEntry& entry) { return entry.name == argument; });
+            if (named == commands.end()) {
+                return fmt::format("{}: no command{}", escaped(argument),
+                                   hint(argument, commandNames(commands)));
             }
-            command = app.get_subcommand(argument);
+            command = &*named;
         }
     }
     return std::nullopt;

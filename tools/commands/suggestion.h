@@ -4,9 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "tools/commands/commandTable.h"
 
 namespace vextrace::tools {
 
@@ -14,7 +12,7 @@ namespace vextrace::tools {
 /// exist, and the nearest name that does: "--fixs: no option of show; did you mean --fix?".
 /// \param arguments  in their order, without the program's name
 /// \return nothing where all names exist
-std::optional<std::string> unknownName(const CLI::App& app,
+std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands,
                                        const std::vector<std::string>& arguments);
 
 }  // namespace vextrace::tools

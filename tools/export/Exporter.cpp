@@ -1,6 +1,6 @@
 #include "tools/export/Exporter.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <string_view>
 
@@ -23,15 +23,17 @@ Exporter::Exporter(Format& document, const ExportChoice& chosen)
     : format(document), choice(chosen), content(document.content()) {}
 
 void Exporter::add(const GpsView& message) {
-    const timeStamp_t stamp = message.getTimeStamp();
-    if (stamp < choice.from || stamp > choice.until) {
-        ++outside;
-    } else if (content == Format::Content::SENTENCES) {
+    if (content == Format::Content::SENTENCES) {
         format.addMessage(message);
     } else {
         addFixOf(message);
     }
-    lastMessage = stamp;
+    lastMessage = message.getTimeStamp();
+}
+
+void Exporter::addOutside(const GpsView& message) {
+    ++outside;
+    lastMessage = message.getTimeStamp();
 }
 
 void Exporter::addFixOf(const GpsView& message) {

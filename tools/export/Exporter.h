@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -11,8 +10,6 @@ namespace vextrace::tools {
 
 /// What of a trace is exported.
 struct ExportChoice {
-    timeStamp_t from = 0;
-    timeStamp_t until = std::numeric_limits<timeStamp_t>::max();  ///< included
     timeStamp_t gap = 5'000'000'000;  ///< the longest time between two fixes of one line
     bool unchecked = false;           ///< whether fixes with a wrong checksum are taken
 };
@@ -24,6 +21,9 @@ public:
     Exporter(Format& document, const ExportChoice& chosen);
 
     void add(const GpsView& message);
+
+    /// Counts a message from before or behind the time asked for.
+    void addOutside(const GpsView& message);
 
     /// Counts a message of another type.
     void addOther() { ++others; }

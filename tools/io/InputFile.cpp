@@ -1,7 +1,7 @@
 #include "tools/io/InputFile.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,10 +28,12 @@ bool isReadable(int fd) {
 InputFile::InputFile(const std::string& path)
     : fd(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)),
       shown(shownName(path)) {
-    if (fd < 0 || fstat(fd, &status) != 0 || !isReadable(fd)) {
+    const std::optional<FileStatus> opened = fd < 0 ? std::nullopt : fileStatus(fd);
+    if (!opened || !isReadable(fd)) {
         throw UsageError(fmt::format("{}: cannot be read: {}", shown, std::strerror(errno)));
     }
-    if (S_ISDIR(status.st_mode)) {
+    status = *opened;
+    if (status.kind == FileStatus::Kind::FOLDER) {
         if (fd != STDIN_FILENO) {
             close(fd);
         }
@@ -71,10 +73,7 @@ bool InputFile::goBack(size_t count) {
 }
 
 std::optional<uint64_t> InputFile::size() const {
-    if (!S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-    return static_cast<uint64_t>(status.st_size);
+    return totalSize({status});
 }
 
 }  // namespace vextrace::tools

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 #include "libvexstream/ByteSource.h"
+#include "tools/io/FileStatus.h"
 
 namespace vextrace::tools {
 
@@ -34,8 +33,8 @@ public:
     /// For waiting.
     int descriptor() const { return fd; }
 
-    /// What fstat says; identifies the file.
-    const struct stat& identity() const { return status; }
+    /// What the system said when it was opened; identifies the file.
+    const FileStatus& identity() const { return status; }
 
     /// Bytes of a regular file; nothing for others.
     std::optional<uint64_t> size() const;
@@ -45,7 +44,7 @@ public:
 
 private:
     int fd;
-    struct stat status = {};
+    FileStatus status;
     uint64_t position = 0;
     std::string shown;
 };

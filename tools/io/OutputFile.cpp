@@ -1,7 +1,8 @@
 #include "tools/io/OutputFile.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -21,11 +22,10 @@ namespace vextrace::tools {
 namespace {
 
 // Terminals, /dev/null and sockets may well be read and written at once.
-bool isOneOf(const struct stat& file, const std::vector<struct stat>& inputs) {
-    const bool matters = S_ISREG(file.st_mode) || S_ISBLK(file.st_mode) || S_ISFIFO(file.st_mode);
-    return matters && std::any_of(inputs.begin(), inputs.end(), [&](const struct stat& input) {
-               return input.st_dev == file.st_dev && input.st_ino == file.st_ino;
-           });
+bool isOneOf(const FileStatus& file, const std::vector<FileStatus>& inputs) {
+    return file.kind != FileStatus::Kind::OTHER &&
+           std::any_of(inputs.begin(), inputs.end(),
+                       [&](const FileStatus& input) { return input.isSameFile(file); });
 }
 
 std::string folderOf(const std::string& path) {
@@ -61,11 +61,10 @@ bool renameToFree(const std::string& from, const std::string& to) {
 OutputFile::OutputFile(const std::string& path, bool force, const Inputs& inputs)
     : target(path), shown(escaped(path)) {
     buffer.room(2 * BUFFER_SIZE);
-    struct stat existing = {};
     if (path == "-" || path == "/dev/stdout") {
         openStandardOutput(inputs);
-    } else if (stat(path.c_str(), &existing) == 0) {
-        openExisting(existing, force, inputs);
+    } else if (const std::optional<FileStatus> existing = fileStatus(path)) {
+        openExisting(*existing, force, inputs);
     } else {
         openNew(force, errno);
     }
@@ -84,21 +83,21 @@ void OutputFile::openStandardOutput(const Inputs& inputs) {
     shown = "standard output";
     target.clear();
     fd = STDOUT_FILENO;
-    struct stat existing = {};
-    if (fstat(fd, &existing) == 0 && isOneOf(existing, inputs)) {
+    const std::optional<FileStatus> existing = fileStatus(fd);
+    if (existing && isOneOf(*existing, inputs)) {
         refuse("is an input, too");
     }
 }
 
-void OutputFile::openExisting(const struct stat& existing, bool force, const Inputs& inputs) {
-    const bool isRegular = S_ISREG(existing.st_mode);
-    if (S_ISDIR(existing.st_mode)) {
+void OutputFile::openExisting(const FileStatus& existing, bool force, const Inputs& inputs) {
+    const bool isRegular = existing.kind == FileStatus::Kind::REGULAR;
+    if (existing.kind == FileStatus::Kind::FOLDER) {
         refuse("is a directory");
     }
     if (isOneOf(existing, inputs)) {
         refuse("is an input, too");
     }
-    if ((isRegular || S_ISBLK(existing.st_mode)) && !force) {
+    if ((isRegular || existing.kind == FileStatus::Kind::BLOCK_DEVICE) && !force) {
         refuse("exists; --force replaces it");
     }
     if (!isRegular) {
@@ -111,7 +110,7 @@ void OutputFile::openExisting(const struct stat& existing, bool force, const Inp
     }
     replace = true;
     openTemporary();
-    fchmod(fd, existing.st_mode & 0777);
+    fchmod(fd, existing.permissions);
 }
 
 void OutputFile::openNew(bool force, int reason) {

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/io/FileStatus.h"
 #include "tools/io/RemoveOnSignal.h"
 #include "tools/io/TextBuffer.h"
 
@@ -22,10 +21,10 @@ class OutputFile {
 public:
     /// \param path    "-" is standard output
     /// \param force   whether an existing file may be replaced
-    /// \param inputs  what stat says of the files that must not be overwritten, by whatever name
+    /// \param inputs  the files that must not be overwritten, by whatever name
     /// \throws UsageError when the file exists and \p force is false, is one of \p inputs, is a
     ///         directory, or cannot be written
-    OutputFile(const std::string& path, bool force, const std::vector<struct stat>& inputs);
+    OutputFile(const std::string& path, bool force, const std::vector<FileStatus>& inputs);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     /// Without commit() nothing is left behind.
@@ -53,9 +52,9 @@ public:
 private:
     static constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
 
-    using Inputs = std::vector<struct stat>;
+    using Inputs = std::vector<FileStatus>;
     void openStandardOutput(const Inputs& inputs);
-    void openExisting(const struct stat& existing, bool force, const Inputs& inputs);
+    void openExisting(const FileStatus& existing, bool force, const Inputs& inputs);
     void openNew(bool force, int reason);
     void openDirectly();
     void openTemporary();

@@ -1,40 +1,14 @@
 #include "tools/io/escape.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cstdint>
+
+#include "tools/io/utf8.h"
 
 namespace vextrace::tools {
 
 namespace {
-
-bool isContinuation(unsigned char byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
-// Bytes of the UTF-8 character at the front of the text; 0 where there is none. Overlong forms,
-// surrogates and what is beyond U+10FFFF are none.
-size_t characterLength(std::string_view text) {
-    const auto at = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = at(0);
-    const size_t length = first < 0x80   ? 1
-                          : first < 0xC2 ? 0
-                          : first < 0xE0 ? 2
-                          : first < 0xF0 ? 3
-                          : first < 0xF5 ? 4
-                                         : 0;
-    if (length > text.size()) {
-        return 0;
-    }
-    for (size_t i = 1; i < length; ++i) {
-        if (!isContinuation(at(i))) {
-            return 0;
-        }
-    }
-    const bool misplaced = (first == 0xE0 && at(1) < 0xA0) || (first == 0xED && at(1) > 0x9F) ||
-                           (first == 0xF0 && at(1) < 0x90) || (first == 0xF4 && at(1) > 0x8F);
-    return misplaced ? 0 : length;
-}
 
 // C0 and C1 controls and DEL; the C1 controls are the two-byte characters U+0080 to U+009F.
 bool isControl(std::string_view character) {

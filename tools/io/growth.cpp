@@ -1,6 +1,6 @@
 #include "tools/io/growth.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -24,9 +24,8 @@ bool waitForGrowth(const InputFile& input, uint64_t position) {
     if (!input.size()) {
         return false;
     }
-    struct stat status = {};
-    if (fstat(input.descriptor(), &status) == 0 &&
-        static_cast<uint64_t>(status.st_size) < position) {
+    const std::optional<FileStatus> status = fileStatus(input.descriptor());
+    if (status && status->size < position) {
         throw DataError(fmt::format("{}: became shorter than the {} bytes that were shown",
                                     input.name(), position));
     }

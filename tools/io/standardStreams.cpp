@@ -1,8 +1,10 @@
 #include "tools/io/standardStreams.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include "tools/io/Progress.h"
 
@@ -15,6 +17,15 @@ void holdStandardStreams() {
             static_cast<void>(open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY));
         }
     }
+}
+
+void keepFailingWrites() {
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
+}
+
+bool outputIsTerminal() {
+    return isatty(STDOUT_FILENO) != 0;
 }
 
 void tell(std::string_view text) {

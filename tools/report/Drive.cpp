@@ -1,6 +1,6 @@
 #include "tools/report/Drive.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

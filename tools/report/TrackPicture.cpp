@@ -1,6 +1,6 @@
 #include "tools/report/TrackPicture.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <GeographicLib/Geodesic.hpp>
 #include <algorithm>

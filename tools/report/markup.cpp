@@ -40,22 +40,4 @@ std::string html(std::string_view text) {
     });
 }
 
-// Outside of strings JSON has none of these characters.
-std::string jsonInPage(const nlohmann::json& value) {
-    constexpr bool ASCII = true;
-    const std::string text = value.dump(-1, ' ', ASCII, nlohmann::json::error_handler_t::replace);
-    return replaced(text, [](char c) -> std::string_view {
-        switch (c) {
-            case '&':
-                return "\\u0026";
-            case '<':
-                return "\\u003c";
-            case '>':
-                return "\\u003e";
-            default:
-                return {};
-        }
-    });
-}
-
 }  // namespace vextrace::tools

@@ -2,52 +2,50 @@
 
 #include <cmath>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <numeric>
 #include <optional>
 #include <utility>
 
-#include "tools/report/markup.h"
+#include "tools/io/json.h"
 #include "tools/report/squeeze.h"
 
 namespace vextrace::tools {
 
 namespace {
 
-using nlohmann::json;
 using Drawn = Series::Drawn;
 
 // Scripts hold larger numbers with loss, and read them from texts without.
 constexpr uint64_t LARGEST_NUMBER = uint64_t{1} << 53;
 
-json wholeNumber(uint64_t number) {
-    return number <= LARGEST_NUMBER ? json(number) : json(std::to_string(number));
+Json wholeNumber(uint64_t number) {
+    return number <= LARGEST_NUMBER ? Json(number) : Json(std::to_string(number));
 }
 
 // The value with as many decimals as are shown; null where there is none.
 template <class Number>
-json shown(const std::optional<Number>& value, double precision = 1) {
-    return value ? json(std::round(*value * precision) / precision) : json();
+Json shown(const std::optional<Number>& value, double precision = 1) {
+    return value ? Json(std::round(*value * precision) / precision) : Json();
 }
 
-json shown(const std::optional<unsigned>& value) {
-    return value ? json(*value) : json();
+Json shown(const std::optional<unsigned>& value) {
+    return value ? Json(*value) : Json();
 }
 
 template <class Value>
-json column(const std::vector<Drawn>& drawn, Value value) {
-    json result = json::array();
+Json column(const std::vector<Drawn>& drawn, Value value) {
+    Json result = Json::array();
     for (const Drawn& point : drawn) {
-        result.push_back(value(*point.moment));
+        result.add(value(*point.moment));
     }
     return result;
 }
 
 // Time stamps: the first, and how far each is from the one before, in the largest unit that fits.
-void addTimes(const std::vector<Drawn>& drawn, json& data) {
+void addTimes(const std::vector<Drawn>& drawn, Json& data) {
     std::vector<timeStamp_t> steps;
     timeStamp_t before = drawn.empty() ? 0 : drawn.front().moment->fix.stamp;
-    data["first"] = std::to_string(before);
+    data.add("first", std::to_string(before));
     timeStamp_t unit = 0;
     for (const Drawn& point : drawn) {
         steps.push_back(point.moment->fix.stamp - before);
@@ -55,14 +53,15 @@ void addTimes(const std::vector<Drawn>& drawn, json& data) {
         before = point.moment->fix.stamp;
     }
     unit = std::max<timeStamp_t>(unit, 1);
-    data["unit"] = std::to_string(unit);
-    data["steps"] = json::array();
+    data.add("unit", std::to_string(unit));
+    Json inUnits = Json::array();
     for (const timeStamp_t step : steps) {
-        data["steps"].push_back(wholeNumber(step / unit));
+        inUnits.add(wholeNumber(step / unit));
     }
+    data.add("steps", inUnits);
 }
 
-void addPlaces(const std::vector<Drawn>& drawn, const TrackPicture& picture, json& data) {
+void addPlaces(const std::vector<Drawn>& drawn, const TrackPicture& picture, Json& data) {
     std::vector<int> x;
     std::vector<int> y;
     for (const Drawn& point : drawn) {
@@ -72,25 +71,26 @@ void addPlaces(const std::vector<Drawn>& drawn, const TrackPicture& picture, jso
         x.push_back(spot.x);
         y.push_back(spot.y);
     }
-    data["x"] = x;
-    data["y"] = y;
-    data["metresPerUnit"] = picture.metresPerUnit();
+    data.add("x", x);
+    data.add("y", y);
+    data.add("metresPerUnit", picture.metresPerUnit());
 }
 
 // The names of those that a moment is from, and which one each is from.
 void addTraces(const std::vector<Drawn>& drawn, const std::vector<std::string>& traces,
-               json& data) {
+               Json& data) {
     std::map<size_t, size_t> used;
-    data["traces"] = json::array();
-    data["trace"] = column(drawn, [&](const Moment& moment) {
+    Json names = Json::array();
+    const Json trace = column(drawn, [&](const Moment& moment) {
         const auto [place, isNew] = used.try_emplace(moment.trace, used.size());
         if (isNew) {
-            data["traces"].push_back(traces[moment.trace]);
+            names.add(traces[moment.trace]);
         }
         return place->second;
     });
-    if (used.size() < 2) {
-        data.erase("trace");
+    data.add("traces", names);
+    if (used.size() > 1) {
+        data.add("trace", trace);
     }
 }
 
@@ -110,16 +110,16 @@ std::string asCharacters(const std::string& bytes) {
     return result;
 }
 
-void addTexts(const std::vector<Drawn>& drawn, json& data) {
+void addTexts(const std::vector<Drawn>& drawn, Json& data) {
     std::string texts;
     for (const Drawn& point : drawn) {
         const Moment::Texts shown = point.moment->texts();
         texts += shown.position + '\n' + shown.traceLine + '\n';
     }
-    data["texts"] = asCharacters(squeezed(texts));
-    data["textLength"] = texts.size();
-    data["digits"] = Squeezing::DIGITS;
-    data["shortest"] = Squeezing::SHORTEST;
+    data.add("texts", asCharacters(squeezed(texts)));
+    data.add("textLength", texts.size());
+    data.add("digits", Squeezing::DIGITS);
+    data.add("shortest", Squeezing::SHORTEST);
 }
 
 }  // namespace
@@ -128,29 +128,32 @@ std::string pageData(const std::vector<Drawn>& drawn, const TrackPicture* pictur
                      const std::vector<std::string>& traces) {
     constexpr double HUNDREDTHS = 100;
     constexpr double THOUSANDTHS = 1000;
-    json data;
+    Json data = Json::object();
     addTimes(drawn, data);
     if (picture != nullptr) {
         addPlaces(drawn, *picture, data);
     }
-    data["valid"] = column(drawn, [](const Moment& m) { return m.fix.valid ? 1 : 0; });
-    data["speed"] = column(drawn, [](const Moment& m) { return shown(m.fix.speed, HUNDREDTHS); });
-    data["course"] = column(drawn, [](const Moment& m) { return shown(m.fix.course, HUNDREDTHS); });
-    data["altitude"] =
-        column(drawn, [](const Moment& m) { return shown(m.fix.altitude, THOUSANDTHS); });
-    data["satellites"] = column(drawn, [](const Moment& m) { return shown(m.fix.satellites); });
-    data["quality"] = column(drawn, [](const Moment& m) { return shown(m.fix.quality); });
-    data["hdop"] = column(drawn, [](const Moment& m) { return shown(m.fix.hdop, HUNDREDTHS); });
-    data["message"] = column(drawn, [](const Moment& m) { return m.number; });
+    data.add("valid", column(drawn, [](const Moment& m) { return m.fix.valid ? 1 : 0; }));
+    data.add("speed",
+             column(drawn, [](const Moment& m) { return shown(m.fix.speed, HUNDREDTHS); }));
+    data.add("course",
+             column(drawn, [](const Moment& m) { return shown(m.fix.course, HUNDREDTHS); }));
+    data.add("altitude",
+             column(drawn, [](const Moment& m) { return shown(m.fix.altitude, THOUSANDTHS); }));
+    data.add("satellites", column(drawn, [](const Moment& m) { return shown(m.fix.satellites); }));
+    data.add("quality", column(drawn, [](const Moment& m) { return shown(m.fix.quality); }));
+    data.add("hdop", column(drawn, [](const Moment& m) { return shown(m.fix.hdop, HUNDREDTHS); }));
+    data.add("message", column(drawn, [](const Moment& m) { return m.number; }));
     addTraces(drawn, traces, data);
-    data["breaks"] = json::array();
+    Json breaks = Json::array();
     for (size_t i = 0; i < drawn.size(); ++i) {
         if (drawn[i].breaks != 0) {
-            data["breaks"].push_back({i, drawn[i].breaks});
+            breaks.add(std::vector<uint64_t>{i, drawn[i].breaks});
         }
     }
+    data.add("breaks", breaks);
     addTexts(drawn, data);
-    return jsonInPage(data);
+    return data.text();
 }
 
 }  // namespace vextrace::tools

@@ -1,6 +1,6 @@
 #include "tools/report/shownTexts.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cmath>

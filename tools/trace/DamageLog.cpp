@@ -1,6 +1,6 @@
 #include "tools/trace/DamageLog.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <utility>
 

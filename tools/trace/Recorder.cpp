@@ -1,6 +1,6 @@
 #include "tools/trace/Recorder.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <poll.h>
 
 #include <array>

@@ -1,8 +1,9 @@
 #include "tools/trace/TraceOutput.h"
 
 #include <fcntl.h>
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,8 +32,8 @@ constexpr size_t QUEUE_SIZE = size_t{128} * 1024;
 bool isSame(const struct stat& output, const InputFile& input) {
     const bool matters = S_ISREG(output.st_mode) || S_ISBLK(output.st_mode) ||
                          S_ISFIFO(output.st_mode) || isatty(input.descriptor()) != 0;
-    return matters && output.st_dev == input.identity().st_dev &&
-           output.st_ino == input.identity().st_ino;
+    return matters && output.st_dev == input.identity().device &&
+           output.st_ino == input.identity().number;
 }
 
 // Whether the bytes, in which no message was found, can be the beginning of a GPS message.

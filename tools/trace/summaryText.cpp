@@ -1,6 +1,6 @@
 #include "tools/trace/summaryText.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -15,8 +15,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 constexpr uint64_t NANOSECONDS = 1'000'000'000;
 
@@ -129,18 +127,13 @@ std::string boxText(const std::optional<Box>& box) {
                        box->west > box->east ? ", across the 180th meridian" : "");
 }
 
-template <class Value>
-Json orNull(const std::optional<Value>& value) {
-    return value ? Json(*value) : Json();
-}
-
 Json messagesJson(const Summary& summary) {
     Json byId = Json::array();
     for (const auto& [id, count] : summary.otherById) {
         const std::string_view name = messageName(id);
-        byId.push_back({{"id", static_cast<unsigned>(id)},
-                        {"name", name.empty() ? Json() : Json(name)},
-                        {"count", count}});
+        byId.add(Json{{"id", static_cast<unsigned>(id)},
+                      {"name", name.empty() ? Json() : Json(name)},
+                      {"count", count}});
     }
     return {{"gps", summary.gpsMessages}, {"other", summary.otherMessages}, {"other_by_id", byId}};
 }
@@ -148,7 +141,7 @@ Json messagesJson(const Summary& summary) {
 Json sentencesJson(const Summary& summary) {
     Json byCode = Json::object();
     for (const auto& [code, count] : summary.sentences.byCode()) {
-        byCode[escaped(code)] = count;
+        byCode.add(escaped(code), count);
     }
     return {{"count", summary.sentences.total()},
             {"by_code", byCode},
@@ -161,8 +154,8 @@ Json timeJson(const Summary& summary) {
     const TimeSpan& times = summary.times();
     return {{"first", times.first ? Json(utcText(*times.first)) : Json()},
             {"last", times.last ? Json(utcText(*times.last)) : Json()},
-            {"first_ns", orNull(times.first)},
-            {"last_ns", orNull(times.last)},
+            {"first_ns", Json(times.first)},
+            {"last_ns", Json(times.last)},
             {"without_date", summary.messagesWithoutDate},
             {"steps_back", times.stepsBack}};
 }
@@ -171,9 +164,9 @@ Json gapsJson(const Summary& summary) {
     const TimeSpan& times = summary.times();
     Json list = Json::array();
     for (const Gap& gap : times.gaps) {
-        list.push_back({{"begin", utcText(gap.begin)},
-                        {"end", utcText(gap.end)},
-                        {"seconds", seconds(gap.length())}});
+        list.add(Json{{"begin", utcText(gap.begin)},
+                      {"end", utcText(gap.end)},
+                      {"seconds", seconds(gap.length())}});
     }
     return {{"limit_s", seconds(summary.gapLimit())},
             {"count", times.gapCount},
@@ -211,27 +204,25 @@ std::string summaryText(const Summary& summary) {
     return lines.take();
 }
 
-Json summaryJson(const Summary& summary) {
-    return {{"bytes", summary.bytes},
+Json summaryJson(const Json::Member& head, const Summary& summary) {
+    return {head,
+            {"bytes", summary.bytes},
             {"messages", messagesJson(summary)},
-            {"damage", {{"places", summary.damagedPlaces}, {"bytes", summary.damagedBytes}}},
+            {"damage", Json{{"places", summary.damagedPlaces}, {"bytes", summary.damagedBytes}}},
             {"sentences", sentencesJson(summary)},
             {"time", timeJson(summary)},
             {"gaps", gapsJson(summary)},
-            {"fixes",
-             {{"valid", summary.validFixes},
-              {"not_valid", summary.invalidFixes},
-              {"wrong_checksum", summary.doubtfulFixes},
-              {"repeated", summary.repeatedFixes}}},
-            {"satellites",
-             {{"least", orNull(summary.satellites.least())},
-              {"median", orNull(summary.satellites.median())},
-              {"most", orNull(summary.satellites.most())}}},
+            {"fixes", Json{{"valid", summary.validFixes},
+                           {"not_valid", summary.invalidFixes},
+                           {"wrong_checksum", summary.doubtfulFixes},
+                           {"repeated", summary.repeatedFixes}}},
+            {"satellites", Json{{"least", Json(summary.satellites.least())},
+                                {"median", Json(summary.satellites.median())},
+                                {"most", Json(summary.satellites.most())}}},
             {"distance_m", summary.path.metres()},
-            {"highest_speed_kmh", orNull(summary.speed.greatest)},
-            {"altitude_m",
-             {{"lowest", orNull(summary.altitude.least)},
-              {"highest", orNull(summary.altitude.greatest)}}},
+            {"highest_speed_kmh", Json(summary.speed.greatest)},
+            {"altitude_m", Json{{"lowest", Json(summary.altitude.least)},
+                                {"highest", Json(summary.altitude.greatest)}}},
             {"box", boxJson(summary.positions.box())}};
 }
 

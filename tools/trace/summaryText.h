@@ -1,8 +1,8 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 
+#include "tools/io/json.h"
 #include "tools/trace/Summary.h"
 
 namespace vextrace::tools {
@@ -11,7 +11,8 @@ namespace vextrace::tools {
 /// value.
 std::string summaryText(const Summary& summary);
 
-/// A summary for programs. These keys are stable; a value that is not known is null.
+/// A summary for programs, behind a member that says of what. These keys are stable; a value that
+/// is not known is null.
 ///
 ///     bytes                        of the trace
 ///     messages.gps, .other         counts
@@ -33,6 +34,6 @@ std::string summaryText(const Summary& summary);
 ///     distance_m, highest_speed_kmh
 ///     altitude_m.lowest, .highest
 ///     box.south, .west, .north, .east  degrees; west > east across the 180th meridian; or null
-nlohmann::ordered_json summaryJson(const Summary& summary);
+Json summaryJson(const Json::Member& head, const Summary& summary);
 
 }  // namespace vextrace::tools

@@ -1,6 +1,6 @@
 #include "tools/trace/views.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <charconv>

@@ -1,0 +1,98 @@
+// The only file that includes CLI11, which takes long to compile.
+#include "tools/commands/commandLine.h"
+
+#include <fmt/core.h>
+
+#include <CLI/CLI.hpp>
+#include <sstream>
+#include <type_traits>
+
+#include "libvextrace/version.h"
+#include "tools/commands/commandTable.h"
+#include "tools/commands/suggestion.h"
+#include "tools/io/OutputFile.h"
+#include "tools/io/errors.h"
+#include "tools/io/escape.h"
+
+namespace vextrace::tools {
+
+namespace {
+
+void addOption(CLI::App& command, const OptionEntry& entry) {
+    CLI::Option* option = std::visit(
+        [&](auto* target) {
+            if constexpr (std::is_same_v<decltype(target), bool*>) {
+                return command.add_flag(entry.names, *target, entry.help);
+            } else {
+                return command.add_option(entry.names, *target, entry.help);
+            }
+        },
+        entry.target);
+    option->required(entry.isRequired);
+    if (!entry.value.empty()) {
+        option->type_name(entry.value);
+    }
+    if (!entry.choices.empty()) {
+        option->check(CLI::IsMember(entry.choices));
+    }
+}
+
+void addCommand(CLI::App& app, const CommandEntry& entry) {
+    CLI::App* const command = app.add_subcommand(entry.name, entry.help);
+    for (const OptionEntry& option : entry.options) {
+        addOption(*command, option);
+    }
+}
+
+// Help and version are data: whoever asked for them wants to know when they cannot be written.
+int showHelp(const CLI::App& app, const CLI::ParseError& request) {
+    std::ostringstream text;
+    app.exit(request, text, text);
+    OutputFile out("-", false, {});
+    out.write(text.str());
+    out.commit();
+    return STATUS_OK;
+}
+
+// CLI11 wants the last one first, and takes "[a]" for a list, which "./[a]" is not.
+std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
+    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+    for (std::string& argument : reversed) {
+        if (argument.starts_with('[') && argument.ends_with(']')) {
+            argument.insert(0, "./");
+        }
+    }
+    return reversed;
+}
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    CLI::App app(
+        "Records GPS receivers as traces, and looks at, converts, checks and mends them.\n"
+        "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
+        "vextrace");
+    app.set_version_flag("--version", fmt::format("vextrace {}.{}.{}", VEXTRACE_VERSION_MAJOR,
+                                                  VEXTRACE_VERSION_MINOR, VEXTRACE_VERSION_PATCH));
+    app.require_subcommand(1);
+    const std::vector<CommandEntry> commands = commandTable();
+    for (const CommandEntry& command : commands) {
+        addCommand(app, command);
+    }
+    try {
+        app.parse(forParser(arguments));
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) {
+            return showHelp(app, error);
+        }
+        throw UsageError(unknownName(commands, arguments).value_or(escaped(error.what())));
+    }
+    for (const CommandEntry& command : commands) {
+        if (app.got_subcommand(command.name)) {
+            return command.run();
+        }
+    }
+    return STATUS_USAGE;
+}
+
+}  // namespace vextrace::tools

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vextrace::tools {
+
+/// Runs the command that the arguments name, without the program's name in front.
+/// \return the exit status
+/// \throws UsageError where they cannot be understood, and what the command throws
+int runCommandLine(const std::vector<std::string>& arguments);
+
+}  // namespace vextrace::tools
