@@ -9,6 +9,13 @@ bool endsInLineFeed(std::string_view text) {
     return !text.empty() && text.back() == '\n';
 }
 
+std::string_view textOf(const uint8_t* data, size_t dataSize) {
+    if (data == nullptr && dataSize != 0) {
+        throw std::logic_error("GPSTraceMessage: Null data with a size.");
+    }
+    return {reinterpret_cast<const char*>(data), dataSize};
+}
+
 // In a bare "$G" the third character is the line feed.
 void makeTalkerGP(char* sentence) {
     if (sentence[0] == '$' && sentence[1] == 'G') {
@@ -53,32 +60,23 @@ GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const std::string& recor
 
 GPSTraceMessage::GPSTraceMessage(timeStamp_t timeStamp, const uint8_t* data, size_t dataSize)
     : MessageBase(MSGID_GPS, timeStamp) {
-    if (data == nullptr && dataSize != 0) {
-        throw std::logic_error("GPSTraceMessage: Null data with a size.");
-    }
-    storeSentence({reinterpret_cast<const char*>(data), dataSize});
+    storeSentence(textOf(data, dataSize));
 }
 
-// Where memory fails, no sentence may stand under the time stamp of another message, and no field
-// beside a sentence that it is not from. The copy comes first, so the other may be this one.
-// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp)
+// Whatever may fail comes before the first change. No member is named here, so none can be left
+// out.
 GPSTraceMessage& GPSTraceMessage::operator=(const GPSTraceMessage& other) {
-    Sentences copy(other.gpsStrings);
-    MessageBase::operator=(other);
-    gpsStrings = std::move(copy);
-    try {
-        gprmc = other.gprmc;
-        gpgga = other.gpgga;
-    } catch (...) {
-        gprmc = gprmc_t();
-        gpgga = gpgga_t();
-        throw;
-    }
-    return *this;
+    GPSTraceMessage copy(other);
+    return *this = std::move(copy);
 }
 
 void GPSTraceMessage::addRecord(const std::string& record) {
     storeSentence(record);
+    splitNewSentences();
+}
+
+void GPSTraceMessage::addRecord(const uint8_t* data, size_t dataSize) {
+    storeSentence(textOf(data, dataSize));
     splitNewSentences();
 }
 

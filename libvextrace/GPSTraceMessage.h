@@ -55,15 +55,19 @@
 /// feed is skipped; behind a NUL byte nothing is read; a sentence with inner line feeds comes back
 /// in pieces, each under its own code; for a bare "$G" see addRecord().
 ///
+/// The size field has room for 65,523 bytes of sentences, line feeds included. A message takes and
+/// holds more, but cannot be written then: writing throws InvalidMessageException (IM_INVALID_LEN).
+/// Where input may be that long, see that getSize(), asked through MessageBase, stays below 65,536.
+///
 /// The message owns all its data. Copies are deep. Moving throws nothing and leaves a message that
 /// may be used, whose sentences are not specified. A copy assignment that fails, with
-/// std::bad_alloc only, leaves one that may be used, too: its sentences and all of its header are
-/// those of one of the two messages, the fields of each sentence whole or empty until the next
-/// addRecord() or formatForRDB().
+/// std::bad_alloc only, changes nothing.
 ///
-/// Threads may read one message side by side. Whatever changes it (addRecord(), formatForRDB(),
-/// setTimeStamp(), setHeaderReserved(), restoreHeader(), setMbnr(), cascadeChannel(), assignment)
+/// Threads may read one message side by side. Member functions that are not const change it, and
 /// must not overlap with any other use of the same message. Different messages share nothing.
+///
+/// A type that derives from this one must override clone(): the one inherited copies the
+/// GPSTraceMessage alone.
 class VEXTRACE_EXPORT GPSTraceMessage : public MessageBase {
 public:
     /// The fields of an RMC sentence as text.
@@ -166,7 +170,7 @@ public:
     GPSTraceMessage(const GPSTraceMessage&) = default;
     /// Takes all of the message over.
     GPSTraceMessage(GPSTraceMessage&&) noexcept = default;
-    /// Copies all of the message; what holds when memory fails is told above.
+    /// Copies all of the message; changes nothing where memory fails.
     GPSTraceMessage& operator=(const GPSTraceMessage& other);
     /// Takes all of the message over.
     GPSTraceMessage& operator=(GPSTraceMessage&&) noexcept = default;
@@ -182,16 +186,26 @@ public:
     /// lines is stored whole under the code of its first line. A bare "$G" is stored as "$GP",
     /// without a line feed, and so runs into the next sentence when the message is written.
     ///
-    /// Whether the sentence was stored shows in getSize(), asked through MessageBase before and
-    /// after.
+    /// Whether the sentence was stored shows in getSentences().size(), which then is one more than
+    /// before. A sentence of a code that is held costs a look-up and no allocation; sentences that
+    /// are held are split again only where all their fields were found empty.
+    ///
+    /// No text is too long to be stored, but with it the message may be too long to be written, see
+    /// above.
     ///
     /// \param record  the sentence; copied, any text is taken
-    /// A sentence of a code that is held costs a look-up and nothing else.
-    ///
-    /// \throws std::bad_alloc only. The sentence is then stored whole or not at all; fields that
-    /// could
-    ///         not be split are empty, which the next addRecord() makes good.
+    /// \throws std::bad_alloc only; the sentence is then stored whole or not at all, and fields
+    ///         that could not be split are empty until the next addRecord()
     void addRecord(const std::string& record);
+
+    /// The same from bytes, all of which are taken, NUL bytes included.
+    ///
+    /// \param data      read only, not kept; may be null when \p dataSize is 0
+    /// \param dataSize  bytes readable at \p data
+    /// \throws std::logic_error when \p data is null and \p dataSize is not 0; nothing has changed
+    ///         then
+    /// \throws std::bad_alloc as above
+    void addRecord(const uint8_t* data, size_t dataSize);
 
     /// The held sentence of this code, such as "$GPGSV", as it is stored: with its line feed, the
     /// third character of every talker that begins with G made "P". Empty when there is none. The
@@ -214,11 +228,20 @@ public:
     /// Whether a sentence of this type is held; false for values outside the enumeration.
     bool hasNmeaDataType(nmeaDataType_t type) const;
 
-    /// The fields as of the last addRecord() or formatForRDB(); empty texts before.
+    /// The fields as of the last addRecord() or formatForRDB(); empty texts before. For a message
+    /// that was constructed or decoded see splitRMC().
     gprmc_t getRMC() const;
 
-    /// The fields as of the last addRecord() or formatForRDB(); empty texts before.
+    /// The fields as of the last addRecord() or formatForRDB(); empty texts before. For a message
+    /// that was constructed or decoded see splitGGA().
     gpgga_t getGGA() const;
+
+    /// The fields of the held RMC sentence, split anew; empty texts where none is held. Changes
+    /// nothing, and needs no addRecord() before.
+    gprmc_t splitRMC() const;
+
+    /// The fields of the held GGA sentence, as splitRMC() gives those of RMC.
+    gpgga_t splitGGA() const;
 
     /// Reads the numbers of the held RMC sentence; no addRecord() need have run.
     ///
@@ -243,7 +266,7 @@ public:
     /// hemisphere of latitude and longitude, then the altitude where there is one. From the GGA
     /// sentence when it counts any satellites; else from the RMC sentence when its status is "A",
     /// without altitude; else the empty text. Numbers are written in the C++ global locale.
-    /// Refreshes the fields.
+    /// Refreshes the fields; rdbText() gives the same text and changes nothing.
     ///
     /// A text does not mean that there is a position: empty coordinates give "0°0.000 , 0°0.000 ".
     /// Hemispheres, altitude and unit are the fields as they stand, which in a sentence that was
@@ -251,12 +274,16 @@ public:
     /// not carried into the degrees.
     std::string formatForRDB();
 
+    /// What formatForRDB() returns. Changes nothing, and needs no addRecord() before.
+    std::string rdbText() const;
+
     /// Makes MessageFactory decode messages of this type. True unless another reader holds the id.
     static bool registerMessage() {
         return MessageFactory::registerReader(MSGID_GPS, &readFromByteArray);
     }
 
-    /// A deep copy, owned by the caller; never null.
+    /// A deep copy, owned by the caller; never null. Of a type that derives from this one it copies
+    /// the GPSTraceMessage alone, so such a type needs a clone() of its own.
     GPSTraceMessage* clone() const override;
 
     /// True when \p msg is a GPSTraceMessage that holds exactly the same sentences, byte for byte.
@@ -347,5 +374,6 @@ VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const GPSTraceMessage
 /// Writes the trace line, without line end: the part common to all messages, the column
 /// "  GPS         |", then each held sentence in order of the codes, a blank before it, without
 /// its line feed and one carriage return before that. Numbers come out in hexadecimal, filled with
-/// "0". The stream's flags and fill character are restored, except when it throws.
+/// "0", and grouped where the stream's locale groups digits. The stream's flags and fill character
+/// are restored, except when it throws.
 VEXTRACE_EXPORT std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);

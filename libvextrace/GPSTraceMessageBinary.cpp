@@ -50,15 +50,14 @@ MessageBase* GPSTraceMessage::readFromByteArray(const uint8_t* psrc, size_t len)
     message->restoreHeader(psrc, len);
     message->storeSentence(piece);
 
-    // Parsing once behind the last piece gives the same fields as parsing behind each.
-    bool parse = false;
+    // Splitting once behind the last piece gives the same fields as splitting behind each.
+    bool several = false;
     for (piece = nextPiece(payload); !piece.empty(); piece = nextPiece(payload)) {
         message->storeSentence(piece);
-        parse = true;
+        several = true;
     }
-    if (parse) {
-        message->parseRMC();
-        message->parseGGA();
+    if (several) {
+        message->splitNewSentences();
     }
     return message.release();
 }

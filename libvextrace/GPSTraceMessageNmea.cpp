@@ -33,6 +33,23 @@ void splitFields(NmeaFieldStream& s, std::string_view item, const NmeaField<Fiel
     }
 }
 
+void split(std::string_view sentence, GPSTraceMessage::gprmc_t& gprmc) {
+    NmeaFieldStream s(sentence);
+    std::string_view item;
+    s.readField(item, ',');  // sentence code
+    item = {};
+    splitFields(s, item, RMC_FIELDS, gprmc);
+}
+
+void split(std::string_view sentence, GPSTraceMessage::gpgga_t& gpgga) {
+    NmeaFieldStream s(sentence);
+    std::string_view item;
+    // Unlike in RMC the buffer is meant to keep field 0: where the sentence holds no comma, all of
+    // it becomes the time.
+    s.readField(item, ',');
+    splitFields(s, item, GGA_FIELDS, gpgga);
+}
+
 template <class Fields, size_t COUNT>
 bool isEmpty(const Fields& fields, const NmeaField<Fields> (&table)[COUNT]) {
     return std::all_of(std::begin(table), std::end(table), [&](const NmeaField<Fields>& field) {
@@ -58,11 +75,7 @@ bool GPSTraceMessage::parseRMC() {
     if (iter == gpsStrings.end()) {
         return false;
     }
-    NmeaFieldStream s(iter->second);
-    std::string_view item;
-    s.readField(item, ',');  // sentence code
-    item = {};
-    splitFields(s, item, RMC_FIELDS, gprmc);
+    split(iter->second, gprmc);
     return true;
 }
 
@@ -71,13 +84,21 @@ bool GPSTraceMessage::parseGGA() {
     if (iter == gpsStrings.end()) {
         return false;
     }
-    NmeaFieldStream s(iter->second);
-    std::string_view item;
-    // Unlike in parseRMC the buffer is meant to keep field 0: where the sentence holds no comma,
-    // all of it becomes the time.
-    s.readField(item, ',');
-    splitFields(s, item, GGA_FIELDS, gpgga);
+    split(iter->second, gpgga);
     return true;
+}
+
+// A sentence that is not held is empty, and so are its fields.
+GPSTraceMessage::gprmc_t GPSTraceMessage::splitRMC() const {
+    gprmc_t fields;
+    split(getSentence(GPRMC), fields);
+    return fields;
+}
+
+GPSTraceMessage::gpgga_t GPSTraceMessage::splitGGA() const {
+    gpgga_t fields;
+    split(getSentence(GPGGA), fields);
+    return fields;
 }
 
 bool GPSTraceMessage::getGPRMC(numeric_gprmc_t& numericGprmc) const {

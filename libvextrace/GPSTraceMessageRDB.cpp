@@ -17,40 +17,57 @@ void writeCoordinate(std::ostream& os, const NmeaNumberReader& reader, std::stri
     os << coordinate.deg << "\xC2\xB0" << coordinate.rem << ' ' << hemisphere;
 }
 
+// Writes both coordinates of a structure of fields.
+template <class Fields>
+void writePosition(std::ostream& os, const Fields& fields) {
+    const NmeaNumberReader reader;
+    os << std::fixed << std::setprecision(3);
+    writeCoordinate(os, reader, fields.latitude, fields.latitudeHemisphere);
+    os << ", ";
+    writeCoordinate(os, reader, fields.longitude, fields.longitudeHemisphere);
+}
+
+bool hasPosition(const GPSTraceMessage::gpgga_t& gpgga) {
+    return NmeaNumberReader::integer(gpgga.numberSatellites) != 0;
+}
+
+bool hasPosition(const GPSTraceMessage::gprmc_t& gprmc) {
+    return gprmc.status == "A";
+}
+
+std::string positionText(const GPSTraceMessage::gpgga_t& gpgga) {
+    TextStream line;
+    writePosition(line.os, gpgga);
+    if (!gpgga.antennaAltitude.empty()) {
+        line.os << ", " << gpgga.antennaAltitude << gpgga.antennaAltitudeUnit;
+    }
+    return line.takeText();
+}
+
+std::string positionText(const GPSTraceMessage::gprmc_t& gprmc) {
+    TextStream line;
+    writePosition(line.os, gprmc);
+    return line.takeText();
+}
+
 }  // namespace
 
 std::string GPSTraceMessage::formatForRDB() {
-    std::string_view latitude;
-    std::string_view latitudeHemisphere;
-    std::string_view longitude;
-    std::string_view longitudeHemisphere;
-    std::string_view antennaAltitude;
-    std::string_view antennaAltitudeUnit;
-    if (parseGGA() && NmeaNumberReader::integer(gpgga.numberSatellites) != 0) {
-        latitude = gpgga.latitude;
-        latitudeHemisphere = gpgga.latitudeHemisphere;
-        longitude = gpgga.longitude;
-        longitudeHemisphere = gpgga.longitudeHemisphere;
-        antennaAltitude = gpgga.antennaAltitude;
-        antennaAltitudeUnit = gpgga.antennaAltitudeUnit;
-    } else if (parseRMC() && gprmc.status == "A") {
-        latitude = gprmc.latitude;
-        latitudeHemisphere = gprmc.latitudeHemisphere;
-        longitude = gprmc.longitude;
-        longitudeHemisphere = gprmc.longitudeHemisphere;
-    } else {
-        return {};
+    if (parseGGA() && hasPosition(gpgga)) {
+        return positionText(gpgga);
     }
+    if (parseRMC() && hasPosition(gprmc)) {
+        return positionText(gprmc);
+    }
+    return {};
+}
 
-    const NmeaNumberReader reader;
-    TextStream line;
-    std::ostream& os = line.os;
-    os << std::fixed << std::setprecision(3);
-    writeCoordinate(os, reader, latitude, latitudeHemisphere);
-    os << ", ";
-    writeCoordinate(os, reader, longitude, longitudeHemisphere);
-    if (!antennaAltitude.empty()) {
-        os << ", " << antennaAltitude << antennaAltitudeUnit;
+std::string GPSTraceMessage::rdbText() const {
+    if (const gpgga_t fields = splitGGA(); hasPosition(fields)) {
+        return positionText(fields);
     }
-    return line.takeText();
+    if (const gprmc_t fields = splitRMC(); hasPosition(fields)) {
+        return positionText(fields);
+    }
+    return {};
 }

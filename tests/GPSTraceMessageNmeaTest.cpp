@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <string>
 #include <tuple>
+#include <utility>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "tests/support/doubleBits.h"
@@ -32,16 +34,20 @@ Texts withEmptyFieldsUpTo(size_t count, Texts texts) {
 
 void expectRMC(const std::string& sentence, const Texts& firstFields) {
     OpenMessage message(1, sentence);
-    EXPECT_TRUE(message.parseRMC());
-    EXPECT_EQ(fieldTexts(message.getRMC()), withEmptyFieldsUpTo(12, firstFields))
+    const Texts fields = withEmptyFieldsUpTo(12, firstFields);
+    EXPECT_EQ(fieldTexts(std::as_const(message).splitRMC()), fields)
         << testing::PrintToString(sentence);
+    EXPECT_TRUE(message.parseRMC());
+    EXPECT_EQ(fieldTexts(message.getRMC()), fields) << testing::PrintToString(sentence);
 }
 
 void expectGGA(const std::string& sentence, const Texts& firstFields) {
     OpenMessage message(1, sentence);
-    EXPECT_TRUE(message.parseGGA());
-    EXPECT_EQ(fieldTexts(message.getGGA()), withEmptyFieldsUpTo(14, firstFields))
+    const Texts fields = withEmptyFieldsUpTo(14, firstFields);
+    EXPECT_EQ(fieldTexts(std::as_const(message).splitGGA()), fields)
         << testing::PrintToString(sentence);
+    EXPECT_TRUE(message.parseGGA());
+    EXPECT_EQ(fieldTexts(message.getGGA()), fields) << testing::PrintToString(sentence);
 }
 
 // Values that no sentence of these tests gives.
@@ -213,6 +219,18 @@ TEST(GPSTraceMessageNmeaTest, LeavesTheFieldsWithoutTheSentence) {
     OpenMessage neither;
     EXPECT_FALSE(neither.parseRMC());
     EXPECT_FALSE(neither.parseGGA());
+}
+
+TEST(GPSTraceMessageNmeaTest, SplitsAMessageThatMayNotChange) {
+    const GPSTraceMessage rmc(1, RMC_SENTENCE);
+    EXPECT_EQ(rmc.splitRMC().latitude, "4807.038");
+    EXPECT_EQ(fieldTexts(rmc.splitGGA()), Texts(14));
+    EXPECT_EQ(fieldTexts(rmc.getRMC()), Texts(12));
+
+    const std::unique_ptr<const GPSTraceMessage> gga = rebuild(serialised(0, 1, GGA_SENTENCE));
+    EXPECT_EQ(gga->splitGGA().antennaAltitude, "545.4");
+    EXPECT_EQ(fieldTexts(gga->splitRMC()), Texts(12));
+    EXPECT_EQ(fieldTexts(gga->getGGA()), Texts(14));
 }
 
 TEST(GPSTraceMessageNmeaTest, SplitsNoSentenceOfAnotherTalker) {

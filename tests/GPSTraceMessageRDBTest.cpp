@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <locale>
 #include <string>
+#include <utility>
 
 #include "libvextrace/GPSTraceMessage.h"
+#include "tests/support/GlobalCommaAndDots.h"
 #include "tests/support/fieldTexts.h"
 #include "tests/support/messages.h"
 
@@ -24,42 +25,27 @@ std::string ggaWith(const std::string& satellites, const std::string& position,
            ",46.9,M,,*47\r\n";
 }
 
+// Both ways to the text give the same.
+std::string formatted(GPSTraceMessage message) {
+    const std::string text = std::as_const(message).rdbText();
+    EXPECT_EQ(message.formatForRDB(), text);
+    EXPECT_EQ(std::as_const(message).rdbText(), text);
+    return text;
+}
+
 std::string formatted(const std::string& sentence) {
-    return GPSTraceMessage(1, sentence).formatForRDB();
+    return formatted(GPSTraceMessage(1, sentence));
 }
 
 std::string formatted(const std::string& first, const std::string& second) {
     GPSTraceMessage message(1, first);
     message.addRecord(second);
-    return message.formatForRDB();
+    return formatted(message);
 }
 
 // The position of another place, so that the source of a text shows.
 const std::string OTHER_RMC = rmcWith("A", "3356.111,S,15112.222,W");
 const std::string OTHER_TEXT = "33°56.111 S, 151°12.222 W";
-
-class CommaAndDots : public std::numpunct<char> {
-protected:
-    char do_decimal_point() const override { return ','; }
-    char do_thousands_sep() const override { return '.'; }
-    std::string do_grouping() const override { return "\3"; }
-};
-
-// Puts a C++ global locale with comma and grouping in force as long as it lives. It has no name,
-// so that the C locale stays.
-class GlobalCommaAndDots {
-public:
-    GlobalCommaAndDots()
-        : previous(std::locale::global(std::locale(std::locale::classic(), new CommaAndDots))) {}
-    ~GlobalCommaAndDots() { std::locale::global(previous); }
-    GlobalCommaAndDots(const GlobalCommaAndDots&) = delete;
-    GlobalCommaAndDots(GlobalCommaAndDots&&) = delete;
-    GlobalCommaAndDots& operator=(const GlobalCommaAndDots&) = delete;
-    GlobalCommaAndDots& operator=(GlobalCommaAndDots&&) = delete;
-
-private:
-    std::locale previous;
-};
 
 }  // namespace
 
@@ -120,7 +106,7 @@ TEST(GPSTraceMessageRDBTest, TakesAnRMCOfStatusAAlone) {
 }
 
 TEST(GPSTraceMessageRDBTest, GivesTheEmptyTextWithoutEitherSentence) {
-    EXPECT_EQ(GPSTraceMessage().formatForRDB(), "");
+    EXPECT_EQ(formatted(GPSTraceMessage()), "");
     EXPECT_EQ(formatted(""), "");
     EXPECT_EQ(formatted("$PGRME,15.0,M,45.0,M", "$HCHDG,101.1"), "");
     EXPECT_EQ(formatted("$GPRMC"), "");
@@ -200,6 +186,17 @@ TEST(GPSTraceMessageRDBTest, RefreshesTheFieldsOfASentenceThatIsNotUsed) {
     EXPECT_EQ(rmc.getRMC().status, "V");
 }
 
+TEST(GPSTraceMessageRDBTest, LeavesAMessageThatMayNotChange) {
+    const GPSTraceMessage gga(1, GGA_SENTENCE);
+    EXPECT_EQ(gga.rdbText(), "48°7.038 N, 11°31.000 E, 545.4M");
+    EXPECT_EQ(fieldTexts(gga.getGGA()), Texts(14));
+
+    const GPSTraceMessage rmc(1, RMC_SENTENCE);
+    EXPECT_EQ(rmc.rdbText(), POSITION_TEXT);
+    EXPECT_EQ(fieldTexts(rmc.getRMC()), Texts(12));
+    EXPECT_EQ(payloadOf(rmc), RMC_SENTENCE + "\n");
+}
+
 TEST(GPSTraceMessageRDBTest, FormatsTheSameAgainAndLeavesTheSentences) {
     GPSTraceMessage message(1, OTHER_RMC);
     message.addRecord(GGA_SENTENCE);
@@ -214,6 +211,7 @@ TEST(GPSTraceMessageRDBTest, WritesNumbersInTheGlobalLocaleOfTheCall) {
     {
         const GlobalCommaAndDots locale;
         EXPECT_EQ(message.formatForRDB(), "65.488°-6.553.607,038 N, 11°31,000 E, 1545.4M");
+        EXPECT_EQ(message.rdbText(), "65.488°-6.553.607,038 N, 11°31,000 E, 1545.4M");
         EXPECT_EQ(formatted(RMC_SENTENCE), "48°7,038 N, 11°31,000 E");
     }
     EXPECT_EQ(message.formatForRDB(), "65488°-6553607.038 N, 11°31.000 E, 1545.4M");

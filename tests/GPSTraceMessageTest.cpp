@@ -237,6 +237,14 @@ TEST(GPSTraceMessageTest, HoldsTheRecordThatIsAdded) {
     }
 }
 
+TEST(GPSTraceMessageTest, HoldsTheBytesThatAreAdded) {
+    for (const Storing& storing : STORINGS) {
+        GPSTraceMessage message;
+        message.addRecord(dataOf(storing.record), storing.record.size());
+        EXPECT_EQ(payloadOf(message), storing.stored);
+    }
+}
+
 TEST(GPSTraceMessageTest, TakesIDAndTimeStampWhenBuilt) {
     const GPSTraceMessage fromText(TIME_STAMP, RMC_SENTENCE);
     EXPECT_EQ(fromText.getMsgID(), MSGID_GPS);
@@ -250,6 +258,9 @@ TEST(GPSTraceMessageTest, TakesNoMoreBytesThanGiven) {
     const std::string data = "$GPRMC,1\n$GPGGA,2\n";
     EXPECT_EQ(payloadOf(GPSTraceMessage(0, dataOf(data), 8)), "$GPRMC,1\n");
     EXPECT_EQ(payloadOf(GPSTraceMessage(0, dataOf(data), 0)), "\n");
+    GPSTraceMessage message;
+    message.addRecord(dataOf(data), 8);
+    EXPECT_EQ(payloadOf(message), "$GPRMC,1\n");
 }
 
 TEST(GPSTraceMessageTest, RefusesNullDataWithASize) {
@@ -263,8 +274,22 @@ TEST(GPSTraceMessageTest, RefusesNullDataWithASize) {
     }
 }
 
+TEST(GPSTraceMessageTest, StaysAsItIsWhereNullDataWithASizeIsAdded) {
+    GPSTraceMessage message(TIME_STAMP, RMC_SENTENCE);
+    try {
+        message.addRecord(nullptr, 1);
+        ADD_FAILURE() << "added from null";
+    } catch (const std::logic_error& error) {
+        EXPECT_STREQ(error.what(), "GPSTraceMessage: Null data with a size.");
+    }
+    expectSame(message, GPSTraceMessage(TIME_STAMP, RMC_SENTENCE));
+}
+
 TEST(GPSTraceMessageTest, TakesNullDataWithoutSizeForAnEmptyText) {
     EXPECT_EQ(payloadOf(GPSTraceMessage(0, nullptr, 0)), "\n");
+    GPSTraceMessage message;
+    message.addRecord(nullptr, 0);
+    EXPECT_EQ(payloadOf(message), "\n");
 }
 
 TEST(GPSTraceMessageTest, OwnsItsSentences) {
@@ -290,6 +315,22 @@ TEST(GPSTraceMessageTest, SplitsAllHeldSentencesWhenOneIsAdded) {
     message.addRecord(GGA_SENTENCE);
     EXPECT_EQ(fieldTexts(message.getRMC()), RMC_TEXTS);
     EXPECT_EQ(fieldTexts(message.getGGA()), GGA_TEXTS);
+}
+
+TEST(GPSTraceMessageTest, SplitsAllHeldSentencesWhenBytesAreAdded) {
+    GPSTraceMessage message(TIME_STAMP, RMC_SENTENCE);
+    message.addRecord(dataOf(GGA_SENTENCE), GGA_SENTENCE.size());
+    EXPECT_EQ(fieldTexts(message.getRMC()), RMC_TEXTS);
+    EXPECT_EQ(fieldTexts(message.getGGA()), GGA_TEXTS);
+}
+
+TEST(GPSTraceMessageTest, TellsByItsNumberOfSentencesWhetherOneWasStored) {
+    GPSTraceMessage message(TIME_STAMP, RMC_SENTENCE);
+    EXPECT_EQ(message.getSentences().size(), 1U);
+    message.addRecord("$GLRMC,1");
+    EXPECT_EQ(message.getSentences().size(), 1U);
+    message.addRecord(PROPRIETARY);
+    EXPECT_EQ(message.getSentences().size(), 2U);
 }
 
 TEST(GPSTraceMessageTest, SplitsTheFirstSentenceWhenAnUnrelatedOneIsAdded) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "libvextrace/GPSTraceMessage.h"
+#include "tests/support/GlobalCommaAndDots.h"
 #include "tests/support/messages.h"
 
 using namespace std::string_literals;
@@ -365,6 +366,15 @@ TEST(GPSTraceMessageTextTest, NumbersAreWrittenInTheLocaleOfTheStream) {
     written << message;
     EXPECT_EQ(written.str(), printed.str());
     EXPECT_EQ(toString(message), BASE_PART + COLUMN + " $GPRMC,A");
+}
+
+TEST(GPSTraceMessageTextTest, ToStringWritesNumbersInTheGlobalLocaleOfTheCall) {
+    const GPSTraceMessage message(0x0A9BC98150068600, "$GPRMC,A");
+    {
+        const GlobalCommaAndDots locale;
+        EXPECT_EQ(toString(message), "a9b.c98.150.068.600 00000000" + COLUMN + " $GPRMC,A");
+    }
+    EXPECT_EQ(toString(message), "0a9bc98150068600 00000000" + COLUMN + " $GPRMC,A");
 }
 
 TEST(GPSTraceMessageTextTest, ToStringGivesTheTextOfPrint) {

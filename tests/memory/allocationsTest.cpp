@@ -121,6 +121,8 @@ TEST_F(AllocationsTest, AskingTakesNone) {
         {"getGPGGA", 0, [&] { message.getGPGGA(gpgga); }},
         {"getRMC of short fields", 0, [&] { length += message.getRMC().latitude.size(); }},
         {"getGGA of short fields", 0, [&] { length += message.getGGA().latitude.size(); }},
+        {"splitRMC of short fields", 0, [&] { length += message.splitRMC().latitude.size(); }},
+        {"splitGGA of short fields", 0, [&] { length += message.splitGGA().latitude.size(); }},
         {"getString", 1, [&] { length += message.getString().size(); }},
         {"getSourceChannel", 0, [&] { length += message.getSourceChannel().size(); }},
         {"operator==", 0, [&] { length += message == same ? 1U : 0U; }},
@@ -193,6 +195,8 @@ TEST_F(AllocationsTest, TextsTakeNoMoreThanAStringThatDoublesItsRoom) {
     EXPECT_LE(allocationsOf([&] { length = base.toString().size(); }), 5U);
     EXPECT_EQ(length, 252U);
     EXPECT_LE(allocationsOf([&] { length = message.formatForRDB().size(); }), 2U);
+    EXPECT_EQ(length, 33U);
+    EXPECT_LE(allocationsOf([&] { length = message.rdbText().size(); }), 2U);
     EXPECT_EQ(length, 33U);
 }
 

@@ -226,6 +226,18 @@ void compareDumps(Comparison& comparison, const MessagePair& pair, const StreamS
         [&model](std::ostream& os) { GPSModel::dumpGga(os, model.gga); });
 }
 
+void compareSplits(Comparison& comparison, const MessagePair& pair) {
+    const Comparison::Place place(comparison, "split");
+    GPSModel split = pair.model;
+    split.rmc = {};
+    split.gga = {};
+    split.addRecord("");  // splits what is held
+    compareFieldTexts(comparison, "RMC", fieldTexts(pair.library->splitRMC()), split.rmc.texts());
+    compareFieldTexts(comparison, "GGA", fieldTexts(pair.library->splitGGA()), split.gga.texts());
+    comparison.equal("RDB text", pair.library->rdbText(), split.formatForRDB());
+    compareFields(comparison, pair);
+}
+
 void compareRdb(Comparison& comparison, MessagePair& pair) {
     const Comparison::Place place(comparison, "RDB");
     comparison.equal("RDB text", pair.library->formatForRDB(), pair.model.formatForRDB());
@@ -257,6 +269,7 @@ void compareAll(Comparison& comparison, const MessagePair& pair) {
     pair.model.print(line);
     const MessageBase& base = *pair.library;
     comparison.equal("toString", base.toString(), line.str());
+    compareSplits(comparison, pair);
 
     const Comparison::Place place(comparison, "clone");
     MessagePair copy = cloned(pair);

@@ -36,6 +36,9 @@ void compareWritingShortBy(Comparison& comparison, const MessagePair& pair, size
 void compareTraceLine(Comparison& comparison, const MessagePair& pair, const StreamState& state);
 void compareDumps(Comparison& comparison, const MessagePair& pair, const StreamState& state);
 
+/// Compares the fields and the text for the RDB output that leave the message as it is.
+void compareSplits(Comparison& comparison, const MessagePair& pair);
+
 /// Compares the text for the RDB output. Changes the pair: the fields are refreshed.
 void compareRdb(Comparison& comparison, MessagePair& pair);
 

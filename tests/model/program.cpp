@@ -193,8 +193,13 @@ private:
         }
     }
 
+    // As text or as bytes, which is the same.
     static void add(MessagePair& pair, const std::string& record) {
-        pair.library->addRecord(record);
+        if (record.size() % 2 == 0) {
+            pair.library->addRecord(record);
+        } else {
+            pair.library->addRecord(reinterpret_cast<const uint8_t*>(record.data()), record.size());
+        }
         pair.model.addRecord(record);
     }
 
