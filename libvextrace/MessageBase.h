@@ -32,9 +32,8 @@ enum invalidMsgHandling_t {
 ///          +------+------+----------+------------+---------------------------+
 ///          all numbers big-endian; size counts every byte behind itself
 ///
-/// A message owns all its data. It may be read by several threads at once while none changes it;
-/// setTimeStamp(), setHeaderReserved(), restoreHeader(), setMbnr(), cascadeChannel() and assignment
-/// change it, and so do operations of the derived types, which say so.
+/// A message owns all its data. It may be read by several threads at once while none changes it, as
+/// member functions that are not const do.
 class VEXTRACE_EXPORT MessageBase {
 public:
     /// Byte positions in the header above.
@@ -68,7 +67,8 @@ public:
     /// Virtual: a message may be deleted through its base.
     virtual ~MessageBase();
 
-    /// A deep copy of the same type, owned by the caller; never null.
+    /// A deep copy of the same type, owned by the caller; never null. Each type overrides it, also
+    /// one that derives from another: the clone() of that one would copy its part alone.
     virtual MessageBase* clone() const = 0;
 
     /// Writes the message in its byte-array form; this base part writes the header alone, and
@@ -97,10 +97,14 @@ public:
 
     /// Writes the message as one line of text, without line end, and returns \p os. This is the way
     /// to print a message of any type; the stream operator of MessageBase writes the common part
-    /// alone.
+    /// alone. Numbers are written in the stream's locale, which is the C++ global locale of the
+    /// time when the stream was made unless one is imbued: where that one groups digits,
+    /// hexadecimal numbers are grouped, too. For lines that programs read, imbue
+    /// std::locale::classic().
     virtual std::ostream& print(std::ostream& os) const = 0;
 
-    /// The text that print() writes to a stream in its default state.
+    /// The text that print() writes to a stream in its default state, and so in the C++ global
+    /// locale: the library sets none. See print().
     virtual std::string toString() const = 0;
 
     /// Name of the source, such as "GPS".

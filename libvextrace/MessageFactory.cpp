@@ -57,7 +57,9 @@ std::unique_ptr<MessageBase> readMessage(const uint8_t* psrc, size_t messageLeng
     const MessageFactory::Reader reader = MessageFactory::getReader(id);
     if (reader == nullptr) {
         throw InvalidMessageException(IM_INVALID_MSGID,
-                                      "MessageFactory: No reader for the message id.", id);
+                                      "MessageFactory: No reader for the message id; "
+                                      "registerMessage() of its type registers one.",
+                                      id);
     }
     std::unique_ptr<MessageBase> message(reader(psrc, messageLength));
     if (message == nullptr) {

@@ -59,10 +59,14 @@ struct FramedMessage {
 /// Only the framing of one message is known. A damaged size field that still fits the range can
 /// swallow the messages behind it without an error.
 ///
-/// Threads may register and decode at the same time, and so may both sides of a fork. The readers
-/// are those of one library: where a static library is linked into two shared objects, each has
-/// its own, and a reader that one registers is unknown to the other. Link both with the shared
-/// library then. MessageBase::invalidHandling is a plain variable: set it before threads decode.
+/// Threads may register and decode at the same time. The factory takes no lock of its own that the
+/// child of a fork could wait for; but it allocates, and whether a child of several threads may do
+/// that is up to the system's malloc.
+///
+/// The readers are those of one library: where a static library is linked into two shared objects,
+/// each has its own, and a reader that one registers is unknown to the other. Link both with the
+/// shared library then. MessageBase::invalidHandling is a plain variable: set it before threads
+/// decode.
 class VEXTRACE_EXPORT MessageFactory {
 public:
     /// There are no factories; all functions are static.
@@ -106,10 +110,14 @@ public:
     /// Decodes the first message of the \p len bytes at \p psrc. Header, size field and range are
     /// checked against each other before anything else is read.
     ///
+    /// The bytes are taken to be all there are: of a buffer that still grows, ask frame() first.
+    /// The beginning of a message is an error here, which takes all of the range with it.
+    ///
     /// Not decodable, with the cause and value that the error carries:
     /// - fewer than 14 bytes: IM_INVALID_LEN, the number of bytes
     /// - a size field below 12 or beyond the range: IM_INVALID_LEN, the size field
-    /// - no reader for the id: IM_INVALID_MSGID, the id
+    /// - no reader for the id, as registerMessage() of the message's type registers it:
+    ///   IM_INVALID_MSGID, the id
     /// - the reader throws InvalidMessageException: that exception
     /// - the reader returns null: IM_MISC, 0
     ///

@@ -10,8 +10,7 @@
 
 /// The byte-array form of \p message: all its bytes, with the header, and no others.
 ///
-/// \throws InvalidMessageException (IM_INVALID_LEN) when the message is too long for its size
-/// field,
+/// \throws InvalidMessageException (IM_INVALID_LEN) when the message does not fit its size field,
 ///         see MessageBase::writeToByteArray()
 VEXTRACE_EXPORT std::vector<uint8_t> serialise(const MessageBase& message);
 

@@ -112,7 +112,8 @@ struct Refusal {
 constexpr char WITHIN_HEADER[] = "MessageFactory: The bytes end within the header.";
 constexpr char SIZE_TOO_SMALL[] = "MessageFactory: The size field is too small for the header.";
 constexpr char WITHIN_MESSAGE[] = "MessageFactory: The bytes end within the message.";
-constexpr char NO_READER[] = "MessageFactory: No reader for the message id.";
+constexpr char NO_READER[] =
+    "MessageFactory: No reader for the message id; registerMessage() of its type registers one.";
 constexpr char NO_MESSAGE[] = "MessageFactory: The reader gave no message.";
 constexpr char REFUSED[] = "Refused by the reader.";
 
