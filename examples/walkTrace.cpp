@@ -27,6 +27,12 @@ bool readMessage(std::istream& trace, std::vector<uint8_t>& bytes) {
     return front.framing == FRAMING_COMPLETE;
 }
 
+// Complains and gives the status of a program that failed.
+int failed(const char* what, const char* name) {
+    std::cerr << "walkTrace: " << what << ' ' << name << '\n';
+    return 1;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -36,6 +42,9 @@ int main(int argc, char* argv[]) {
     }
     GPSTraceMessage::registerMessage();
     std::ifstream trace(argv[1], std::ios::binary);
+    if (!trace) {
+        return failed("cannot open", argv[1]);
+    }
     std::map<std::string, size_t> counts;
     std::vector<uint8_t> bytes;
     while (readMessage(trace, bytes)) {
@@ -54,5 +63,8 @@ int main(int argc, char* argv[]) {
     for (const auto& [code, count] : counts) {
         std::cout << code << ' ' << count << '\n';
     }
-    return bytes.empty() ? 0 : 1;  // what is left over is no whole message
+    if (trace.bad()) {
+        return failed("cannot read", argv[1]);  // say, a folder
+    }
+    return bytes.empty() ? 0 : failed("no whole message at the end of", argv[1]);
 }

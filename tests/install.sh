@@ -27,8 +27,8 @@ build_library() {
 
 # public_headers: those of the sources, and those that the build makes.
 public_headers() {
-    (cd "$source_dir" && find libvextrace libvexutil -name '*.h' -not -path '*/internal/*')
-    printf '%s\n' libvextrace/export.h libvexutil/export.h
+    (cd "$source_dir" && find libvex* -name '*.h' -not -path '*/internal/*')
+    printf '%s\n' libvex{stream,trace,util}/export.h
 }
 
 # install_and_move NAME: installs to another prefix than the configured one, and moves that.
@@ -46,7 +46,7 @@ check_shared_library() {
     expect "SONAME" "lib$2.so.${version%%.*}" \
         "$(readelf -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
     shown=$(nm -D --defined-only -C "$library")
-    if grep 'vextrace::' <<<"$shown" >&2; then
+    if grep 'vextrace::internal::' <<<"$shown" >&2; then
         fail "$library shows internals"
     fi
 }
@@ -79,9 +79,22 @@ check_uninstall() {
 build_library static -DCMAKE_INSTALL_LIBDIR=lib
 build_library shared -DCMAKE_INSTALL_LIBDIR=lib64 -DBUILD_SHARED_LIBS=ON
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$work/static/CMakeCache.txt")
-grep -q "^## \[$version\]" "$source_dir/CHANGELOG.md" || fail "CHANGELOG.md lacks $version"
+grep -qE "^## \[($version|Unreleased)\]" "$source_dir/CHANGELOG.md" ||
+    fail "CHANGELOG.md lacks $version"
+
+# check_components NAME KIND: a component that is not there is refused with what is.
+check_components() {
+    if cmake -S "$source_dir/tests/install" -B "$work/nonsense" -DVEXTRACE_WAY=package \
+        -DVEXTRACE_SOURCE="$source_dir" -DCMAKE_CXX_COMPILER="$compiler" \
+        -DCMAKE_PREFIX_PATH="$work/moved/$1" -DVEXTRACE_COMPONENTS=nonsense >"$work/log" 2>&1; then
+        fail "the component nonsense is found"
+    fi
+    tr -s ' \n' ' ' <"$work/log" | grep -qF "The components wanted are \"nonsense\". A component \
+is a kind of library, and installed here are \"$2\"." || { cat "$work/log" >&2; fail "no such hint"; }
+}
 
 install_and_move static
+check_components static static
 use_cmake package static -DCMAKE_PREFIX_PATH="$work/moved/static"
 use_pkg_config static "$work/moved/static/lib"
 check_link_flags "$work/moved/static/lib"

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "libvextrace/GPSTraceMessage.h"
+#include "libvextrace/version.h"
 #include "libvexutil/datablock.h"
 
 namespace {
@@ -45,6 +46,11 @@ bool castsAMessageThatTheLibraryMade() {
            dynamic_cast<GPSTraceMessage*>(decoded.message.get()) == nullptr;
 }
 
+// The headers and the library are of one installation.
+bool learnsTheVersionOfTheLibrary() {
+    return vextrace::version() == VEXTRACE_VERSION;
+}
+
 struct DegreeReader : GPSTraceMessage {
     using GPSTraceMessage::coordinateToDouble;
 };
@@ -66,6 +72,7 @@ int main() {
         {"throw what the library catches", &throwsWhatTheLibraryCatches},
         {"cast a message that the library made", &castsAMessageThatTheLibraryMade},
         {"derive from the library", &derivesFromTheLibrary},
+        {"learn the version of the library", &learnsTheVersionOfTheLibrary},
     };
     int failures = 0;
     for (const auto& check : checks) {

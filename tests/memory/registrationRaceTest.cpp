@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "libvextrace/MessageFactory.h"
@@ -32,13 +33,18 @@ bool registerDuring(void (*other)(), msgid_t id, MessageFactory::Reader reader) 
 }
 
 constexpr unsigned THREADS = 2;
+constexpr std::chrono::seconds PATIENCE{60};
 std::atomic<unsigned> arrivals{0};
+std::atomic<bool> isAlone{false};
 
-// Waits for the other thread to come as far; not for ever, as it may never do.
+// Waits for the other thread to come as far. Where registration lets only one of them come here,
+// the test must fail, not hang.
 void waitForTheOther() {
     const unsigned round = arrivals++ / THREADS;
-    for (int patience = 0; patience < 1000 && arrivals < (round + 1) * THREADS; ++patience) {
+    const auto end = std::chrono::steady_clock::now() + PATIENCE;
+    while (arrivals < (round + 1) * THREADS && !isAlone) {
         std::this_thread::yield();
+        isAlone = isAlone || std::chrono::steady_clock::now() > end;
     }
 }
 
@@ -70,6 +76,7 @@ TEST(RegistrationRaceTest, GivesEachIDToOneOfTwoThreadsThatMeet) {
     constexpr unsigned IDS = 100;
     std::atomic<unsigned> winners[IDS] = {};
     arrivals = 0;
+    isAlone = false;
     runAtOnce(THREADS, IDS, [&winners](unsigned thread, unsigned round) {
         failingMemory::duringAllocations(waitForTheOther);
         if (MessageFactory::registerReader(testID(100 + round),
@@ -78,6 +85,8 @@ TEST(RegistrationRaceTest, GivesEachIDToOneOfTwoThreadsThatMeet) {
         }
     });
     failingMemory::duringAllocations(nullptr);
+    EXPECT_FALSE(isAlone);
+    EXPECT_EQ(arrivals, THREADS * IDS);  // both were at each entry at once
     for (unsigned i = 0; i < IDS; ++i) {
         EXPECT_EQ(winners[i], 1U) << i;
         EXPECT_NE(MessageFactory::getReader(testID(100 + i)), nullptr) << i;
