@@ -138,13 +138,12 @@ timeStamp_t EpochBuilder::stamp() const {
 }
 
 void EpochBuilder::build(const Draft& draft) {
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(text.data());
     const Entry* entry = &entries[draft.first];
-    record.assign(text, entry->begin, entry->size);
-    GPSTraceMessage message(part.stamp, record);
+    GPSTraceMessage message(part.stamp, bytes + entry->begin, entry->size);
     while (entry->next != NO_ENTRY) {
         entry = &entries[entry->next];
-        record.assign(text, entry->begin, entry->size);
-        message.addRecord(record);
+        message.addRecord(bytes + entry->begin, entry->size);
     }
     appendSerialised(message, part.bytes);
 }

@@ -116,7 +116,6 @@ private:
     std::optional<uint64_t> lastTime;  // nanoseconds since midnight
 
     Part part;
-    std::string record;  // for the library, which takes strings
 };
 
 }  // namespace vextrace

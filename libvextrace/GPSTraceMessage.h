@@ -277,6 +277,10 @@ public:
     /// What formatForRDB() returns. Changes nothing, and needs no addRecord() before.
     std::string rdbText() const;
 
+    /// The same from this sentence alone: the empty text where it is not held or gives no position,
+    /// and for values outside the enumeration.
+    std::string rdbText(nmeaDataType_t sentence) const;
+
     /// Makes MessageFactory decode messages of this type. True unless another reader holds the id.
     static bool registerMessage() {
         return MessageFactory::registerReader(MSGID_GPS, &readFromByteArray);

@@ -17,16 +17,6 @@ void writeCoordinate(std::ostream& os, const NmeaNumberReader& reader, std::stri
     os << coordinate.deg << "\xC2\xB0" << coordinate.rem << ' ' << hemisphere;
 }
 
-// Writes both coordinates of a structure of fields.
-template <class Fields>
-void writePosition(std::ostream& os, const Fields& fields) {
-    const NmeaNumberReader reader;
-    os << std::fixed << std::setprecision(3);
-    writeCoordinate(os, reader, fields.latitude, fields.latitudeHemisphere);
-    os << ", ";
-    writeCoordinate(os, reader, fields.longitude, fields.longitudeHemisphere);
-}
-
 bool hasPosition(const GPSTraceMessage::gpgga_t& gpgga) {
     return NmeaNumberReader::integer(gpgga.numberSatellites) != 0;
 }
@@ -35,39 +25,58 @@ bool hasPosition(const GPSTraceMessage::gprmc_t& gprmc) {
     return gprmc.status == "A";
 }
 
-std::string positionText(const GPSTraceMessage::gpgga_t& gpgga) {
-    TextStream line;
-    writePosition(line.os, gpgga);
+void writeAltitude(std::ostream& os, const GPSTraceMessage::gpgga_t& gpgga) {
     if (!gpgga.antennaAltitude.empty()) {
-        line.os << ", " << gpgga.antennaAltitude << gpgga.antennaAltitudeUnit;
+        os << ", " << gpgga.antennaAltitude << gpgga.antennaAltitudeUnit;
     }
-    return line.takeText();
 }
 
-std::string positionText(const GPSTraceMessage::gprmc_t& gprmc) {
+void writeAltitude(std::ostream& /*os*/, const GPSTraceMessage::gprmc_t& /*gprmc*/) {}
+
+// Empty where there is no position, and never where there is one.
+template <class Fields>
+std::string positionText(const Fields& fields) {
+    if (!hasPosition(fields)) {
+        return {};
+    }
+    const NmeaNumberReader reader;
     TextStream line;
-    writePosition(line.os, gprmc);
+    std::ostream& os = line.os;
+    os << std::fixed << std::setprecision(3);
+    writeCoordinate(os, reader, fields.latitude, fields.latitudeHemisphere);
+    os << ", ";
+    writeCoordinate(os, reader, fields.longitude, fields.longitudeHemisphere);
+    writeAltitude(os, fields);
     return line.takeText();
 }
 
 }  // namespace
 
 std::string GPSTraceMessage::formatForRDB() {
-    if (parseGGA() && hasPosition(gpgga)) {
-        return positionText(gpgga);
+    std::string rdb;
+    if (parseGGA()) {
+        rdb = positionText(gpgga);
     }
-    if (parseRMC() && hasPosition(gprmc)) {
-        return positionText(gprmc);
+    if (rdb.empty() && parseRMC()) {
+        rdb = positionText(gprmc);
     }
-    return {};
+    return rdb;
 }
 
 std::string GPSTraceMessage::rdbText() const {
-    if (const gpgga_t fields = splitGGA(); hasPosition(fields)) {
-        return positionText(fields);
+    std::string rdb = rdbText(NMEA_DATA_GPGGA);
+    if (rdb.empty()) {
+        rdb = rdbText(NMEA_DATA_GPRMC);
     }
-    if (const gprmc_t fields = splitRMC(); hasPosition(fields)) {
-        return positionText(fields);
+    return rdb;
+}
+
+std::string GPSTraceMessage::rdbText(nmeaDataType_t sentence) const {
+    switch (sentence) {
+        case NMEA_DATA_GPRMC:
+            return positionText(splitRMC());
+        case NMEA_DATA_GPGGA:
+            return positionText(splitGGA());
     }
     return {};
 }

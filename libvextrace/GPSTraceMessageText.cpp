@@ -1,12 +1,14 @@
 #include <ostream>
-#include <string_view>
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "libvextrace/internal/TextStream.h"
 #include "libvextrace/internal/TraceFormat.h"
 #include "libvextrace/internal/nmeaFields.h"
+#include "libvextrace/internal/traceLine.h"
 
+using vextrace::internal::GPS_COLUMN;
 using vextrace::internal::NmeaField;
+using vextrace::internal::shownSentence;
 using vextrace::internal::TextStream;
 using vextrace::internal::TraceFormat;
 
@@ -23,16 +25,6 @@ std::ostream& dumpFields(std::ostream& os, const NmeaField<Fields> (&table)[COUN
     return os;
 }
 
-// Removes the last character, whatever it is: the line feed of every sentence but a bare "$G",
-// which is stored as "$GP" and meant to be shown as "$G".
-std::string_view withoutLineEnd(std::string_view sentence) {
-    sentence.remove_suffix(1);
-    if (!sentence.empty() && sentence.back() == '\r') {
-        sentence.remove_suffix(1);
-    }
-    return sentence;
-}
-
 }  // namespace
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gprmc_t& g) {
@@ -45,9 +37,9 @@ std::ostream& operator<<(std::ostream& os, const GPSTraceMessage::gpgga_t& g) {
 
 std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps) {
     TraceFormat format(os);
-    os << static_cast<const MessageBase&>(gps) << "  GPS         |";
+    os << static_cast<const MessageBase&>(gps) << GPS_COLUMN;
     for (const auto& entry : gps.gpsStrings) {
-        os << ' ' << withoutLineEnd(entry.second);
+        os << ' ' << shownSentence(entry.second);
     }
     format.restore();
     return os;

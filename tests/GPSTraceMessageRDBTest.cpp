@@ -186,6 +186,18 @@ TEST(GPSTraceMessageRDBTest, RefreshesTheFieldsOfASentenceThatIsNotUsed) {
     EXPECT_EQ(rmc.getRMC().status, "V");
 }
 
+TEST(GPSTraceMessageRDBTest, FormatsTheSentenceThatIsAskedForAlone) {
+    GPSTraceMessage message(1, OTHER_RMC);
+    EXPECT_EQ(message.rdbText(GPSTraceMessage::NMEA_DATA_GPGGA), "");
+    message.addRecord(GGA_SENTENCE);
+    EXPECT_EQ(message.rdbText(GPSTraceMessage::NMEA_DATA_GPRMC), OTHER_TEXT);
+    EXPECT_EQ(message.rdbText(GPSTraceMessage::NMEA_DATA_GPGGA), POSITION_TEXT + ", 545.4M");
+    EXPECT_EQ(message.rdbText(static_cast<GPSTraceMessage::nmeaDataType_t>(2)), "");
+
+    const GPSTraceMessage invalid(1, rmcWith("V", POSITION));
+    EXPECT_EQ(invalid.rdbText(GPSTraceMessage::NMEA_DATA_GPRMC), "");
+}
+
 TEST(GPSTraceMessageRDBTest, LeavesAMessageThatMayNotChange) {
     const GPSTraceMessage gga(1, GGA_SENTENCE);
     EXPECT_EQ(gga.rdbText(), "48°7.038 N, 11°31.000 E, 545.4M");

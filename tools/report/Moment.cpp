@@ -32,9 +32,8 @@ std::string placeOf(const GPSTraceMessage& message, const Fix& fix) {
     if (!fix.valid) {
         return "";
     }
-    const auto* const code = fix.rmcChecksum ? GPSTraceMessage::GPRMC : GPSTraceMessage::GPGGA;
-    GPSTraceMessage source(fix.stamp, std::string(message.getSentence(code)));
-    const std::string rdb = source.formatForRDB();
+    const std::string rdb = message.rdbText(fix.rmcChecksum ? GPSTraceMessage::NMEA_DATA_GPRMC
+                                                            : GPSTraceMessage::NMEA_DATA_GPGGA);
     return rdb.empty() ? positionText(*fix.latitude, *fix.longitude)
                        : escaped(withoutAltitude(rdb));
 }

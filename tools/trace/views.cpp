@@ -12,21 +12,13 @@
 #include "libvexstream/internal/digits.h"
 #include "libvexstream/internal/fields.h"
 #include "libvexstream/sentence.h"
+#include "libvextrace/internal/traceLine.h"
 #include "libvextrace/nmeaNumbers.h"
 #include "tools/io/plural.h"
 
 namespace vextrace::tools {
 
 namespace {
-
-// As the library does it: the last character goes unseen, then one carriage return.
-std::string_view shownSentence(std::string_view sentence) {
-    sentence.remove_suffix(1);
-    if (sentence.ends_with('\r')) {
-        sentence.remove_suffix(1);
-    }
-    return sentence;
-}
 
 // With so many decimals, never with an exponent.
 void addDecimal(std::string& text, double number, int decimals) {
@@ -149,25 +141,24 @@ void addBytes(std::string& line, std::span<const uint8_t> bytes) {
 
 void Views::showLine(const GpsView& gps) {
     writer.beginLine();
-    fmt::format_to(std::back_inserter(writer.text()), "{:016x} 00000000  GPS         |",
-                   gps.getTimeStamp());
+    fmt::format_to(std::back_inserter(writer.text()), "{:016x} 00000000{}", gps.getTimeStamp(),
+                   internal::GPS_COLUMN);
     for (const std::string_view sentence : gps.getSentences()) {
         writer.add(" ");
-        writer.addReceived(shownSentence(sentence));
+        writer.addReceived(internal::shownSentence(sentence));
     }
     writer.endLine();
 }
 
-void Views::showFields(GPSTraceMessage gps) {
-    gps.addRecord(gps.getString());  // held already: nothing is stored, the fields are split
+void Views::showFields(const GPSTraceMessage& gps) {
     if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPRMC)) {
         dump.seekp(0);
-        dump << "RMC\n" << gps.getRMC();
+        dump << "RMC\n" << gps.splitRMC();
         showDump();
     }
     if (gps.hasNmeaDataType(GPSTraceMessage::NMEA_DATA_GPGGA)) {
         dump.seekp(0);
-        dump << "GGA\n" << gps.getGGA();
+        dump << "GGA\n" << gps.splitGGA();
         showDump();
     }
 }
@@ -200,8 +191,8 @@ void Views::showFix(const GpsView& gps) {
     }
 }
 
-void Views::showRdb(GPSTraceMessage gps) {
-    const std::string text = gps.formatForRDB();
+void Views::showRdb(const GPSTraceMessage& gps) {
+    const std::string text = gps.rdbText();
     if (!text.empty()) {
         writer.beginLine();
         writer.addReceived(withoutLineEnd(text));

@@ -18,14 +18,14 @@ public:
     void showLine(const GpsView& gps);
 
     /// The numbered fields of its RMC and GGA sentences.
-    void showFields(GPSTraceMessage gps);
+    void showFields(const GPSTraceMessage& gps);
 
     /// Its RMC and GGA sentences as numbers, a line each. A value that the receiver did not send is
     /// called missing; one that makes no sense, invalid.
     void showFix(const GpsView& gps);
 
     /// Its RDB text; nothing where there is no position.
-    void showRdb(GPSTraceMessage gps);
+    void showRdb(const GPSTraceMessage& gps);
 
     /// Bytes of the trace in hexadecimal and as characters, sixteen a line.
     void showBytes(std::span<const uint8_t> bytes);
