@@ -1,5 +1,7 @@
-# 64-bit Windows, whose long has 32 bits, by MinGW-w64 with POSIX threads. Its programs bring their
-# runtime libraries along, so that they start from any folder. Debian keeps Wine off the path.
+# 64-bit Windows, whose long has 32 bits, by MinGW-w64 with POSIX threads. For static libraries only:
+# programs bring all they need along and start from any folder. DLLs are not supported: they would
+# want the compiler's runtime DLLs beside them, and bear no number to tell incompatible ones apart.
+# Debian keeps Wine off the path.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)

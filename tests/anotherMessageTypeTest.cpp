@@ -1,4 +1,4 @@
-// The example of another message type, which docs/architecture.md shows, works beside the GPS
+// The example of another message type, which docs/architecture.md names, works beside the GPS
 // message.
 #include <gtest/gtest.h>
 
