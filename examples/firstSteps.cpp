@@ -10,7 +10,7 @@ int main() {
     fix.addRecord("$GNGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*59\r\n");
 
     // Serialise, as a writer of traces does.
-    const std::vector<uint8_t> bytes = serialise(fix);
+    const std::vector<uint8_t> bytes = vextrace::serialise(fix);
 
     // Rebuild, as a reader of traces does.
     GPSTraceMessage::registerMessage();

@@ -12,8 +12,8 @@ namespace {
 // Reads one message, and not a byte more; false where there is none.
 bool readMessage(std::istream& trace, std::vector<uint8_t>& bytes) {
     bytes.clear();
-    FramedMessage front = MessageFactory::frame(bytes.data(), bytes.size());
-    while (front.framing == FRAMING_INCOMPLETE) {
+    vextrace::FramedMessage front = MessageFactory::frame(bytes.data(), bytes.size());
+    while (front.framing == vextrace::FRAMING_INCOMPLETE) {
         const size_t before = bytes.size();
         bytes.resize(front.length);
         trace.read(reinterpret_cast<char*>(bytes.data() + before),
@@ -24,7 +24,7 @@ bool readMessage(std::istream& trace, std::vector<uint8_t>& bytes) {
         }
         front = MessageFactory::frame(bytes.data(), bytes.size());
     }
-    return front.framing == FRAMING_COMPLETE;
+    return front.framing == vextrace::FRAMING_COMPLETE;
 }
 
 // Complains and gives the status of a program that failed.

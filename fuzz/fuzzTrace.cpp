@@ -92,7 +92,7 @@ std::string soundMessage(timeStamp_t stamp) {
     GPSTraceMessage fix(
         stamp, "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W,A*07\r\n");
     fix.addRecord("$GPGGA,123519,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n");
-    const std::vector<uint8_t> bytes = serialise(fix);
+    const std::vector<uint8_t> bytes = vextrace::serialise(fix);
     return {bytes.begin(), bytes.end()};
 }
 

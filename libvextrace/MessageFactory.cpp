@@ -5,6 +5,11 @@
 #include "libvextrace/internal/InvalidMessage.h"
 #include "libvexutil/datablock.h"
 
+using vextrace::FramedMessage;
+using vextrace::FRAMING_COMPLETE;
+using vextrace::FRAMING_DAMAGED;
+using vextrace::FRAMING_INCOMPLETE;
+
 namespace {
 
 struct RegisteredReader {

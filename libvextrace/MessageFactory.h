@@ -28,6 +28,8 @@ struct DecodedMessage {
     std::optional<InvalidMessageException> error;
 };
 
+namespace vextrace {
+
 /// What the front of a byte range is, as far as its header tells.
 enum framing_t : int {
     FRAMING_COMPLETE = 0,    ///< a whole message
@@ -44,6 +46,8 @@ struct FramedMessage {
     /// Where the bytes are damaged 0: nobody knows where the next message begins.
     size_t length = 0;
 };
+
+}  // namespace vextrace
 
 /// Decodes serialised messages with the readers that the message types register. Messages that lie
 /// back to back are walked like this:
@@ -97,15 +101,15 @@ public:
     /// bytes that arrive bit by bit: copies nothing, allocates nothing, needs no reader. decode()
     /// takes the same bytes as a whole message.
     ///
-    ///     FramedMessage front = MessageFactory::frame(psrc, len);
-    ///     while (front.framing == FRAMING_INCOMPLETE) {
+    ///     vextrace::FramedMessage front = MessageFactory::frame(psrc, len);
+    ///     while (front.framing == vextrace::FRAMING_INCOMPLETE) {
     ///         // ... read until front.length bytes are there, or the source ends ...
     ///         front = MessageFactory::frame(psrc, len);
     ///     }
     ///
     /// \param psrc  read only, not kept; may be null when \p len is 0
     /// \param len   bytes readable at \p psrc
-    static FramedMessage frame(const uint8_t* psrc, size_t len);
+    static vextrace::FramedMessage frame(const uint8_t* psrc, size_t len);
 
     /// Decodes the first message of the \p len bytes at \p psrc. Header, size field and range are
     /// checked against each other before anything else is read.

@@ -1,5 +1,7 @@
 #include "libvextrace/serialise.h"
 
+namespace vextrace {
+
 std::vector<uint8_t> serialise(const MessageBase& message) {
     std::vector<uint8_t> bytes;
     appendSerialised(message, bytes);
@@ -21,3 +23,5 @@ void appendSerialised(const MessageBase& message, std::vector<uint8_t>& bytes) {
         throw;
     }
 }
+
+}  // namespace vextrace

@@ -21,27 +21,33 @@ void write(Number value, uint8_t* dest) {
 
 }  // namespace
 
-uint8_t byteArrayToUint8(const uint8_t* source) {
-    return read<uint8_t>(source);
-}
-
 uint16_t byteArrayToUint16(const uint8_t* source) {
     return read<uint16_t>(source);
-}
-
-uint32_t byteArrayToUint32(const uint8_t* source) {
-    return read<uint32_t>(source);
 }
 
 uint64_t byteArrayToUint64(const uint8_t* source) {
     return read<uint64_t>(source);
 }
 
-void uint8ToByteArray(uint8_t value, uint8_t* dest) {
+void uint16ToByteArray(uint16_t value, uint8_t* dest) {
     write(value, dest);
 }
 
-void uint16ToByteArray(uint16_t value, uint8_t* dest) {
+void uint64ToByteArray(uint64_t value, uint8_t* dest) {
+    write(value, dest);
+}
+
+namespace vextrace {
+
+uint8_t byteArrayToUint8(const uint8_t* source) {
+    return read<uint8_t>(source);
+}
+
+uint32_t byteArrayToUint32(const uint8_t* source) {
+    return read<uint32_t>(source);
+}
+
+void uint8ToByteArray(uint8_t value, uint8_t* dest) {
     write(value, dest);
 }
 
@@ -49,6 +55,4 @@ void uint32ToByteArray(uint32_t value, uint8_t* dest) {
     write(value, dest);
 }
 
-void uint64ToByteArray(uint64_t value, uint8_t* dest) {
-    write(value, dest);
-}
+}  // namespace vextrace

@@ -17,6 +17,12 @@
 #include "tests/support/messages.h"
 #include "tests/support/runAtOnce.h"
 
+using vextrace::FramedMessage;
+using vextrace::FRAMING_COMPLETE;
+using vextrace::FRAMING_DAMAGED;
+using vextrace::FRAMING_INCOMPLETE;
+using vextrace::framing_t;
+
 namespace {
 
 // Each test has ids of its own, among those that are nobody's.

@@ -7,6 +7,11 @@
 #include <type_traits>
 #include <vector>
 
+using vextrace::byteArrayToUint32;
+using vextrace::byteArrayToUint8;
+using vextrace::uint32ToByteArray;
+using vextrace::uint8ToByteArray;
+
 namespace {
 
 using Bytes = std::vector<uint8_t>;

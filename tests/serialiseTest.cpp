@@ -9,6 +9,8 @@
 #include "tests/support/TestMessage.h"
 #include "tests/support/messages.h"
 
+using vextrace::appendSerialised;
+using vextrace::serialise;
 using vextrace::internal::InvalidMessage;
 
 namespace {

@@ -6,7 +6,7 @@
 
 int main() {
     const TemperatureMessage message(10, 3, 2931);
-    const std::vector<uint8_t> bytes = serialise(message);
+    const std::vector<uint8_t> bytes = vextrace::serialise(message);
 
     TemperatureMessage::registerMessage();
     const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());

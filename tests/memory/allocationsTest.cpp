@@ -15,6 +15,9 @@
 #include "tests/support/TestMessage.h"
 #include "tests/support/messages.h"
 
+using vextrace::appendSerialised;
+using vextrace::serialise;
+
 namespace {
 
 // Fields short enough that every standard library's strings keep them inside themselves.

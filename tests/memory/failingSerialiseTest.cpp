@@ -6,6 +6,9 @@
 #include "tests/memory/longSentences.h"
 #include "tests/support/messages.h"
 
+using vextrace::appendSerialised;
+using vextrace::serialise;
+
 TEST(FailingSerialiseTest, GivesAllBytesOrNone) {
     GPSTraceMessage message(258, LONG_RMC);
     message.addRecord(LONG_GGA);
