@@ -30,9 +30,10 @@ uint64_t storedCode(std::string_view sentence) {
 }  // namespace
 
 EpochBuilder::EpochBuilder(StampSource stampSource, std::chrono::sys_days firstDate)
-    : source(stampSource), lastDate(firstDate) {}
+    : source(stampSource), givenDate(firstDate), lastDate(firstDate) {}
 
-const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, timeStamp_t arrival) {
+const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum checksum,
+                                            timeStamp_t arrival) {
     const std::optional<TimeOfDay> time = timeOf(sentence);
     const bool beginsEpoch = time && epochTime && !(*time == *epochTime);
     const size_t lineFeed = sentence.ends_with('\n') ? 0 : 1;
@@ -47,9 +48,9 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, timeStamp
     if (isEmpty() && !epochGoesOn) {
         epochArrival = arrival;
     }
+    noteChecksum(checksum);
     if (time) {
-        epochTime = time;
-        epochDate = epochDate ? epochDate : dateOf(sentence);
+        noteTime(sentence, *time, checksum);
     }
     collect(sentence);
     return part;
@@ -82,11 +83,37 @@ void EpochBuilder::clearPart() {
 }
 
 void EpochBuilder::endEpoch() {
-    lastDate = date();
-    lastTime = epochTime->nanoseconds;
+    if (epochIsTrusted) {
+        lastDate = date();
+        lastTime = epochTime->nanoseconds;
+    }
     epochTime.reset();
     epochDate.reset();
+    epochIsTrusted = false;
     epochGoesOn = false;
+}
+
+// A source whose checksums are all wrong is trusted nevertheless, as long as they are all wrong.
+void EpochBuilder::noteChecksum(Checksum checksum) {
+    if (checksum != Checksum::RIGHT || sourceSendsRight) {
+        return;
+    }
+    sourceSendsRight = true;
+    if (wrongWasTrusted) {
+        lastDate = givenDate;
+        lastTime.reset();
+        epochDate.reset();
+        epochIsTrusted = false;
+    }
+}
+
+void EpochBuilder::noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum) {
+    epochTime = time;
+    if (checksum == Checksum::RIGHT || !sourceSendsRight) {
+        epochIsTrusted = true;
+        epochDate = epochDate ? epochDate : dateOf(sentence);
+        wrongWasTrusted |= checksum == Checksum::WRONG;
+    }
 }
 
 void EpochBuilder::collect(std::string_view sentence) {

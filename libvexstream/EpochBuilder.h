@@ -30,10 +30,15 @@ enum class StampSource {
 ///
 ///     $GPRMC,1  $GPGSV,1  $GPGSV,2  $GPGGA,1     ->     GGA,1 GSV,1 RMC,1  |  GSV,2
 ///
-/// All messages of an epoch bear one stamp: its time, on the date of its first timed RMC or ZDA
+/// All messages of an epoch bear one stamp: its time, on the date of its first trusted RMC or ZDA
 /// that has a valid one; else on the date of the epoch before, or, where the time of day went back
 /// by more than 12 hours, on the day after that. Where there is no date yet, it is a given one. An
 /// epoch without any time bears the beginning of that day.
+///
+/// A timed sentence is trusted when its checksum is right, or as long as the source has sent no
+/// sentence with a right one. An epoch without a trusted one is stamped like the others and then
+/// forgotten: the next one goes on from the epoch before it. What wrong checksums told as long as
+/// they were trusted is forgotten with the first right one.
 class VEXSTREAM_EXPORT EpochBuilder {
 public:
     /// Messages of one epoch: all that were collected since the last ones were given out.
@@ -49,16 +54,23 @@ public:
     static constexpr size_t PART_ROOM = size_t{1024} * 1024;
 
     /// \param source     where stamps come from
-    /// \param firstDate  the date as long as no sentence brings one
+    /// \param firstDate  the date as long as no sentence brings one; none where calendarDay() does
+    ///                   not have it
     EpochBuilder(StampSource source, std::chrono::sys_days firstDate);
 
     /// Collects a sentence, as it was received. What was collected before is given out when the
     /// sentence begins an epoch, or has no room beside it.
     ///
     /// \param sentence  at most MESSAGE_ROOM bytes with its line feed, and no bare "$G"
+    /// \param checksum  the verdict on it, as a Framer gives it
     /// \param arrival   when its first byte was received, nanoseconds since 1970
     /// \return messages to write, often none; valid until the next call
-    const Part& add(std::string_view sentence, timeStamp_t arrival);
+    const Part& add(std::string_view sentence, Checksum checksum, timeStamp_t arrival);
+
+    /// The same for those who have no verdict yet.
+    const Part& add(std::string_view sentence, timeStamp_t arrival) {
+        return add(sentence, receivedChecksum(sentence), arrival);
+    }
 
     /// Gives out what was collected. The epoch may go on all the same; one that has no time yet is
     /// over.
@@ -90,6 +102,8 @@ private:
 
     void clearPart();
     void endEpoch();
+    void noteChecksum(Checksum checksum);
+    void noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum);
     void collect(std::string_view sentence);
     Draft& draftFor(uint64_t code, size_t size);
     std::chrono::sys_days date() const;
@@ -97,6 +111,7 @@ private:
     void build(const Draft& draft);
 
     const StampSource source;
+    const std::chrono::sys_days givenDate;
 
     // The part in hand.
     std::string text;  // its sentences, each with a line feed
@@ -109,11 +124,15 @@ private:
     bool epochGoesOn = false;  // a part of it was given out
     timeStamp_t epochArrival = 0;
     std::optional<TimeOfDay> epochTime;
-    std::optional<std::chrono::sys_days> epochDate;
+    std::optional<std::chrono::sys_days> epochDate;  // of a trusted sentence
+    bool epochIsTrusted = false;                     // it has a trusted sentence
 
-    // The epoch before; without one the given date.
+    // The last trusted epoch before; without one the given date.
     std::chrono::sys_days lastDate;
     std::optional<uint64_t> lastTime;  // nanoseconds since midnight
+
+    bool sourceSendsRight = false;  // it has sent a sentence with a right checksum
+    bool wrongWasTrusted = false;
 
     Part part;
 };

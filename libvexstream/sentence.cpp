@@ -96,7 +96,7 @@ std::optional<std::chrono::sys_days> dateOfZDA(std::string_view sentence) {
     const std::string_view day = field(sentence, 2);
     const std::string_view month = field(sentence, 3);
     const std::string_view year = field(sentence, 4);
-    if (day.size() != 2 || month.size() != 2 || year.size() != 4 || !isDigits(day) ||
+    if (day.size() > 2 || month.size() > 2 || year.size() != 4 || !isDigits(day) ||
         !isDigits(month) || !isDigits(year)) {
         return std::nullopt;
     }
@@ -132,16 +132,15 @@ Checksum receivedChecksum(std::string_view sentence) {
     return checksumOf(parts->summed) == parts->sum ? Checksum::RIGHT : Checksum::WRONG;
 }
 
-Checksum storedChecksum(std::string_view sentence) {
+Verdict storedVerdict(std::string_view sentence) {
     const std::optional<Checked> parts = takeApart(sentence);
     if (!parts) {
-        return Checksum::NONE;
+        return {};
     }
-    const int difference = checksumOf(parts->summed) ^ parts->sum;
+    const auto talker = static_cast<char>(checksumOf(parts->summed) ^ parts->sum ^ 'P');
     const bool fits =
-        difference == 0 || (sentence.substr(0, 3) == "$GP" &&
-                            isOtherTalker(sentence, static_cast<char>(difference ^ 'P')));
-    return fits ? Checksum::RIGHT : Checksum::WRONG;
+        talker == 'P' || (sentence.substr(0, 3) == "$GP" && isOtherTalker(sentence, talker));
+    return fits ? Verdict{Checksum::RIGHT, talker} : Verdict{Checksum::WRONG};
 }
 
 std::string_view withoutLineEnd(std::string_view sentence) {

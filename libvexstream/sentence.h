@@ -33,9 +33,21 @@ VEXSTREAM_EXPORT std::string makeSentence(std::string_view content);
 /// NONE where it does not end in "*hh".
 VEXSTREAM_EXPORT Checksum receivedChecksum(std::string_view sentence);
 
+/// What is thought of a sentence that a message stores.
+struct Verdict {
+    Checksum checksum = Checksum::NONE;
+    char talker = 'P';  ///< behind "$G" as it was sent, where the right checksum tells another
+};
+
 /// Verdict on a sentence as a message stores it: behind "$G" any talker may have become GP, so the
-/// checksum is right when it is that of one of the talkers that begin with G.
-VEXSTREAM_EXPORT Checksum storedChecksum(std::string_view sentence);
+/// checksum is right when it is that of one of the talkers that begin with G. TalkerMemory knows
+/// more.
+VEXSTREAM_EXPORT Verdict storedVerdict(std::string_view sentence);
+
+/// The same, of the checksum alone.
+inline Checksum storedChecksum(std::string_view sentence) {
+    return storedVerdict(sentence).checksum;
+}
 
 /// The sentence without its line feed and the carriage returns before it.
 VEXSTREAM_EXPORT std::string_view withoutLineEnd(std::string_view sentence);
@@ -58,7 +70,8 @@ struct VEXSTREAM_EXPORT TimeOfDay {
 /// proprietary ones, with a valid time. Nothing for every other sentence.
 VEXSTREAM_EXPORT std::optional<TimeOfDay> timeOf(std::string_view sentence);
 
-/// The date of an RMC or ZDA sentence of any talker, where it has a valid one.
+/// The date of an RMC or ZDA sentence of any talker, where it has a valid one. Day and month of ZDA
+/// may have one digit.
 VEXSTREAM_EXPORT std::optional<std::chrono::sys_days> dateOf(std::string_view sentence);
 
 }  // namespace vextrace

@@ -17,6 +17,10 @@ constexpr size_t TIME_SIZE = 8;   // hh:mm:ss
 constexpr std::chrono::sys_days LAST_DAY{
     std::chrono::year_month_day(std::chrono::year(2554), std::chrono::July, std::chrono::day(20))};
 
+bool fits(std::chrono::sys_days day) {
+    return day >= std::chrono::sys_days() && day <= LAST_DAY;
+}
+
 // Writes the number with so many digits; gives the place behind them.
 char* writeDigits(char* place, uint64_t number, size_t count) {
     for (size_t i = count; i > 0; --i) {
@@ -112,15 +116,12 @@ std::optional<std::chrono::sys_days> calendarDay(unsigned year, unsigned month, 
         return std::nullopt;
     }
     const std::chrono::sys_days days(date);
-    if (days < std::chrono::sys_days() || days > LAST_DAY) {
-        return std::nullopt;
-    }
-    return days;
+    return fits(days) ? std::optional(days) : std::nullopt;
 }
 
 timeStamp_t stampOf(std::chrono::sys_days day, uint64_t nanosecondsOfDay) {
-    return static_cast<uint64_t>(day.time_since_epoch().count()) * NANOSECONDS_PER_DAY +
-           nanosecondsOfDay;
+    const auto days = static_cast<uint64_t>(day.time_since_epoch().count());
+    return (fits(day) ? days * NANOSECONDS_PER_DAY : 0) + nanosecondsOfDay;
 }
 
 }  // namespace vextrace

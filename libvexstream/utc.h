@@ -34,7 +34,14 @@ VEXSTREAM_EXPORT std::optional<std::chrono::sys_days> parseDate(std::string_view
 VEXSTREAM_EXPORT std::optional<std::chrono::sys_days> calendarDay(unsigned year, unsigned month,
                                                                   unsigned day);
 
-/// The time stamp of a time of day; in a leap second that is one of the next day.
+/// Whether a time stamp is more than a time of day. A recorder that knows no date counts from
+/// 1970-01-01, so dates begin at 1971-01-01T00:00:00Z.
+constexpr bool hasDate(timeStamp_t stamp) {
+    return stamp >= timeStamp_t{365} * 86'400 * 1'000'000'000;
+}
+
+/// The time stamp of a time of day; in a leap second that is one of the next day. On a day that
+/// calendarDay() does not have it is one without a date, of 1970-01-01.
 VEXSTREAM_EXPORT timeStamp_t stampOf(std::chrono::sys_days day, uint64_t nanosecondsOfDay);
 
 }  // namespace vextrace

@@ -124,3 +124,18 @@ TEST(UtcTest, PutsDayAndTimeTogether) {
     EXPECT_EQ(stampOf(*calendarDay(2554, 7, 20), 86400 * SECOND + 999'999'999),
               18446659200999999999U);
 }
+
+TEST(UtcTest, HasNoStampOnADayThatAStampCannotHold) {
+    for (const int days : {-1, -1'000'000, 213503, 1'000'000}) {
+        EXPECT_EQ(stampOf(std::chrono::sys_days(std::chrono::days(days)), 7 * SECOND), 7 * SECOND)
+            << days;
+    }
+}
+
+TEST(UtcTest, DatesBeginIn1971) {
+    EXPECT_FALSE(hasDate(0));
+    EXPECT_FALSE(hasDate(stampOfText("1970-03-01")));
+    EXPECT_FALSE(hasDate(stampOfText("1971-01-01") - 1));
+    EXPECT_TRUE(hasDate(stampOfText("1971-01-01")));
+    EXPECT_TRUE(hasDate(UINT64_MAX));
+}

@@ -152,7 +152,7 @@ void Recorder::take(std::string_view bytes) {
 
 void Recorder::writeSentences() {
     while (const std::optional<Framer::Sentence> sentence = framer.next()) {
-        output.write(epochs.add(sentence->text, arrivals.of(sentence->offset)));
+        output.write(epochs.add(sentence->text, sentence->checksum, arrivals.of(sentence->offset)));
     }
 }
 
