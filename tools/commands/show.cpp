@@ -138,7 +138,7 @@ std::string Show::prefixOf(timeStamp_t stamp, uint64_t number) const {
         prefix = fmt::format("{} ", number);
     }
     if (options.utc) {
-        prefix += (stamp == 0 ? "-" : utcText(stamp)) + ' ';
+        prefix += (hasDate(stamp) ? utcText(stamp) : "-") + ' ';
     }
     return prefix;
 }

@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "libvexstream/utc.h"
+
 namespace vextrace::tools {
 
 namespace {
@@ -57,7 +59,7 @@ void Exporter::addToLine(const Fix& fix, const GpsView& message) {
     if (lastOfLine) {
         const timeStamp_t between =
             fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;
-        if (between > choice.gap) {
+        if (between > choice.gap || hasDate(fix.stamp) != hasDate(*lastOfLine)) {
             format.endLine();
         }
     }

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "libvexstream/utc.h"
 #include "tools/export/text.h"
 
 namespace vextrace::tools {
@@ -18,17 +19,19 @@ bool appendMember(TextBuffer& text, const Fix& fix) {
 }
 
 bool appendTime(TextBuffer& text, const Fix& fix) {
-    if (fix.stamp != 0) {
+    const bool isTime = hasDate(fix.stamp);
+    if (isTime) {
         appendUtc(text, fix.stamp);
     }
-    return fix.stamp != 0;
+    return isTime;
 }
 
 bool appendNanoseconds(TextBuffer& text, const Fix& fix) {
-    if (fix.stamp != 0) {
+    const bool isTime = hasDate(fix.stamp);
+    if (isTime) {
         appendNumber(text, fix.stamp);
     }
-    return fix.stamp != 0;
+    return isTime;
 }
 
 bool appendValid(TextBuffer& text, const Fix& fix) {

@@ -2,6 +2,7 @@
 #include <optional>
 #include <string_view>
 
+#include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 
@@ -166,7 +167,7 @@ private:
     }
 
     static void appendTime(TextBuffer& text, timeStamp_t stamp) {
-        if (stamp == 0) {
+        if (!hasDate(stamp)) {
             text += "null";
             return;
         }

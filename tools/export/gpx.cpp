@@ -1,6 +1,7 @@
 #include <string_view>
 
 #include "libvexstream/sentence.h"
+#include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 
@@ -93,7 +94,7 @@ private:
         if (fix.altitude) {
             append("<ele>", *fix.altitude, "</ele>");
         }
-        if (fix.stamp != 0) {
+        if (hasDate(fix.stamp)) {
             point += "<time>";
             appendUtc(point, fix.stamp);
             point += "</time>";

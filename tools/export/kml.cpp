@@ -1,3 +1,4 @@
+#include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 
@@ -21,7 +22,8 @@ constexpr const char* FOOT = "</Document>\n</kml>\n";
 
 /// KML 2.2: a placemark for each line, with the time, the place, the course and the speed of each
 /// fix. A track lists all its times, then all its places and so on, so a long line becomes several
-/// tracks, each of which begins where the one before ends.
+/// tracks, each of which begins where the one before ends. A track needs times: lines without a
+/// date are plain ones, in pieces as well.
 class Kml : public Format {
 public:
     using Format::Format;
@@ -32,11 +34,12 @@ public:
 
     void addFix(const Fix& fix, const GpsView& /*message*/) override {
         if (!inLine) {
-            out.write("<Placemark><gx:MultiTrack>\n");
+            isTimed = hasDate(fix.stamp);
+            out.write(isTimed ? "<Placemark><gx:MultiTrack>\n" : "<Placemark><MultiGeometry>\n");
             inLine = true;
         }
-        if (count == FIXES_PER_TRACK) {
-            writeTrack();
+        if (count == FIXES_PER_PIECE) {
+            writePiece();
             append(last);
         }
         append(fix);
@@ -45,8 +48,9 @@ public:
 
     void endLine() override {
         if (inLine) {
-            writeTrack();
-            out.write("</gx:MultiTrack></Placemark>\n");
+            writePiece();
+            out.write(isTimed ? "</gx:MultiTrack></Placemark>\n"
+                              : "</MultiGeometry></Placemark>\n");
         }
         inLine = false;
     }
@@ -54,7 +58,7 @@ public:
     void end() override { out.write(FOOT); }
 
 private:
-    static constexpr size_t FIXES_PER_TRACK = 4096;
+    static constexpr size_t FIXES_PER_PIECE = 4096;
 
     // What is missing keeps its place, so that the lists go together.
     void append(const Fix& fix) {
@@ -79,15 +83,32 @@ private:
     }
 
     void appendPlace(const Fix& fix) {
-        places += "<gx:coord>";
+        const char separator = isTimed ? ' ' : ',';
+        places += isTimed ? "<gx:coord>" : "";
         appendNumber(places, *fix.longitude);
-        places += ' ';
+        places += separator;
         appendNumber(places, *fix.latitude);
         if (fix.altitude) {
-            places += ' ';
+            places += separator;
             appendNumber(places, *fix.altitude);
         }
-        places += "</gx:coord>\n";
+        places += isTimed ? "</gx:coord>\n" : "\n";
+    }
+
+    void writePiece() {
+        if (isTimed) {
+            writeTrack();
+        } else {
+            writePlaces();
+        }
+        clear();
+    }
+
+    void writePlaces() {
+        const bool isLine = count > 1;
+        out.write(isLine ? "<LineString><coordinates>\n" : "<Point><coordinates>\n");
+        out.write(places.view());
+        out.write(isLine ? "</coordinates></LineString>\n" : "</coordinates></Point>\n");
     }
 
     void writeTrack() {
@@ -103,7 +124,6 @@ private:
             out.write(SPEEDS_FOOT);
         }
         out.write("</gx:Track>\n");
-        clear();
     }
 
     void clear() {
@@ -116,6 +136,7 @@ private:
     }
 
     bool inLine = false;
+    bool isTimed = false;  // its fixes have dates
     Fix last;
     size_t count = 0;  // of fixes in the lists
     TextBuffer times;

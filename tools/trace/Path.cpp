@@ -15,13 +15,18 @@ constexpr double MEAN_RADIUS = 6'371'000;
 
 }  // namespace
 
-void Path::add(double latitude, double longitude) {
+void Path::add(double latitude, double longitude, bool isBehindGap) {
     Position next{latitude, longitude, 0, 0, 0};
     GeographicLib::Geocentric::WGS84().Forward(latitude, longitude, 0, next.x, next.y, next.z);
     if (last) {
-        length += between(*last, next);
+        (isBehindGap ? lengthAcrossGaps : length) += between(*last, next);
     }
     last = next;
+}
+
+void Path::merge(const Path& other) {
+    length += other.length;
+    lengthAcrossGaps += other.lengthAcrossGaps;
 }
 
 double Path::between(const Position& a, const Position& b) {

@@ -5,16 +5,21 @@
 namespace vextrace::tools {
 
 /// How long a path over the ellipsoid is: the sum of the geodesics from each position to the next.
+/// What lies between the two ends of a gap is no way that is known, and is summed up apart.
 class Path {
 public:
     /// Degrees, north and east positive.
-    void add(double latitude, double longitude);
+    /// \param isBehindGap  whether there is a gap in front of it
+    void add(double latitude, double longitude, bool isBehindGap = false);
 
     /// The next position begins another path; lengths go on adding up.
     void end() { last.reset(); }
 
     double metres() const { return length; }
-    void addMetres(double metres) { length += metres; }
+    double metresAcrossGaps() const { return lengthAcrossGaps; }
+
+    /// Adds the lengths of another path.
+    void merge(const Path& other);
 
 private:
     struct Position {
@@ -29,6 +34,7 @@ private:
 
     std::optional<Position> last;
     double length = 0;
+    double lengthAcrossGaps = 0;
 };
 
 }  // namespace vextrace::tools

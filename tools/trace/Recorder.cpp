@@ -166,9 +166,13 @@ void Recorder::sumUp(const Ending& ending) const {
                      read.unchecked));
     tell(fmt::format("{}: {}, {}, {} written", output.name(), counted(written.epochs, "epoch"),
                      counted(written.messages, "message"), counted(written.bytes, "byte")));
-    if (written.messages > 0) {
+    if (written.first != 0) {
         tell(fmt::format("{}: {} to {}", output.name(), utcText(written.first),
                          utcText(written.last)));
+    }
+    if (written.messagesWithoutDate > 0) {
+        tell(fmt::format("{}: {} without a date", output.name(),
+                         counted(written.messagesWithoutDate, "message")));
     }
     if (written.sentences < read.sentences()) {
         tell(fmt::format("{}: lacks the last {}", output.name(),

@@ -6,13 +6,11 @@
 #include <string_view>
 
 #include "libvexstream/sentence.h"
+#include "libvexstream/utc.h"
 
 namespace vextrace::tools {
 
 namespace {
-
-// A recorder that knows no date counts from 1970-01-01.
-constexpr timeStamp_t FIRST_DATED = timeStamp_t{365} * 86'400 * 1'000'000'000;
 
 // Those of RMC and GGA are known with their fix.
 Checksum checksumOf(std::string_view code, std::string_view sentence,
@@ -213,7 +211,7 @@ void Summary::addGps(const GpsView& gps, const std::optional<Fix>& fix) {
 
 void Summary::addSentences(const GpsView& gps, const std::optional<Fix>& fix) {
     const timeStamp_t stamp = gps.getTimeStamp();
-    const auto dateStamp = stamp >= FIRST_DATED ? std::optional(stamp) : std::nullopt;
+    const auto dateStamp = hasDate(stamp) ? std::optional(stamp) : std::nullopt;
     for (const std::string_view sentence : gps.getSentences()) {
         const std::string_view code = GpsView::codeOf(sentence);
         const Checksum checksum = checksumOf(code, sentence, fix);
@@ -232,7 +230,7 @@ void Summary::addSentences(const GpsView& gps, const std::optional<Fix>& fix) {
 }
 
 void Summary::addTime(timeStamp_t stamp) {
-    if (stamp >= FIRST_DATED) {
+    if (hasDate(stamp)) {
         dated.add(stamp, allowedGap);
     } else {
         ++messagesWithoutDate;
@@ -254,7 +252,8 @@ void Summary::addFix(const Fix& fix) {
         return;
     }
     ++validFixes;
-    path.add(*fix.latitude, *fix.longitude);
+    path.add(*fix.latitude, *fix.longitude, isBehindGap(fix.stamp));
+    lastFix = fix.stamp;
     positions.add(*fix.latitude, *fix.longitude);
     if (fix.satellites) {
         satellites.add(*fix.satellites);
@@ -268,7 +267,13 @@ void Summary::addFix(const Fix& fix) {
     }
 }
 
+// In either direction.
+bool Summary::isBehindGap(timeStamp_t stamp) const {
+    return lastFix && std::max(stamp, *lastFix) - std::min(stamp, *lastFix) > allowedGap;
+}
+
 void Summary::endTrace() {
+    lastFix.reset();
     dated.endTrace();
     undated.endTrace();
     path.end();
@@ -294,7 +299,7 @@ void Summary::merge(const Summary& other) {
     doubtfulFixes += other.doubtfulFixes;
     repeatedFixes += other.repeatedFixes;
     satellites.merge(other.satellites);
-    path.addMetres(other.path.metres());
+    path.merge(other.path);
     speed.merge(other.speed);
     altitude.merge(other.altitude);
     positions.merge(other.positions);

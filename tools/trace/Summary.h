@@ -116,7 +116,7 @@ struct ValueRange {
 ///
 /// Satellites, distance, speed, altitude and box are those of the valid fixes without a wrong
 /// checksum. The distance is the sum of the geodesics between two such fixes of one trace that
-/// follow each other.
+/// follow each other; where there is a gap between their times it is summed up apart.
 class Summary {
 public:
     /// \param longestPause  nanoseconds; a longer one is a gap
@@ -166,7 +166,10 @@ private:
     void addSentences(const GpsView& gps, const std::optional<Fix>& fix);
     void addTime(timeStamp_t stamp);
     void addFix(const Fix& fix);
+    bool isBehindGap(timeStamp_t stamp) const;
+
     timeStamp_t allowedGap;
+    std::optional<timeStamp_t> lastFix;  // valid, of the trace in hand
     FixReader fixes;
     TimeSpan dated;
     TimeSpan undated;

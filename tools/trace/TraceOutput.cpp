@@ -14,6 +14,7 @@
 
 #include "libvexstream/TraceReader.h"
 #include "libvexstream/internal/soundness.h"
+#include "libvexstream/utc.h"
 #include "libvextrace/MessageFactory.h"
 #include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
@@ -222,7 +223,7 @@ void TraceOutput::write(const EpochBuilder::Part& part) {
     queue.insert(queue.end(), part.bytes.begin(), part.bytes.end());
     parts.push_back({queue.size(),
                      {part.beginsEpoch ? 1U : 0U, part.messages, part.sentences, part.bytes.size(),
-                      part.stamp, part.stamp}});
+                      hasDate(part.stamp) ? 0 : part.messages, part.stamp, part.stamp}});
     if (!together || queue.size() >= QUEUE_SIZE) {
         flush();
     }
@@ -271,8 +272,11 @@ void TraceOutput::countWhole(size_t done) {
             break;
         }
         whole = part.end;
-        count.first = count.messages == 0 ? part.added.first : count.first;
-        count.last = part.added.last;
+        if (hasDate(part.added.first)) {
+            count.first = count.first == 0 ? part.added.first : count.first;
+            count.last = part.added.last;
+        }
+        count.messagesWithoutDate += part.added.messagesWithoutDate;
         count.epochs += part.added.epochs;
         count.messages += part.added.messages;
         count.sentences += part.added.sentences;

@@ -31,7 +31,8 @@ public:
         uint64_t messages = 0;
         uint64_t sentences = 0;
         uint64_t bytes = 0;
-        timeStamp_t first = 0;  ///< stamp of the first epoch
+        uint64_t messagesWithoutDate = 0;
+        timeStamp_t first = 0;  ///< stamp of the first epoch that has a date
         timeStamp_t last = 0;   ///< of the last one
     };
 

@@ -112,6 +112,14 @@ std::string satellitesText(const SatelliteCounts& satellites) {
                               : "none";
 }
 
+std::string distanceText(const Path& path) {
+    std::string text = fmt::format("{:.3f} km", path.metres() / 1000);
+    if (path.metresAcrossGaps() > 0) {
+        text += fmt::format("; {:.3f} km across gaps", path.metresAcrossGaps() / 1000);
+    }
+    return text;
+}
+
 std::string rangeText(const ValueRange& range, std::string_view unit) {
     return range.least
                ? fmt::format("{:.1f} {} to {:.1f} {}", *range.least, unit, *range.greatest, unit)
@@ -195,7 +203,7 @@ std::string summaryText(const Summary& summary) {
     lines.add("gaps > " + secondsText(summary.gapLimit()), gapsText(summary.times()));
     lines.add("fixes", fixesText(summary));
     lines.add("satellites", satellitesText(summary.satellites));
-    lines.add("distance", fmt::format("{:.3f} km", summary.path.metres() / 1000));
+    lines.add("distance", distanceText(summary.path));
     lines.add("highest speed", summary.speed.greatest
                                    ? fmt::format("{:.1f} km/h", *summary.speed.greatest)
                                    : "none");
@@ -220,6 +228,7 @@ Json summaryJson(const Json::Member& head, const Summary& summary) {
                                 {"median", Json(summary.satellites.median())},
                                 {"most", Json(summary.satellites.most())}}},
             {"distance_m", summary.path.metres()},
+            {"distance_across_gaps_m", summary.path.metresAcrossGaps()},
             {"highest_speed_kmh", Json(summary.speed.greatest)},
             {"altitude_m", Json{{"lowest", Json(summary.altitude.least)},
                                 {"highest", Json(summary.altitude.greatest)}}},

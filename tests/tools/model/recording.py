@@ -99,7 +99,12 @@ def time_of(text):
     if kind(text) not in (b"RMC", b"GGA", b"GNS", b"GLL", b"ZDA", b"GST", b"GBS"):
         return None
     index = 5 if kind(text) == b"GLL" else 1
-    whole, point, fraction = (fields(text) + [b""] * 6)[index].partition(b".")
+    return clock_of((fields(text) + [b""] * 6)[index])
+
+
+def clock_of(field):
+    """The same of the field alone."""
+    whole, point, fraction = field.partition(b".")
     if not digits(whole, 6) or (point and not digits(fraction)):
         return None
     hour, minute, second = int(whole[:2]), int(whole[2:4]), int(whole[4:])
@@ -122,7 +127,8 @@ def date_of(text):
     if kind(text) == b"RMC" and digits(field[9], 6):
         year = int(field[9][4:])
         return day_of(year + (1900 if year >= 80 else 2000), int(field[9][2:4]), int(field[9][:2]))
-    if kind(text) == b"ZDA" and digits(field[2], 2) and digits(field[3], 2) and digits(field[4], 4):
+    if (kind(text) == b"ZDA" and digits(field[2]) and len(field[2]) <= 2 and digits(field[3])
+            and len(field[3]) <= 2 and digits(field[4], 4)):
         return day_of(int(field[4]), int(field[3]), int(field[2]))
     return None
 
@@ -170,21 +176,47 @@ def serialised(stamp, held):
     return struct.pack(">HHHQ", 12 + len(payload), 22, 0, stamp % 2**64) + payload
 
 
+def trusted(found, known):
+    """The places of the timed sentences that steer, when so many sentences of a source are known."""
+    timed = [place for place, (_, text, _) in enumerate(found) if time_of(text)]
+    right = [place for place, (_, _, verdict) in enumerate(found[:known]) if verdict == RIGHT]
+    if not right:
+        return set(timed)
+    before = [place for place in timed if place < right[0]]
+    if any(found[place][2] == WRONG for place in before):
+        before = []
+    return set(before) | {place for place in timed if found[place][2] == RIGHT}
+
+
+def stamps(groups, steering, first_day):
+    """The stamp of each epoch, where the sentences at these places steer."""
+    result = []
+    day, time_before, place = first_day, None, 0
+    for time, texts in groups:
+        own = [text for at, text in enumerate(texts, place) if at in steering]
+        place += len(texts)
+        dates = [date_of(text) for text in own if date_of(text) is not None]
+        now = 0 if time is None else nanoseconds(time)
+        is_next = time is not None and time_before is not None and time_before - now > HALF_A_DAY
+        here = dates[0] if dates else day + is_next
+        result.append((here if here < 2**64 // DAY else 0) * DAY + now)
+        if own:
+            day, time_before = here, now
+    return result
+
+
 def trace(data, first_day=0):
     """The bytes of the trace that a recording of the input gives."""
+    found = sentences(data)
+    groups = epochs([text for _, text, _ in found])
+    verdicts = [verdict for _, _, verdict in found]
+    first_right = verdicts.index(RIGHT) if RIGHT in verdicts else len(found)
+    before = stamps(groups, trusted(found, 0), first_day)
+    behind = stamps(groups, trusted(found, len(found)), first_day)
     result = b""
-    day = first_day
-    time_before = None
-    for time, texts in epochs([text for _, text, _ in sentences(data)]):
-        stamp = day * DAY
-        if time is not None:
-            now = nanoseconds(time)
-            own = [date_of(text) for text in texts if time_of(text) and date_of(text) is not None]
-            if own:
-                day = own[0]
-            elif time_before is not None and time_before - now > HALF_A_DAY:
-                day += 1
-            time_before = now
-            stamp = day * DAY + now
+    known = 0
+    for number, (_, texts) in enumerate(groups):
+        known += len(texts)
+        stamp = behind[number] if known > first_right else before[number]
         result += b"".join(serialised(stamp, held) for held in messages(texts))
     return result
