@@ -30,7 +30,7 @@ uint64_t storedCode(std::string_view sentence) {
 }  // namespace
 
 EpochBuilder::EpochBuilder(StampSource stampSource, std::chrono::sys_days firstDate)
-    : source(stampSource), givenDate(firstDate), lastDate(firstDate) {}
+    : source(stampSource), lastDate(firstDate) {}
 
 const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum checksum,
                                             timeStamp_t arrival) {
@@ -48,7 +48,7 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
     if (isEmpty() && !epochGoesOn) {
         epochArrival = arrival;
     }
-    noteChecksum(checksum);
+    sourceSendsRight |= checksum == Checksum::RIGHT;
     if (time) {
         noteTime(sentence, *time, checksum);
     }
@@ -93,26 +93,11 @@ void EpochBuilder::endEpoch() {
     epochGoesOn = false;
 }
 
-// A source whose checksums are all wrong is trusted nevertheless, as long as they are all wrong.
-void EpochBuilder::noteChecksum(Checksum checksum) {
-    if (checksum != Checksum::RIGHT || sourceSendsRight) {
-        return;
-    }
-    sourceSendsRight = true;
-    if (wrongWasTrusted) {
-        lastDate = givenDate;
-        lastTime.reset();
-        epochDate.reset();
-        epochIsTrusted = false;
-    }
-}
-
 void EpochBuilder::noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum) {
     epochTime = time;
     if (checksum == Checksum::RIGHT || !sourceSendsRight) {
         epochIsTrusted = true;
         epochDate = epochDate ? epochDate : dateOf(sentence);
-        wrongWasTrusted |= checksum == Checksum::WRONG;
     }
 }
 

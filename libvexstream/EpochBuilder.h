@@ -37,8 +37,7 @@ enum class StampSource {
 ///
 /// A timed sentence is trusted when its checksum is right, or as long as the source has sent no
 /// sentence with a right one. An epoch without a trusted one is stamped like the others and then
-/// forgotten: the next one goes on from the epoch before it. What wrong checksums told as long as
-/// they were trusted is forgotten with the first right one.
+/// forgotten: the next one goes on from the epoch before it.
 class VEXSTREAM_EXPORT EpochBuilder {
 public:
     /// Messages of one epoch: all that were collected since the last ones were given out.
@@ -102,7 +101,6 @@ private:
 
     void clearPart();
     void endEpoch();
-    void noteChecksum(Checksum checksum);
     void noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum);
     void collect(std::string_view sentence);
     Draft& draftFor(uint64_t code, size_t size);
@@ -111,7 +109,6 @@ private:
     void build(const Draft& draft);
 
     const StampSource source;
-    const std::chrono::sys_days givenDate;
 
     // The part in hand.
     std::string text;  // its sentences, each with a line feed
@@ -132,7 +129,6 @@ private:
     std::optional<uint64_t> lastTime;  // nanoseconds since midnight
 
     bool sourceSendsRight = false;  // it has sent a sentence with a right checksum
-    bool wrongWasTrusted = false;
 
     Part part;
 };

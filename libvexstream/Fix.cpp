@@ -117,7 +117,6 @@ std::optional<double> readAltitude(FieldReader& fields) {
 void readRmc(std::string_view sentence, Fix& fix) {
     GPSTraceMessage::numeric_gprmc_t numbers;
     readNumbers(sentence, numbers);
-    fix.rmcChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
     fields.skip(1);  // address
     fix.time = fields.next();
@@ -132,7 +131,7 @@ void readRmc(std::string_view sentence, Fix& fix) {
     }
 }
 
-// Where there is no RMC.
+// Where the fix is not made of RMC.
 void readGgaPosition(std::string_view sentence, FieldReader& fields, Fix& fix) {
     GPSTraceMessage::numeric_gpgga_t numbers;
     readNumbers(sentence, numbers);
@@ -140,17 +139,16 @@ void readGgaPosition(std::string_view sentence, FieldReader& fields, Fix& fix) {
 }
 
 void readGga(std::string_view sentence, Fix& fix) {
-    fix.ggaChecksum = storedChecksum(sentence);
     FieldReader fields(sentence);
     fields.skip(1);  // address
-    if (fix.rmcChecksum) {
+    if (fix.usesRmc) {
         fields.skip(5);  // time and position are those of RMC
     } else {
         fix.time = fields.next();
         readGgaPosition(sentence, fields, fix);
     }
     fix.quality = readCount(fields.next());
-    if (!fix.rmcChecksum) {
+    if (!fix.usesRmc) {
         fix.valid = fix.quality.value_or(0) != 0 && fix.latitude.has_value();
     }
     fix.satellites = readCount(fields.next());
@@ -158,13 +156,16 @@ void readGga(std::string_view sentence, Fix& fix) {
     fix.altitude = readAltitude(fields);
 }
 
-}  // namespace
-
-bool Fix::isDoubtful() const {
-    return rmcChecksum == Checksum::WRONG || ggaChecksum == Checksum::WRONG;
+// The verdict on a sentence; nothing where there is none.
+std::optional<Checksum> judge(std::string_view sentence, timeStamp_t stamp, TalkerMemory& talkers) {
+    return sentence.empty() ? std::nullopt : std::optional(talkers.judge(sentence, stamp).checksum);
 }
 
-std::optional<Fix> fixOf(const GpsView& message) {
+bool isUsed(std::optional<Checksum> checksum, FixSource source) {
+    return checksum && (source == FixSource::ALL || checksum != Checksum::WRONG);
+}
+
+std::optional<Fix> readFix(const GpsView& message, FixSource source, TalkerMemory& talkers) {
     const std::string_view rmc = message.getSentence(GPSTraceMessage::GPRMC);
     const std::string_view gga = message.getSentence(GPSTraceMessage::GPGGA);
     if (rmc.empty() && gga.empty()) {
@@ -172,24 +173,49 @@ std::optional<Fix> fixOf(const GpsView& message) {
     }
     Fix fix;
     fix.stamp = message.getTimeStamp();
-    if (!rmc.empty()) {
+    fix.rmcChecksum = judge(rmc, fix.stamp, talkers);
+    fix.ggaChecksum = judge(gga, fix.stamp, talkers);
+    fix.usesRmc = isUsed(fix.rmcChecksum, source);
+    fix.usesGga = isUsed(fix.ggaChecksum, source);
+    if (fix.usesRmc) {
         readRmc(rmc, fix);
     }
-    if (!gga.empty()) {
+    if (fix.usesGga) {
         readGga(gga, fix);
     }
     return fix;
 }
 
+}  // namespace
+
+Checksum Fix::checksum() const {
+    const Checksum rmc = usesRmc ? *rmcChecksum : Checksum::RIGHT;
+    const Checksum gga = usesGga ? *ggaChecksum : Checksum::RIGHT;
+    if (rmc == Checksum::WRONG || gga == Checksum::WRONG || !(usesRmc || usesGga)) {
+        return Checksum::WRONG;
+    }
+    return rmc == gga ? rmc : Checksum::NONE;
+}
+
+std::optional<Fix> fixOf(const GpsView& message, FixSource source) {
+    TalkerMemory talkers;
+    return readFix(message, source, talkers);
+}
+
 std::optional<Fix> FixReader::read(const GpsView& message) {
-    std::optional<Fix> fix = fixOf(message);
+    std::optional<Fix> fix = readFix(message, source, talkers);
     if (fix) {
         fix->repeats = repeatsLast(*fix);
-        if (!fix->repeats) {
+        if (!fix->repeats && (fix->usesRmc || fix->usesGga)) {
             last = fix;
         }
     }
     return fix;
+}
+
+void FixReader::endTrace() {
+    talkers.endTrace();
+    last.reset();
 }
 
 // Clocks of loggers may be so coarse that stamps alone say little.
@@ -198,8 +224,7 @@ bool FixReader::repeatsLast(const Fix& fix) const {
         return false;
     }
     const bool isBetter = (fix.valid && !last->valid) || (last->isDoubtful() && !fix.isDoubtful());
-    const bool bringsNothing =
-        (last->rmcChecksum || !fix.rmcChecksum) && (last->ggaChecksum || !fix.ggaChecksum);
+    const bool bringsNothing = (last->usesRmc || !fix.usesRmc) && (last->usesGga || !fix.usesGga);
     const std::optional<TimeOfDay> time = TimeOfDay::parse(fix.time);
     return bringsNothing && !isBetter && time && time == TimeOfDay::parse(last->time);
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "libvexstream/sentence.h"
 #include "libvexstream/visibility.h"
+#include "libvextrace/MessageBase.h"
 
 namespace vextrace {
 
@@ -14,10 +16,14 @@ namespace vextrace {
 /// for RMC and GGA the talker goes on: another one counts as right only from the second sentence in
 /// a row of that code that has it; the one before counts as wrong. GP and GN go on from the first
 /// sentence of a trace; as long as none does, each talker is right.
+///
+/// Some receivers send GGA for each system in every epoch, one behind the other. What is in a row
+/// has the same place among the sentences of its code with one stamp.
 class VEXSTREAM_EXPORT TalkerMemory {
 public:
-    /// To be asked once for each sentence of the trace; the other codes need no memory.
-    Verdict judge(std::string_view sentence);
+    /// To be asked once for each sentence of the trace; codes other than RMC and GGA need no
+    /// memory. \param stamp  of its message
+    Verdict judge(std::string_view sentence, timeStamp_t stamp);
 
     /// What follows is another trace.
     void endTrace() { *this = {}; }
@@ -25,7 +31,7 @@ public:
 private:
     static constexpr char NONE = '\0';
 
-    // Of the sentences of one code; the letter behind G.
+    // That of the sentences of one place; the letter behind G.
     struct Talker {
         char lasting = NONE;
         char last = NONE;  // of the sentence before, where its checksum fits a talker
@@ -33,10 +39,21 @@ private:
         bool goesOn(char letter);
     };
 
-    Talker* talkerOf(std::string_view sentence);
+    // Of the sentences of one code.
+    struct Talkers {
+        static constexpr size_t MOST_PLACES = 16;
 
-    Talker rmc;
-    Talker gga;
+        std::vector<Talker> places;
+        size_t place = 0;  // of the sentence in hand
+        timeStamp_t stamp = 0;
+
+        Talker& next(timeStamp_t ofSentence);
+    };
+
+    Talkers* talkersOf(std::string_view sentence);
+
+    Talkers rmc;
+    Talkers gga;
 };
 
 }  // namespace vextrace

@@ -339,6 +339,19 @@ TEST(EpochBuilderTest, GivesALongEpochOutInParts) {
     EXPECT_EQ(utcText(rest.stamp), "1994-03-23T00:00:01Z");
 }
 
+TEST(EpochBuilderTest, LosesNoneOfManyCodesThatComeTwice) {
+    vector<string> sentences;
+    for (int round = 1; round <= 2; ++round) {
+        for (int i = 10000; i < 15000; ++i) {
+            sentences.push_back("$" + std::to_string(i) + "," + std::to_string(round));
+        }
+    }
+    const Messages messages = built(sentences);
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0].sentences.size(), 5000 * string("$10000,1 ").size() - 1);
+    EXPECT_EQ(messages[1].sentences.size(), messages[0].sentences.size());
+}
+
 TEST(EpochBuilderTest, ForgetsNoPlaceAmongManyCodes) {
     EpochBuilder builder(StampSource::SENTENCES, NO_DATE);
     for (int round = 1; round <= 3; ++round) {

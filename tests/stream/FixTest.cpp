@@ -43,6 +43,12 @@ Fix high(const std::string& altitude) {
 const std::string RMC = "$GNRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*62\r\n";
 const std::string GGA = "$GNGGA,123519,3854.51,S,07726.45,W,2,08,0.9,545.4,M,46.9,M,,*5C\r\n";
 
+// The sentence with a checksum that is that of no talker.
+std::string wrong(std::string sentence) {
+    sentence.replace(sentence.find('*'), 3, "*FF");
+    return sentence;
+}
+
 }  // namespace
 
 TEST(FixTest, NeedsRmcOrGga) {
@@ -226,16 +232,62 @@ TEST(FixTest, TakesCountsAndDilutionsInRange) {
     EXPECT_EQ(ggaFix("1,1000,1,,M,,,,").satellites, std::nullopt);
 }
 
-TEST(FixTest, IsDoubtfulWhenEitherChecksumIsWrong) {
-    const std::string wrongRmc = RMC.substr(0, RMC.find('*')) + "*63\r\n";
-    const std::string wrongGga = GGA.substr(0, GGA.find('*')) + "*5D\r\n";
+TEST(FixTest, NeedsAPositionToBeValid) {
+    const Fix fix = *fixOfSentences("$GPGGA,123519,,,,,1,08,0.9,545.4,M,46.9,M,,\r\n");
+    EXPECT_FALSE(fix.valid || fix.latitude || fix.longitude);
+    EXPECT_EQ(fix.quality, 1U);
+}
+
+TEST(FixTest, IsMadeOfGgaWhereRmcIsWrong) {
+    const Fix fix = *fixOfSentences(wrong(RMC), GGA);
+    EXPECT_TRUE(fix.valid);
+    EXPECT_EQ(fix.latitude, -(38 + 54.51000000000022 / 60));
+    EXPECT_EQ(fix.altitude, 545.4);
+    EXPECT_EQ(fix.satellites, 8U);
+    EXPECT_FALSE(fix.speed || fix.course || fix.usesRmc);
+    EXPECT_EQ(fix.rmcChecksum, Checksum::WRONG);
+    EXPECT_EQ(fix.checksum(), Checksum::RIGHT);
+}
+
+TEST(FixTest, IsMadeOfRmcWhereGgaIsWrong) {
+    const Fix fix = *fixOfSentences(RMC, wrong(GGA));
+    EXPECT_TRUE(fix.valid);
+    EXPECT_EQ(fix.longitude, 11 + 31.0 / 60);
+    EXPECT_EQ(fix.speed, 22.4 * 1.852);
+    EXPECT_FALSE(fix.altitude || fix.satellites || fix.quality || fix.hdop || fix.usesGga);
+    EXPECT_EQ(fix.ggaChecksum, Checksum::WRONG);
+    EXPECT_EQ(fix.checksum(), Checksum::RIGHT);
+}
+
+TEST(FixTest, IsMadeOfNothingWhereAllIsWrong) {
+    for (const Fix& fix : {*fixOfSentences(wrong(RMC), wrong(GGA)), *fixOfSentences(wrong(RMC)),
+                           *fixOfSentences(wrong(GGA))}) {
+        EXPECT_FALSE(fix.valid || fix.latitude || fix.speed || fix.course || fix.altitude ||
+                     fix.satellites || fix.quality || fix.hdop || fix.usesRmc || fix.usesGga);
+        EXPECT_TRUE(fix.isDoubtful());
+    }
+}
+
+TEST(FixTest, IsMadeOfAllWhereThatIsAskedFor) {
+    GPSTraceMessage message(STAMP, wrong(RMC));
+    message.addRecord(wrong(GGA));
+    const Fix fix = *fixOf(message, FixSource::ALL);
+    EXPECT_EQ(fix.longitude, 11 + 31.0 / 60);
+    EXPECT_EQ(fix.altitude, 545.4);
+    EXPECT_TRUE(fix.isDoubtful());
+}
+
+TEST(FixTest, HasTheChecksumOfWhatItIsMadeOf) {
     const std::string unsummed = "$GPGGA,123519,3854.51,S,07726.45,W,2,08,0.9,545.4,M,46.9,M,,\r\n";
-    EXPECT_FALSE(fixOfSentences(RMC, GGA)->isDoubtful());
-    EXPECT_TRUE(fixOfSentences(wrongRmc, GGA)->isDoubtful());
-    EXPECT_TRUE(fixOfSentences(RMC, wrongGga)->isDoubtful());
-    EXPECT_TRUE(fixOfSentences(wrongRmc)->isDoubtful());
-    EXPECT_FALSE(fixOfSentences(RMC, unsummed)->isDoubtful());
+    EXPECT_EQ(fixOfSentences(RMC, GGA)->checksum(), Checksum::RIGHT);
+    EXPECT_EQ(fixOfSentences(RMC, unsummed)->checksum(), Checksum::NONE);
     EXPECT_EQ(fixOfSentences(RMC, unsummed)->ggaChecksum, Checksum::NONE);
+    EXPECT_EQ(fixOfSentences(wrong(RMC), unsummed)->checksum(), Checksum::NONE);
+    EXPECT_EQ(fixOfSentences(unsummed)->checksum(), Checksum::NONE);
+    EXPECT_EQ(fixOfSentences(unsummed)->altitude, 545.4);
+    GPSTraceMessage message(STAMP, wrong(RMC));
+    message.addRecord(unsummed);
+    EXPECT_EQ(fixOf(message, FixSource::ALL)->checksum(), Checksum::WRONG);
 }
 
 // A receiver that sends more than one RMC or GGA in an epoch.
@@ -269,12 +321,44 @@ TEST(FixReaderTest, TakesWhatBringsASentenceOrIsBetterForAnother) {
     FixReader reader;
     EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
     EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, GGA))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 9, GGA))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 9, RMC))->repeats);
     const std::string invalid = "$GPRMC,123519,V,,,,,,,230394,,,N";
     EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, invalid))->repeats);
     EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 1, RMC))->repeats);
-    const std::string wrong = RMC.substr(0, RMC.find('*')) + "*63";
-    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, wrong))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, wrong(RMC)))->repeats);
     EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, RMC))->repeats);
+}
+
+TEST(FixReaderTest, AFixOfNothingIsNeitherARepetitionNorRepeated) {
+    FixReader reader;
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, wrong(RMC)))->repeats);
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP, RMC))->repeats);
+}
+
+TEST(FixReaderTest, WhatBringsASentenceThatWasWrongRepeatsNone) {
+    GPSTraceMessage both(STAMP, RMC);
+    both.addRecord(wrong(GGA));
+    FixReader reader;
+    EXPECT_FALSE(reader.read(both)->repeats);
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, GGA))->repeats);
+    FixReader all(FixSource::ALL);
+    EXPECT_FALSE(all.read(GPSTraceMessage(STAMP, wrong(RMC)))->repeats);
+    EXPECT_FALSE(all.read(GPSTraceMessage(STAMP, RMC))->repeats);
+    EXPECT_TRUE(all.read(GPSTraceMessage(STAMP, wrong(RMC)))->repeats);
+}
+
+TEST(FixReaderTest, LetsTheTalkerGoOn) {
+    std::string other = makeSentence("GLRMC,123519,A,4807.038,N,01131.000,E,,,230394,,,A");
+    other[2] = 'P';
+    EXPECT_EQ(fixOfSentences(other)->checksum(), Checksum::RIGHT);
+    FixReader reader;
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP, RMC))->isDoubtful());
+    EXPECT_TRUE(reader.read(GPSTraceMessage(STAMP + 1, other))->isDoubtful());
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 2, other))->isDoubtful());
+    reader.endTrace();
+    EXPECT_FALSE(reader.read(GPSTraceMessage(STAMP + 3, RMC))->isDoubtful());
 }
 
 TEST(FixReaderTest, BeginsAnewWithATrace) {

@@ -17,12 +17,20 @@ string stored(char talker, const string& type) {
     return sentence;
 }
 
-// The verdicts on sentences of these talkers, "R" or "W"; "-" is one without a checksum.
+// The verdicts on sentences of these talkers, "R" or "W"; "-" is one without a checksum. Those in
+// parentheses have one stamp.
 string verdicts(TalkerMemory& memory, const string& talkers, const string& type = "RMC") {
+    static timeStamp_t stamp = 0;
     string result;
+    bool isEpoch = false;
     for (const char talker : talkers) {
         const string sentence = talker == '-' ? "$GP" + type + ",120000\r\n" : stored(talker, type);
-        const Checksum checksum = memory.judge(sentence).checksum;
+        stamp += isEpoch ? 0 : 1;
+        if (talker == '(' || talker == ')') {
+            isEpoch = talker == '(';
+            continue;
+        }
+        const Checksum checksum = memory.judge(sentence, stamp).checksum;
         result += checksum == Checksum::RIGHT ? 'R' : checksum == Checksum::WRONG ? 'W' : '-';
     }
     return result;
@@ -41,6 +49,13 @@ TEST(TalkerMemoryTest, AnotherTalkerIsRightFromTheSecondInARow) {
     EXPECT_EQ(verdicts("NLNNAN"), "RWRRWR");
     EXPECT_EQ(verdicts("NLNLNLLL"), "RWRWRWRR");
     EXPECT_EQ(verdicts("NLABI"), "RWWWW");
+}
+
+TEST(TalkerMemoryTest, EachPlaceOfAnEpochHasATalkerOfItsOwn) {
+    EXPECT_EQ(verdicts("(PL)(PL)(PL)", "GGA"), "RWRRRR");
+    EXPECT_EQ(verdicts("(PL)(PL)L(PL)(AL)", "GGA"), "RWRRWRRWR");
+    EXPECT_EQ(verdicts("(PLA)(PLA)(PL)(PLA)(PLP)", "GGA"), "RWWRRRRRRRRRRW");
+    EXPECT_EQ(verdicts("(" + string(40, 'N') + "L)"), string(40, 'R') + "W");
 }
 
 TEST(TalkerMemoryTest, WhatIsNotRightBreaksTheRow) {
@@ -73,20 +88,19 @@ TEST(TalkerMemoryTest, OtherCodesNeedNoMemory) {
     EXPECT_EQ(verdicts("PNLAB?P", "GSV"), "RRRRRWR");
     EXPECT_EQ(verdicts("PNLPN", "GNS"), "RRRRR");
     TalkerMemory memory;
-    EXPECT_EQ(memory.judge(makeSentence("GQGSV,1")).talker, 'P');
-    EXPECT_EQ(memory.judge("$GPGSV,1*49").talker, 'Q');
-    EXPECT_EQ(memory.judge(makeSentence("BDRMC,1")).checksum, Checksum::RIGHT);
-    EXPECT_EQ(memory.judge("!AIVDM").checksum, Checksum::NONE);
+    EXPECT_EQ(memory.judge(makeSentence("GQGSV,1"), 1).talker, 'P');
+    EXPECT_EQ(memory.judge("$GPGSV,1*49", 1).talker, 'Q');
+    EXPECT_EQ(memory.judge(makeSentence("BDRMC,1"), 1).checksum, Checksum::RIGHT);
+    EXPECT_EQ(memory.judge("!AIVDM", 1).checksum, Checksum::NONE);
 }
 
 TEST(TalkerMemoryTest, TellsTheTalkerOfARightSentence) {
     TalkerMemory memory;
-    for (const char talker : {'N', 'N', 'L'}) {
-        const bool isRight = talker == 'N';
-        EXPECT_EQ(memory.judge(stored(talker, "GGA")).talker, isRight ? 'N' : 'P');
-    }
-    EXPECT_EQ(memory.judge(stored('?', "GGA")).talker, 'P');
-    EXPECT_EQ(memory.judge(stored('L', "VTG")).talker, 'L');
+    EXPECT_EQ(memory.judge(stored('N', "GGA"), 1).talker, 'N');
+    EXPECT_EQ(memory.judge(stored('N', "GGA"), 2).talker, 'N');
+    EXPECT_EQ(memory.judge(stored('L', "GGA"), 3).talker, 'P');
+    EXPECT_EQ(memory.judge(stored('?', "GGA"), 4).talker, 'P');
+    EXPECT_EQ(memory.judge(stored('L', "VTG"), 5).talker, 'L');
 }
 
 TEST(TalkerMemoryTest, BeginsAnewWithATrace) {

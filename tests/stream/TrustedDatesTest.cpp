@@ -109,20 +109,13 @@ TEST(TrustedDatesTest, AnyRightSentenceEndsTheTrustInOthers) {
                               "1994-03-23T23:00:00Z", "1994-03-23T10:00:00Z"}));
 }
 
-TEST(TrustedDatesTest, ForgetsWhatWrongSentencesToldBeforeTheFirstRightOne) {
-    EXPECT_EQ(stamps({wrong(rmc("235959", "230364")), gga("100000")}),
-              (vector<string>{"2064-03-23T23:59:59Z", "1970-01-01T10:00:00Z"}));
-    EXPECT_EQ(stamps({wrong(rmc("100000", "230364")), gga("100000"), gga("100001")}),
-              (vector<string>{"1970-01-01T10:00:00Z", "1970-01-01T10:00:01Z"}));
-    EXPECT_EQ(stamps({wrong(gga("235959")), gga("100000")}, *calendarDay(2020, 2, 29)),
-              (vector<string>{"2020-02-29T23:59:59Z", "2020-02-29T10:00:00Z"}));
-    EXPECT_EQ(stamps({wrong(gga("235959")), GSV, gga("100000")}, *calendarDay(2020, 2, 29)),
-              (vector<string>{"2020-02-29T23:59:59Z", "2020-02-29T10:00:00Z"}));
-}
-
-TEST(TrustedDatesTest, KeepsWhatSentencesWithoutAChecksumToldBeforeTheFirstRightOne) {
+TEST(TrustedDatesTest, KeepsWhatWasTrustedBeforeTheFirstRightSentence) {
     EXPECT_EQ(stamps({unchecked(rmc("235959", "230394")), gga("000000")}),
               (vector<string>{"1994-03-23T23:59:59Z", "1994-03-24T00:00:00Z"}));
+    EXPECT_EQ(stamps({wrong(rmc("235959", "230364")), gga("000000")}),
+              (vector<string>{"2064-03-23T23:59:59Z", "2064-03-24T00:00:00Z"}));
+    EXPECT_EQ(stamps({wrong(rmc("120000", "230364")), GSV, gga("120000"), gga("120001")}),
+              (vector<string>{"2064-03-23T12:00:00Z", "2064-03-23T12:00:01Z"}));
 }
 
 TEST(TrustedDatesTest, TakesTheVerdictThatItIsGiven) {

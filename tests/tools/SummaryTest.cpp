@@ -219,8 +219,7 @@ TEST(SummaryTest, ListsAHundredGaps) {
 }
 
 TEST(SummaryTest, CountsFixesByValidity) {
-    TraceBytes doubtful = fixAt(NOON);
-    doubtful.back() = '\n';
+    TraceBytes doubtful = messageOf(22, NOON, gga({}));
     doubtful[40] = static_cast<uint8_t>(doubtful[40] ^ 1);
     const Summary summary =
         summaryOf({fixAt(NOON + 1), fixAt(NOON + 2, {.status = "V"}), fixAt(NOON + 3), doubtful,
@@ -230,6 +229,29 @@ TEST(SummaryTest, CountsFixesByValidity) {
     EXPECT_EQ(summary.invalidFixes, 2U);
     EXPECT_EQ(summary.doubtfulFixes, 1U);
     EXPECT_EQ(summary.repeatedFixes, 0U);
+}
+
+TEST(SummaryTest, AWrongSentenceTakesNoRightOneAlong) {
+    TraceBytes wrongGga = fixAt(NOON);
+    wrongGga[40] = static_cast<uint8_t>(wrongGga[40] ^ 1);
+    TraceBytes wrongRmc = fixAt(NOON + 1);
+    wrongRmc[wrongRmc.size() - 3] = static_cast<uint8_t>(wrongRmc[wrongRmc.size() - 3] ^ 1);
+    const Summary summary = summaryOf({wrongGga, wrongRmc});
+    EXPECT_EQ(summary.validFixes, 2U);
+    EXPECT_EQ(summary.doubtfulFixes, 0U);
+    EXPECT_EQ(summary.wrongChecksums, 2U);
+}
+
+// The checksum of "$GLRMC".
+TEST(SummaryTest, CountsAnotherTalkerOfRmcAsWrong) {
+    const std::string right = withChecksum("$GPRMC,120000,A,4807.038,N,01131.000,E,,,230394,,,A");
+    std::string other = withChecksum("$GLRMC,120000,A,4807.038,N,01131.000,E,,,230394,,,A");
+    other[2] = 'P';
+    const Summary summary = summaryOf({messageOf(22, NOON, right), messageOf(22, NOON + 1, other),
+                                       messageOf(22, NOON + 2, other)});
+    EXPECT_EQ(summary.wrongChecksums, 1U);
+    EXPECT_EQ(summary.doubtfulFixes, 1U);
+    EXPECT_EQ(summary.validFixes, 2U);
 }
 
 TEST(SummaryTest, CountsWhatRepeatsAFixAlone) {
@@ -281,12 +303,44 @@ TEST(SummaryTest, ADistanceLeadsFromFixToFix) {
     constexpr double DEGREE = 111'319.4908;  // of the equator
     const Summary summary =
         summaryOf({fixAt(NOON, {.latitude = 0, .longitude = 179.5}), plain(NOON + 1),
-                   fixAt(NOON + 3600 * SECOND, {.latitude = 0, .longitude = -179.5}),
-                   fixAt(NOON, {.latitude = 0, .longitude = 0, .status = "V"}),
+                   fixAt(NOON + GAP, {.latitude = 0, .longitude = -179.5}),
+                   fixAt(NOON + 1, {.latitude = 0, .longitude = 0, .status = "V"}),
                    fixAt(NOON, {.latitude = 0, .longitude = -179})});
     EXPECT_NEAR(summary.path.metres(), 1.5 * DEGREE, 0.01);
+    EXPECT_EQ(summary.path.metresAcrossGaps(), 0);
     EXPECT_EQ(summary.positions.box()->west, 179.5);
     EXPECT_EQ(summary.positions.box()->east, -179);
+}
+
+TEST(SummaryTest, ADistanceAcrossAGapIsCountedApart) {
+    constexpr double DEGREE = 111'319.4908;  // of the equator
+    const auto at = [](timeStamp_t stamp, double longitude) {
+        return fixAt(stamp, {.latitude = 0, .longitude = longitude});
+    };
+    const Summary summary =
+        summaryOf({at(NOON, 1), at(NOON + GAP + 1, 3), at(NOON + GAP + 2, 4), plain(NOON + 2 * GAP),
+                   at(NOON + 3 * GAP, 8), at(NOON + GAP, 16)});
+    EXPECT_NEAR(summary.path.metres(), DEGREE, 0.01);
+    EXPECT_NEAR(summary.path.metresAcrossGaps(), (2 + 4 + 8) * DEGREE, 0.01);
+    Summary all(GAP);
+    all.merge(summary);
+    all.merge(summary);
+    EXPECT_NEAR(all.path.metresAcrossGaps(), 28 * DEGREE, 0.01);
+}
+
+TEST(SummaryTest, NeitherDistanceNorMovingTimeLeadsToAnotherTrace) {
+    Summary summary(GAP);
+    for (const timeStamp_t stamp : {NOON, NOON + SECOND}) {
+        const TraceBytes message = fixAt(stamp, {.longitude = stamp == NOON ? 10.0 : 11.0});
+        MemorySource source(message);
+        TraceReader reader(source);
+        summary.add(reader.next());
+        summary.endTrace();
+    }
+    EXPECT_EQ(summary.validFixes, 2U);
+    EXPECT_EQ(summary.path.metres(), 0);
+    EXPECT_EQ(summary.path.metresAcrossGaps(), 0);
+    EXPECT_EQ(summary.motion.known(), 0U);
 }
 
 TEST(SummaryTest, AddsUpSeveralTraces) {
@@ -351,7 +405,7 @@ TEST(SummaryTest, IsSaidInWords) {
                   "  gaps > 5 s      1, the longest 12.5 s after 1994-03-23T12:00:00Z\n"
                   "  fixes           3 valid, 0 not valid, 0 with a wrong checksum\n"
                   "  satellites      8 least, 8 median, 11 most\n"
-                  "  distance        222.639 km\n"
+                  "  distance        111.319 km; 111.319 km across gaps\n"
                   "  highest speed   37.0 km/h\n"
                   "  altitude        0.0 m to 545.4 m\n"
                   "  box             latitude 0.0000000 to 0.0000000 deg, longitude 179.5000000 to "

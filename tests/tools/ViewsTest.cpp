@@ -49,7 +49,7 @@ std::string line(const GPSTraceMessage& gps, bool isRaw = false, const std::stri
 
 std::string fix(const std::string& sentence) {
     const GPSTraceMessage gps = messageOf({sentence});
-    return shown(false, "", [&](Views& views) { views.showFix(gps); });
+    return shown(false, "", [&](Views& views) { views.showFix(gps, Fix()); });
 }
 
 std::string fields(const GPSTraceMessage& gps, bool isRaw = false, const std::string& prefix = "") {
@@ -178,6 +178,21 @@ TEST(ViewsTest, NumbersOfGga) {
               "longitude 11.5166666667 deg, 1 satellite, altitude 0.0000 m\n");
 }
 
+TEST(ViewsTest, AWrongChecksumIsTold) {
+    const GPSTraceMessage gps = messageOf({"$GPRMC,1,V", "$GPGGA,2"});
+    Fix fix;
+    fix.rmcChecksum = Checksum::WRONG;
+    fix.ggaChecksum = Checksum::NONE;
+    const std::string wrong = shown(false, "", [&](Views& views) { views.showFix(gps, fix); });
+    EXPECT_EQ(wrong.substr(0, 49), "RMC: wrong checksum, time 1, date missing, not va");
+    EXPECT_NE(wrong.find("\nGGA: time 2, quality missing"), std::string::npos);
+    fix.rmcChecksum = Checksum::RIGHT;
+    fix.ggaChecksum = Checksum::WRONG;
+    const std::string other = shown(false, "", [&](Views& views) { views.showFix(gps, fix); });
+    EXPECT_EQ(other.substr(0, 11), "RMC: time 1");
+    EXPECT_NE(other.find("\nGGA: wrong checksum, time 2"), std::string::npos);
+}
+
 TEST(ViewsTest, WhatIsMissingIsNotZero) {
     const std::string rmc =
         "RMC: time missing, date missing, status missing, position missing, speed missing, "
@@ -210,6 +225,18 @@ TEST(ViewsTest, WhatMakesNoSenseIsInvalid) {
                   std::string::npos)
             << position;
     }
+}
+
+TEST(ViewsTest, TakesNumbersUpToTheirEnds) {
+    EXPECT_NE(fix("$GPRMC,1,A,9000.000,S,18000.000,W")
+                  .find(", latitude -90.0000000000 deg, longitude -180.0000000000 deg,"),
+              std::string::npos);
+    EXPECT_NE(fix("$GPRMC,1,A,9000.000,N,18000.001,E").find(", position invalid,"),
+              std::string::npos);
+    EXPECT_EQ(fix("$GPRMC,-123519,A").substr(0, 19), "RMC: time invalid, ");
+    EXPECT_NE(fix("$GPRMC,1,A,,,,,,,230394*5D\r\n").find(", date 230394,"), std::string::npos);
+    EXPECT_NE(fix("$GPGGA,1,,,,,1,08,0.9,+545.4,M").find(", altitude 545.4000 m\n"),
+              std::string::npos);
 }
 
 TEST(ViewsTest, AltitudesAreInMetres) {

@@ -1,11 +1,10 @@
 """vextrace export: every format, what is left out, and what becomes of the output."""
+import collections
 import csv
 import decimal
-import functools
 import io
 import itertools
 import json
-import operator
 import os
 import re
 import signal
@@ -18,6 +17,7 @@ import xml.etree.ElementTree as ElementTree
 import pytest
 
 from conftest import PROJECT
+from model import reading, recording
 from traces import CAN, GPS, SECOND, message, other, sentence, stored, utc
 
 FORMATS = ["gpx", "geojson", "kml", "csv", "jsonl", "nmea"]
@@ -340,69 +340,6 @@ def messages_of(log):
             for number, group in enumerate(groups)]
 
 
-def number_of(text):
-    return float(text) if re.fullmatch(r"[0-9]*\.?[0-9]*", text) and re.search(r"[0-9]", text) else None
-
-
-def coordinate_of(text, hemisphere, letters, limit):
-    value = number_of(text)
-    if value is None or hemisphere not in letters or len(hemisphere) != 1:
-        return None
-    degrees = int(text.split(".")[0] or "0") // 100
-    minutes = value - 100 * degrees
-    result = degrees + minutes / 60.0
-    return None if minutes > 60 or result > limit else -result if hemisphere == letters[1] else result
-
-
-def position_of(fields):
-    latitude = coordinate_of(fields[0], fields[1], "NS", 90)
-    longitude = coordinate_of(fields[2], fields[3], "EW", 180)
-    return (None, None) if latitude is None or longitude is None else (latitude, longitude)
-
-
-def verdict_of(line):
-    """Of the checksum; None where there is none."""
-    body, star, digits = line.rstrip(b"\r\n").rpartition(b"*")
-    if not star or not re.fullmatch(rb"[0-9a-fA-F]{2}", digits):
-        return None
-    return functools.reduce(operator.xor, body[1:], 0) == int(digits, 16)
-
-
-def fields_of(line):
-    text = line.decode("latin-1").rstrip("\r\n").split("*")[0]
-    return text.split(",") + [""] * 20
-
-
-def row_of(stamp, sentences):
-    """What the table says of a message; None where it has no fix."""
-    held = {stored(line)[:6]: line for line in sentences}
-    recommended, fixed = held.get(b"$GPRMC"), held.get(b"$GPGGA")
-    if recommended is None and fixed is None:
-        return None
-    row = dict.fromkeys(["altitude_m", "speed_kmh", "course_deg", "satellites", "quality", "hdop"])
-    row["time_ns"] = stamp
-    if fixed is not None:
-        fields = fields_of(fixed)
-        row["latitude_deg"], row["longitude_deg"] = position_of(fields[2:6])
-        row["quality"] = int(fields[6]) if fields[6].isdigit() else None
-        row["satellites"] = int(fields[7]) if fields[7].isdigit() else None
-        row["hdop"] = number_of(fields[8])
-        height = number_of(fields[9].lstrip("-"))
-        if height is not None and fields[10] in ("", "M"):
-            row["altitude_m"] = -height if fields[9].startswith("-") else height
-        row["valid"] = bool(row["quality"]) and row["latitude_deg"] is not None
-    if recommended is not None:
-        fields = fields_of(recommended)
-        row["latitude_deg"], row["longitude_deg"] = position_of(fields[3:7])
-        knots, course = number_of(fields[7]), number_of(fields[8])
-        row["speed_kmh"] = None if knots is None else knots * 1.852
-        row["course_deg"] = None if course is None or course > 360 else course
-        row["valid"] = fields[2].startswith("A") and row["latitude_deg"] is not None
-    verdicts = [verdict_of(line) for line in (recommended, fixed) if line is not None]
-    row["checksum"] = ("wrong" if False in verdicts else "none" if None in verdicts else "right")
-    return row
-
-
 def bits(number):
     return None if number is None else struct.pack(">d", number)
 
@@ -412,11 +349,31 @@ def check_row(row, expected):
     for key in ("latitude_deg", "longitude_deg", "altitude_m", "speed_kmh", "course_deg", "hdop"):
         number = None if row[key] is None else float(row[key])
         assert bits(number) == bits(expected[key]), (key, expected)
-    for key in ("time_ns", "satellites", "quality"):
+    for key in ("satellites", "quality"):
         assert (None if row[key] is None else int(row[key])) == expected[key], (key, expected)
-    assert row["checksum"] == expected["checksum"]
+    assert row["checksum"] == expected["checksum"], expected
     assert row["valid"] == ("true" if expected["valid"] else "false")
-    assert row["time_utc"] == utc_text(expected["time_ns"])
+    stamp = expected["stamp"]
+    is_time = stamp >= reading.FIRST_DATED
+    assert row["time_ns"] == (str(stamp) if is_time else None)
+    assert row["time_utc"] == (utc_text(stamp) if is_time else None)
+
+
+def check_tables(export, name, trace):
+    """Both tables of a trace are those of the model."""
+    for arguments in ([], ["--unchecked"]):
+        expected = reading.table(trace, unchecked=bool(arguments))
+        text = export("csv", name, *arguments)
+        check_csv(text)
+        rows = [{key: value or None for key, value in row.items()}
+                for row in csv.DictReader(io.StringIO(text.decode(), newline=""))]
+        lines = [json.loads(line, parse_float=str, parse_int=str)
+                 for line in export("jsonl", name, *arguments).splitlines()]
+        assert len(rows) == len(lines) == len(expected)
+        for row, line, expectation in zip(rows, lines, expected):
+            check_row(row, expectation)
+            line["valid"] = "true" if line["valid"] else "false"
+            check_row(line, expectation)
 
 
 def utc_text(stamp):
@@ -426,35 +383,19 @@ def utc_text(stamp):
 
 
 @pytest.fixture
-def recorded(log, trace):
-    """A log as a trace, and its messages."""
-    messages = messages_of(log)
-    return trace(*(message(stamp, *sentences) for stamp, sentences in messages)), messages
+def grouped(log, trace, tmp_path):
+    """A log as a trace of dated messages, and its bytes."""
+    name = trace(*(message(stamp, *sentences) for stamp, sentences in messages_of(log)))
+    return name, (tmp_path / name).read_bytes()
 
 
-def test_tables_hold_the_numbers_of_the_sentences(recorded, export):
-    name, messages = recorded
-    expected = [row for row in (row_of(*held) for held in messages) if row]
-    for checked_too, arguments in ((True, ["--unchecked"]), (False, [])):
-        rows = [row for row in expected if checked_too or row["checksum"] != "wrong"]
-        text = export("csv", name, *arguments)
-        check_csv(text)
-        read = list(csv.DictReader(io.StringIO(text.decode(), newline="")))
-        assert len(read) == len(rows)
-        for row, expectation in zip(read, rows):
-            check_row({key: value or None for key, value in row.items()}, expectation)
-        lines = export("jsonl", name, *arguments).splitlines()
-        assert len(lines) == len(rows)
-        for line, expectation in zip(lines, rows):
-            row = json.loads(line, parse_float=str, parse_int=str)
-            row["valid"] = "true" if row["valid"] else "false"
-            check_row(row, expectation)
+def test_tables_hold_the_numbers_of_the_sentences(grouped, export):
+    check_tables(export, *grouped)
 
 
-def test_drawings_hold_the_valid_fixes(recorded, export):
-    name, messages = recorded
-    rows = [row for row in (row_of(*held) for held in messages) if row]
-    good = [row for row in rows if row["valid"] and row["checksum"] != "wrong"]
+def test_drawings_hold_the_valid_fixes(grouped, export):
+    name, content = grouped
+    good = [row for row in reading.table(content) if row["valid"]]
     for to in DRAWN:
         text = export(to, name)
         assert document_is_valid(to, text)
@@ -464,21 +405,27 @@ def test_drawings_hold_the_valid_fixes(recorded, export):
         [row[key] for row in good for key in ("latitude_deg", "longitude_deg")], rel=0, abs=1e-12)
 
 
-def test_nmea_gives_back_all_sentences(recorded, log, export):
-    name, _ = recorded
+def test_nmea_gives_back_all_sentences(grouped, log, export):
+    name, _ = grouped
     lines = export("nmea", name).splitlines(keepends=True)
-    assert sorted(lines) == sorted(map(stored, sentences_of(log)))
+    assert sorted(map(stored, lines)) == sorted(map(stored, sentences_of(log)))
 
 
-def test_nmea_gives_back_what_was_recorded(vextrace, log, tmp_path, export):
+def test_a_log_that_was_recorded_is_exported_as_the_model_says(vextrace, log, tmp_path, export):
     assert vextrace("record", "-o", "trace", log).returncode == 0
-    content, exported = (tmp_path / "trace").read_bytes(), export("nmea", "trace")
-    while content:
-        end = 2 + int.from_bytes(content[:2], "big")
-        payload = content[14:end]
-        assert sorted(exported[:len(payload)].split(b"\n")) == sorted(payload.split(b"\n"))
-        content, exported = content[end:], exported[len(payload):]
-    assert exported == b""
+    content = (tmp_path / "trace").read_bytes()
+    assert export("nmea", "trace") == reading.nmea(content)
+    check_tables(export, "trace", content)
+
+
+def test_nmea_gives_back_what_the_receiver_sent(vextrace, log, export):
+    """Byte for byte, in another order; and what has no right checksum as messages store it."""
+    assert vextrace("record", "-o", "trace", log).returncode == 0
+    sent = collections.Counter()
+    for _, text, verdict in recording.sentences(log.read_bytes()):
+        whole = text if text.endswith(b"\n") else text + b"\n"
+        sent[whole if verdict == recording.RIGHT else stored(text)] += 1
+    assert collections.Counter(export("nmea", "trace").splitlines(keepends=True)) == sent
 
 
 # --- What is in a document

@@ -63,7 +63,7 @@ CommandEntry showEntry() {
             {"--number", "", "each line begins with the message's number in the trace",
              &to->number},
             {"--utc", "",
-             "each line begins with the message's time stamp as UTC, - where it has none",
+             "each line begins with the message's time stamp as UTC, - where it has no date",
              &to->utc},
             {"--raw", "",
              "write control characters and bytes that are no UTF-8 as they are, not as escapes "

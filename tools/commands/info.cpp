@@ -101,6 +101,7 @@ public:
     void addMessage(const TraceItem& message, uint64_t /*number*/) override {
         summary.add(message);
     }
+    void passOver(const TraceItem& message) override { summary.passOver(message); }
     void addDamage(const TraceItem& damage) override { summary.add(damage); }
 
     void endTrace(uint64_t /*bytes*/) override {

@@ -34,7 +34,7 @@ public:
     int run();
 
     void addMessage(const TraceItem& message, uint64_t number) override;
-    void passOver(const TraceItem& message) override { count(message); }
+    void passOver(const TraceItem& message) override;
     void addDamage(const TraceItem& damage) override;
     void addFailure(const std::string& reason) override;
     bool isDone() const override { return foundFirst; }
@@ -42,7 +42,8 @@ public:
 
 private:
     void count(const TraceItem& message);
-    void show(const TraceItem& message, uint64_t number);
+    std::optional<Fix> fixOf(const TraceItem& message);
+    void show(const TraceItem& message, const std::optional<Fix>& fix, uint64_t number);
     std::string prefixOf(timeStamp_t stamp, uint64_t number) const;
 
     const ShowCommand& options;
@@ -50,6 +51,7 @@ private:
     OutputFile output;
     LineWriter writer;
     Views views;
+    FixReader fixes;
     bool foundFirst = false;
     uint64_t gpsMessages = 0;
     uint64_t otherMessages = 0;
@@ -85,12 +87,10 @@ void Show::addMessage(const TraceItem& message, uint64_t number) {
     if (message.kind != TraceItem::Kind::GPS) {
         return;
     }
-    if (options.first) {
-        const std::optional<Fix> fix = fixOf(*message.gps);
-        foundFirst = fix && fix->valid;
-    }
+    const std::optional<Fix> fix = fixOf(message);
+    foundFirst = options.first && fix && fix->valid;
     if (foundFirst || !options.first) {
-        show(message, number);
+        show(message, fix, number);
     }
     if (options.follow && !totalSize(inputs)) {
         output.commit();
@@ -112,14 +112,26 @@ bool Show::waitForMore(const InputFile& input, uint64_t position) {
     return waitForGrowth(input, position);
 }
 
-void Show::show(const TraceItem& message, uint64_t number) {
+// What is passed over has a say in the verdicts on what follows.
+void Show::passOver(const TraceItem& message) {
+    count(message);
+    fixOf(message);
+}
+
+// Where a view asks for it.
+std::optional<Fix> Show::fixOf(const TraceItem& message) {
+    const bool isNeeded = message.kind == TraceItem::Kind::GPS && (options.first || options.fix);
+    return isNeeded ? fixes.read(*message.gps) : std::nullopt;
+}
+
+void Show::show(const TraceItem& message, const std::optional<Fix>& fix, uint64_t number) {
     const GpsView& gps = *message.gps;
     writer.setPrefix(prefixOf(gps.getTimeStamp(), number));
     if (options.fields) {
         views.showFields(gps.message());
     }
-    if (options.fix) {
-        views.showFix(gps);
+    if (fix && options.fix) {
+        views.showFix(gps, *fix);
     }
     if (options.rdb) {
         views.showRdb(gps.message());

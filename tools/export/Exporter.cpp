@@ -22,7 +22,10 @@ void appendCount(std::string& list, uint64_t count, std::string_view one, std::s
 }  // namespace
 
 Exporter::Exporter(Format& document, const ExportChoice& chosen)
-    : format(document), choice(chosen), content(document.content()) {}
+    : format(document),
+      choice(chosen),
+      content(document.content()),
+      fixes(chosen.unchecked ? FixSource::ALL : FixSource::NOT_WRONG) {}
 
 void Exporter::add(const GpsView& message) {
     if (content == Format::Content::SENTENCES) {
@@ -36,6 +39,11 @@ void Exporter::add(const GpsView& message) {
 void Exporter::addOutside(const GpsView& message) {
     ++outside;
     lastMessage = message.getTimeStamp();
+    if (content == Format::Content::SENTENCES) {
+        format.passOver(message);
+    } else {
+        fixes.read(message);
+    }
 }
 
 void Exporter::addFixOf(const GpsView& message) {
@@ -75,7 +83,7 @@ void Exporter::countWithoutFix(timeStamp_t stamp) {
 }
 
 void Exporter::endTrace() {
-    format.endLine();
+    format.endTrace();
     fixes.endTrace();
     lastOfLine.reset();
     lastMessage.reset();

@@ -11,7 +11,7 @@ namespace vextrace::tools {
 /// What of a trace is exported.
 struct ExportChoice {
     timeStamp_t gap = 5'000'000'000;  ///< the longest time between two fixes of one line
-    bool unchecked = false;           ///< whether fixes with a wrong checksum are taken
+    bool unchecked = false;           ///< whether sentences with a wrong checksum are taken
 };
 
 /// Chooses what a document holds, divides it into lines and counts what is left out.

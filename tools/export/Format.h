@@ -35,8 +35,14 @@ public:
     /// Writes a message whose content is SENTENCES.
     virtual void addMessage(const GpsView& /*message*/) {}
 
+    /// A message that is not written, whose content is SENTENCES.
+    virtual void passOver(const GpsView& /*message*/) {}
+
     /// The next fix does not go on from the one before.
     virtual void endLine() {}
+
+    /// What follows is of another trace.
+    virtual void endTrace() { endLine(); }
 
     /// Completes the document.
     virtual void end() {}

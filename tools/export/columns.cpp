@@ -39,11 +39,9 @@ bool appendValid(TextBuffer& text, const Fix& fix) {
     return true;
 }
 
-// Of both sentences: right only where each there is has a right one.
 bool appendChecksum(TextBuffer& text, const Fix& fix) {
-    const bool isRight = fix.rmcChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT &&
-                         fix.ggaChecksum.value_or(Checksum::RIGHT) == Checksum::RIGHT;
-    text += fix.isDoubtful() ? "wrong" : isRight ? "right" : "none";
+    const Checksum checksum = fix.checksum();
+    text += checksum == Checksum::RIGHT ? "right" : checksum == Checksum::WRONG ? "wrong" : "none";
     return true;
 }
 

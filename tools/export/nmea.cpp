@@ -1,6 +1,7 @@
 #include <optional>
 #include <string_view>
 
+#include "libvexstream/TalkerMemory.h"
 #include "libvexstream/sentence.h"
 #include "tools/export/Format.h"
 
@@ -8,8 +9,9 @@ namespace vextrace::tools {
 
 namespace {
 
-/// The sentences as the messages hold them, line ends included. Where the stamp changes, one that
-/// tells the time comes first, so that no other sentence seems to belong to the epoch before.
+/// The sentences as the messages hold them, line ends included; those with a right checksum with
+/// the talker that they were sent with. Where the stamp changes, one that tells the time comes
+/// first, so that no other sentence seems to belong to the epoch before.
 class Nmea : public Format {
 public:
     using Format::Format;
@@ -21,16 +23,37 @@ public:
             message.getTimeStamp() == stamp ? nullptr : timed(message);
         stamp = message.getTimeStamp();
         if (first != nullptr) {
-            out.write(*first);
+            write(*first);
         }
         for (const std::string_view& sentence : message.getSentences()) {
             if (&sentence != first) {
-                out.write(sentence);
+                write(sentence);
             }
         }
     }
 
+    void passOver(const GpsView& message) override {
+        for (const std::string_view sentence : message.getSentences()) {
+            talkers.judge(sentence, message.getTimeStamp());
+        }
+    }
+
+    void endTrace() override {
+        talkers.endTrace();
+        stamp.reset();
+    }
+
 private:
+    void write(std::string_view sentence) {
+        constexpr size_t TALKER = 2;  // behind "$G"
+        if (const char talker = talkers.judge(sentence, *stamp).talker; talker != 'P') {
+            out.write(sentence.substr(0, TALKER));
+            out.write({&talker, 1});
+            sentence.remove_prefix(TALKER + 1);
+        }
+        out.write(sentence);
+    }
+
     // The first sentence that tells the time; null where none does.
     static const std::string_view* timed(const GpsView& message) {
         for (const std::string_view& sentence : message.getSentences()) {
@@ -41,7 +64,8 @@ private:
         return nullptr;
     }
 
-    std::optional<timeStamp_t> stamp;  // of the message before
+    TalkerMemory talkers;
+    std::optional<timeStamp_t> stamp;  // of the message before, in this trace
 };
 
 }  // namespace

@@ -32,8 +32,8 @@ std::string placeOf(const GPSTraceMessage& message, const Fix& fix) {
     if (!fix.valid) {
         return "";
     }
-    const std::string rdb = message.rdbText(fix.rmcChecksum ? GPSTraceMessage::NMEA_DATA_GPRMC
-                                                            : GPSTraceMessage::NMEA_DATA_GPGGA);
+    const std::string rdb = message.rdbText(fix.usesRmc ? GPSTraceMessage::NMEA_DATA_GPRMC
+                                                        : GPSTraceMessage::NMEA_DATA_GPGGA);
     return rdb.empty() ? positionText(*fix.latitude, *fix.longitude)
                        : escaped(withoutAltitude(rdb));
 }

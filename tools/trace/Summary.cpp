@@ -181,6 +181,12 @@ void Summary::add(const TraceItem& item) {
     add(item, item.gps ? fixes.read(*item.gps) : std::nullopt);
 }
 
+void Summary::passOver(const TraceItem& item) {
+    if (item.gps) {
+        fixes.read(*item.gps);
+    }
+}
+
 void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
     bytes += item.length;
     switch (item.kind) {

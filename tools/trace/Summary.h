@@ -128,6 +128,9 @@ public:
     /// The same, where the fix of a GPS message is known already.
     void add(const TraceItem& item, const std::optional<Fix>& fix);
 
+    /// A message that is not added has a say in the verdicts on what follows.
+    void passOver(const TraceItem& item);
+
     /// The trace has ended: neither a gap nor a distance leads to the next one.
     void endTrace();
 

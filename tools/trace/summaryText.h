@@ -31,7 +31,8 @@ std::string summaryText(const Summary& summary);
 ///     gaps.list                    array of {begin, end, seconds}, the first hundred
 ///     fixes.valid, .not_valid, .wrong_checksum
 ///     satellites.least, .median, .most
-///     distance_m, highest_speed_kmh
+///     distance_m, distance_across_gaps_m
+///     highest_speed_kmh
 ///     altitude_m.lowest, .highest
 ///     box.south, .west, .north, .east  degrees; west > east across the 180th meridian; or null
 Json summaryJson(const Json::Member& head, const Summary& summary);

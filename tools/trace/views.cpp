@@ -86,11 +86,17 @@ void addSatellites(std::string& line, std::string_view sent, uint16_t number) {
     }
 }
 
-void showRmc(std::string_view sentence, std::string& line) {
+void addVerdict(std::string& line, std::optional<Checksum> checksum) {
+    line += checksum == Checksum::WRONG ? "wrong checksum, " : "";
+}
+
+void showRmc(std::string_view sentence, std::optional<Checksum> checksum, std::string& line) {
     const auto rmc = fieldsOf<10>(sentence);
     GPSTraceMessage::numeric_gprmc_t numbers;
     readNumbers(sentence, numbers);
-    addDigits(line, "RMC: time", rmc[1]);
+    line += "RMC: ";
+    addVerdict(line, checksum);
+    addDigits(line, "time", rmc[1]);
     addDigits(line, ", date", rmc[9]);
     addStatus(line, rmc[2], numbers.status);
     addPosition(line, &rmc[3], &rmc[5], numbers.latitude, numbers.longitude);
@@ -98,11 +104,13 @@ void showRmc(std::string_view sentence, std::string& line) {
     addNumber(line, "course", rmc[8], numbers.course, 4, "deg");
 }
 
-void showGga(std::string_view sentence, std::string& line) {
+void showGga(std::string_view sentence, std::optional<Checksum> checksum, std::string& line) {
     const auto gga = fieldsOf<11>(sentence);
     GPSTraceMessage::numeric_gpgga_t numbers;
     readNumbers(sentence, numbers);
-    addDigits(line, "GGA: time", gga[1]);
+    line += "GGA: ";
+    addVerdict(line, checksum);
+    addDigits(line, "time", gga[1]);
     addDigits(line, ", quality", gga[6]);
     addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
     addSatellites(line, gga[7], numbers.numberSatellites);
@@ -178,15 +186,15 @@ void Views::showDump() {
     }
 }
 
-void Views::showFix(const GpsView& gps) {
+void Views::showFix(const GpsView& gps, const Fix& fix) {
     if (const std::string_view rmc = gps.getSentence(GPSTraceMessage::GPRMC); !rmc.empty()) {
         writer.beginLine();
-        showRmc(rmc, writer.text());
+        showRmc(rmc, fix.rmcChecksum, writer.text());
         writer.endLine();
     }
     if (const std::string_view gga = gps.getSentence(GPSTraceMessage::GPGGA); !gga.empty()) {
         writer.beginLine();
-        showGga(gga, writer.text());
+        showGga(gga, fix.ggaChecksum, writer.text());
         writer.endLine();
     }
 }

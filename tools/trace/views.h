@@ -4,6 +4,7 @@
 #include <span>
 #include <sstream>
 
+#include "libvexstream/Fix.h"
 #include "libvexstream/GpsView.h"
 #include "tools/trace/LineWriter.h"
 
@@ -21,8 +22,9 @@ public:
     void showFields(const GPSTraceMessage& gps);
 
     /// Its RMC and GGA sentences as numbers, a line each. A value that the receiver did not send is
-    /// called missing; one that makes no sense, invalid.
-    void showFix(const GpsView& gps);
+    /// called missing; one that makes no sense, invalid; and a checksum that is wrong, too.
+    /// \param fix  of the message, for the verdicts
+    void showFix(const GpsView& gps, const Fix& fix);
 
     /// Its RDB text; nothing where there is no position.
     void showRdb(const GPSTraceMessage& gps);

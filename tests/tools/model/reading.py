@@ -8,6 +8,7 @@ GPS = 22
 FIRST_DATED = 365 * 86400 * 10**9
 USUAL = b"PN"
 TALKERS = b"PNABIL"
+PLACES = 16
 
 
 def messages(trace):
@@ -53,30 +54,33 @@ def verdict_of(text):
     return RIGHT if as_sent(text) else WRONG
 
 
-def judged(texts):
-    """The verdict on each sentence of one code of a trace: for RMC and GGA the talker goes on."""
-    verdicts = [verdict_of(text) for text in texts]
-    if not texts or texts[0][:6] not in (b"$GPRMC", b"$GPGGA"):
-        return verdicts
-    lasting = None
-    before = None
-    for place, text in enumerate(texts):
-        talker = as_sent(text)[2:3] if verdicts[place] == RIGHT else None
-        if talker and (talker == before or (lasting is None and talker in USUAL)):
-            lasting = talker
-        if talker and lasting not in (None, talker):
-            verdicts[place] = WRONG
-        before = talker
-    return verdicts
-
-
 def with_verdicts(trace):
-    """(stamp, sentences, their verdicts) of each GPS message."""
-    found = messages(trace)
-    codes = {text[:6] for _, texts in found for text in texts}
-    verdicts = {code: iter(judged([text for _, texts in found for text in texts if text[:6] == code]))
-                for code in codes}
-    return [(stamp, texts, [next(verdicts[text[:6]]) for text in texts]) for stamp, texts in found]
+    """(stamp, sentences, their verdicts) of each GPS message. For RMC and GGA the talker goes on,
+    for each of the places that they have among those with one stamp."""
+    lasting, before = {}, {}
+    place, stamp_before = {}, {}
+    result = []
+    for stamp, texts in messages(trace):
+        verdicts = []
+        for text in texts:
+            code = text[:6]
+            verdict = verdict_of(text)
+            if code in (b"$GPRMC", b"$GPGGA"):
+                again = code in place and stamp_before[code] == stamp
+                place[code] = min(place[code] + 1, PLACES - 1) if again else 0
+                stamp_before[code] = stamp
+                key = code, place[code]
+                if key not in lasting:
+                    lasting[key] = lasting.get((code, place[code] - 1))
+                talker = as_sent(text)[2:3] if verdict == RIGHT else None
+                if talker and (talker == before.get(key) or (not lasting[key] and talker in USUAL)):
+                    lasting[key] = talker
+                if talker and lasting[key] not in (None, talker):
+                    verdict = WRONG
+                before[key] = talker
+            verdicts.append(verdict)
+        result.append((stamp, texts, verdicts))
+    return result
 
 
 def nmea(trace):

@@ -176,20 +176,16 @@ def serialised(stamp, held):
     return struct.pack(">HHHQ", 12 + len(payload), 22, 0, stamp % 2**64) + payload
 
 
-def trusted(found, known):
-    """The places of the timed sentences that steer, when so many sentences of a source are known."""
-    timed = [place for place, (_, text, _) in enumerate(found) if time_of(text)]
-    right = [place for place, (_, _, verdict) in enumerate(found[:known]) if verdict == RIGHT]
-    if not right:
-        return set(timed)
-    before = [place for place in timed if place < right[0]]
-    if any(found[place][2] == WRONG for place in before):
-        before = []
-    return set(before) | {place for place in timed if found[place][2] == RIGHT}
+def trusted(found):
+    """The places of the timed sentences that steer."""
+    verdicts = [verdict for _, _, verdict in found]
+    first_right = verdicts.index(RIGHT) if RIGHT in verdicts else len(found)
+    return {place for place, (_, text, verdict) in enumerate(found)
+            if time_of(text) and (verdict == RIGHT or place < first_right)}
 
 
 def stamps(groups, steering, first_day):
-    """The stamp of each epoch, where the sentences at these places steer."""
+    """The stamp of each epoch, steered by the sentences at these places."""
     result = []
     day, time_before, place = first_day, None, 0
     for time, texts in groups:
@@ -209,14 +205,6 @@ def trace(data, first_day=0):
     """The bytes of the trace that a recording of the input gives."""
     found = sentences(data)
     groups = epochs([text for _, text, _ in found])
-    verdicts = [verdict for _, _, verdict in found]
-    first_right = verdicts.index(RIGHT) if RIGHT in verdicts else len(found)
-    before = stamps(groups, trusted(found, 0), first_day)
-    behind = stamps(groups, trusted(found, len(found)), first_day)
-    result = b""
-    known = 0
-    for number, (_, texts) in enumerate(groups):
-        known += len(texts)
-        stamp = behind[number] if known > first_right else before[number]
-        result += b"".join(serialised(stamp, held) for held in messages(texts))
-    return result
+    return b"".join(serialised(stamp, held)
+                    for (_, texts), stamp in zip(groups, stamps(groups, trusted(found), first_day))
+                    for held in messages(texts))
