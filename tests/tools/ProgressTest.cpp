@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "tools/io/TerminalLine.h"
 #include "tools/io/standardStreams.h"
 
 using namespace vextrace;
@@ -106,7 +107,7 @@ TEST_F(ProgressTest, IsErasedAtTheEnd) {
 
 TEST_F(ProgressTest, ErasesNothingWhereNothingStands) {
     { Progress progress(MEGABYTE, ends[1], now); }
-    Progress::erase();
+    TerminalLine::erase();
     EXPECT_EQ(written(), "");
 }
 
@@ -119,7 +120,7 @@ TEST_F(ProgressTest, MakesRoomForALineToPeople) {
     tell("a line");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "vextrace: a line\n");
     EXPECT_EQ(written(), "\r                \r");
-    Progress::erase();
+    TerminalLine::erase();
     EXPECT_EQ(written(), "");
     wait(200ms);
     progress.update(60 * MEGABYTE);

@@ -466,12 +466,15 @@ def test_writes_no_trace_to_a_terminal(vextrace, folder):
     os.close(terminal)
 
 
-def test_ends_quietly_when_nobody_reads(vextrace, folder):
+def test_ends_with_the_summary_when_nobody_reads(vextrace, folder):
     reader, writer = os.pipe()
     os.close(reader)
     result = vextrace("record", "log", stdout=writer, stderr=subprocess.PIPE)
     os.close(writer)
-    assert (result.returncode, result.stderr) == (0, b"")
+    assert result.returncode == 1
+    assert "vextrace: standard output: 0 epochs, 0 messages, 0 bytes written" in lines(result)
+    assert lines(result)[-2:] == ["vextrace: log: ended by a write error",
+                                  "vextrace: standard output: nobody reads it any more"]
 
 
 @pytest.mark.parametrize("name", [b"-trace", b"\xff\xfe", b"a b\n", b"tr\xc3\xa4ce"])

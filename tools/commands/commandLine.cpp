@@ -58,7 +58,7 @@ int showHelp(const CLI::App& app, const CLI::ParseError& request) {
 std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     for (std::string& argument : reversed) {
-        if (argument.starts_with('[') && argument.ends_with(']')) {
+        if (argument == "++" || (argument.starts_with('[') && argument.ends_with(']'))) {
             argument.insert(0, "./");
         }
     }

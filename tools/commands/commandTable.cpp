@@ -32,6 +32,7 @@ CommandEntry recordEntry() {
              &to->baud},
             {"--idle", "MILLISECONDS", "silence that ends an epoch, 500 unless given", &to->idle},
             {"--sync", "", "wait behind each epoch until the device has it", &to->sync},
+            {"--quiet", "", "tell of faults alone, and show no line meanwhile", &to->quiet},
             {"--date", "YYYY-MM-DD", "the day, as long as the receiver sends none", &to->date},
             {"--stamp",
              "SOURCE",

@@ -21,6 +21,7 @@ struct RecordCommand {
     bool append = false;
     bool force = false;
     bool sync = false;
+    bool quiet = false;
     std::string date;
     std::string stamp = "utc";
 };

@@ -39,6 +39,7 @@ RecordOptions optionsOf(const RecordCommand& arguments) {
     }
     options.idle = std::chrono::milliseconds(arguments.idle);
     options.sync = arguments.sync;
+    options.quiet = arguments.quiet;
     return options;
 }
 

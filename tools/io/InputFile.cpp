@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/core.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -23,6 +24,15 @@ bool isReadable(int fd) {
     return false;
 }
 
+// Serial lines belong to a group.
+const char* adviceOn(const std::string& path) {
+    struct stat device = {};
+    return stat(path.c_str(), &device) == 0 && S_ISCHR(device.st_mode)
+               ? "; the group dialout may read serial lines: sudo adduser \"$USER\" dialout, then "
+                 "log in anew"
+               : "";
+}
+
 }  // namespace
 
 InputFile::InputFile(const std::string& path)
@@ -30,7 +40,9 @@ InputFile::InputFile(const std::string& path)
       shown(shownName(path)) {
     const std::optional<FileStatus> opened = fd < 0 ? std::nullopt : fileStatus(fd);
     if (!opened || !isReadable(fd)) {
-        throw UsageError(fmt::format("{}: cannot be read: {}", shown, std::strerror(errno)));
+        const int reason = errno;
+        throw UsageError(fmt::format("{}: cannot be read: {}{}", shown, std::strerror(reason),
+                                     reason == EACCES ? adviceOn(path) : ""));
     }
     status = *opened;
     if (status.kind == FileStatus::Kind::FOLDER) {
@@ -70,6 +82,10 @@ bool InputFile::goBack(size_t count) {
     }
     position -= count;
     return true;
+}
+
+bool InputFile::isTerminal() const {
+    return isatty(fd) != 0;
 }
 
 std::optional<uint64_t> InputFile::size() const {

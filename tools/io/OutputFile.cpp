@@ -5,28 +5,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <utility>
 
 #include "tools/io/errors.h"
-#include "tools/io/escape.h"
-#include "tools/io/writeSome.h"
 
 namespace vextrace::tools {
 
 namespace {
-
-// Terminals, /dev/null and sockets may well be read and written at once.
-bool isOneOf(const FileStatus& file, const std::vector<FileStatus>& inputs) {
-    return file.kind != FileStatus::Kind::OTHER &&
-           std::any_of(inputs.begin(), inputs.end(),
-                       [&](const FileStatus& input) { return input.isSameFile(file); });
-}
 
 std::string folderOf(const std::string& path) {
     const size_t slash = path.rfind('/');
@@ -59,10 +48,10 @@ bool renameToFree(const std::string& from, const std::string& to) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path, bool force, const Inputs& inputs)
-    : target(path), shown(escaped(path)) {
+    : sink(path), target(sink.isStandardOutput() ? "" : path) {
     buffer.room(2 * BUFFER_SIZE);
-    if (path == "-" || path == "/dev/stdout") {
-        openStandardOutput(inputs);
+    if (sink.isStandardOutput()) {
+        refuseInputs(fileStatus(sink.descriptor()).value_or(FileStatus()), inputs);
     } else if (const std::optional<FileStatus> existing = fileStatus(path)) {
         openExisting(*existing, force, inputs);
     } else {
@@ -71,34 +60,25 @@ OutputFile::OutputFile(const std::string& path, bool force, const Inputs& inputs
 }
 
 OutputFile::~OutputFile() {
-    if (fd >= 0 && fd != STDOUT_FILENO) {
-        close(fd);
-    }
     if (!temporary.empty()) {
         unlink(temporary.c_str());
     }
 }
 
-void OutputFile::openStandardOutput(const Inputs& inputs) {
-    shown = "standard output";
-    target.clear();
-    fd = STDOUT_FILENO;
-    const std::optional<FileStatus> existing = fileStatus(fd);
-    if (existing && isOneOf(*existing, inputs)) {
-        refuse("is an input, too");
+void OutputFile::refuseInputs(const FileStatus& existing, const Inputs& inputs) const {
+    if (isOneOf(existing, inputs)) {
+        sink.refuse("is an input, too");
     }
 }
 
 void OutputFile::openExisting(const FileStatus& existing, bool force, const Inputs& inputs) {
     const bool isRegular = existing.kind == FileStatus::Kind::REGULAR;
     if (existing.kind == FileStatus::Kind::FOLDER) {
-        refuse("is a directory");
+        sink.refuse("is a directory");
     }
-    if (isOneOf(existing, inputs)) {
-        refuse("is an input, too");
-    }
+    refuseInputs(existing, inputs);
     if ((isRegular || existing.kind == FileStatus::Kind::BLOCK_DEVICE) && !force) {
-        refuse("exists; --force replaces it");
+        sink.refuse("exists; --force replaces it");
     }
     if (!isRegular) {
         openDirectly();
@@ -106,11 +86,11 @@ void OutputFile::openExisting(const FileStatus& existing, bool force, const Inpu
     }
     target = resolved(target);
     if (target.empty() || access(target.c_str(), W_OK) != 0) {
-        refuseForErrno();
+        sink.refuseForErrno();
     }
     replace = true;
     openTemporary();
-    fchmod(fd, existing.permissions);
+    fchmod(sink.descriptor(), existing.permissions);
 }
 
 void OutputFile::openNew(bool force, int reason) {
@@ -118,44 +98,36 @@ void OutputFile::openNew(bool force, int reason) {
     const bool isLink = !target.empty() && lstat(target.c_str(), &link) == 0;
     if (reason != ENOENT || target.empty()) {
         errno = reason;
-        refuseForErrno();
+        sink.refuseForErrno();
     }
     if (isLink && !force) {
-        refuse("is a link that leads nowhere; --force replaces it");
+        sink.refuse("is a link that leads nowhere; --force replaces it");
     }
     replace = force;
     openTemporary();
 }
 
 void OutputFile::openDirectly() {
-    fd = open(target.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
-    if (fd < 0) {
-        refuseForErrno();
+    if (!sink.open(target, O_WRONLY)) {
+        sink.refuseForErrno();
     }
     target.clear();
 }
 
 void OutputFile::openTemporary() {
     const std::string folder = folderOf(target);
-    for (int number = 0; fd < 0; ++number) {
+    for (int number = 0; !sink.isOpen(); ++number) {
         temporary = fmt::format("{}.vextrace-{}-{}", folder, getpid(), number);
-        fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd < 0 && errno != EEXIST) {
-            refuseForErrno();
+        if (!sink.open(temporary, O_WRONLY | O_CREAT | O_EXCL) && errno != EEXIST) {
+            sink.refuseForErrno();
         }
     }
     removeTemporary.emplace(temporary);
 }
 
 void OutputFile::flush() {
-    std::string_view rest = buffer.view();
-    while (!rest.empty()) {
-        const ssize_t count = writeSome(fd, rest.data(), rest.size());
-        if (count > 0) {
-            rest.remove_prefix(static_cast<size_t>(count));
-        } else if (errno != EINTR) {
-            failForErrno();
-        }
+    if (sink.write(buffer.view()) != buffer.size()) {
+        sink.failFor(errno);
     }
     buffer.clear();
 }
@@ -165,33 +137,21 @@ void OutputFile::commit() {
     if (target.empty()) {
         return;
     }
-    // A power failure must not take the old file before the new one is there.
-    if (replace && fsync(fd) != 0) {
-        failForErrno();
-    }
-    const bool isClosed = close(std::exchange(fd, -1)) == 0;
-    const bool isNamed = isClosed && (replace ? rename(temporary.c_str(), target.c_str()) == 0
-                                              : renameToFree(temporary, target));
-    if (!isNamed) {
-        failForErrno();
+    // A power failure must leave nothing under the name that is not whole.
+    sink.synchronise();
+    if (!sink.close() || !name()) {
+        sink.failFor(errno);
     }
     removeTemporary.reset();
     temporary.clear();
-}
-
-void OutputFile::refuse(std::string_view reason) const {
-    throw UsageError(fmt::format("{}: {}", shown, reason));
-}
-
-void OutputFile::refuseForErrno() const {
-    refuse(fmt::format("cannot be written: {}", std::strerror(errno)));
-}
-
-void OutputFile::failForErrno() const {
-    if (errno == EPIPE) {
-        throw BrokenPipe();
+    if (!synchroniseFolder(target)) {
+        sink.failFor(errno);
     }
-    throw DataError(fmt::format("{}: cannot be written: {}", shown, std::strerror(errno)));
+}
+
+bool OutputFile::name() const {
+    return replace ? rename(temporary.c_str(), target.c_str()) == 0
+                   : renameToFree(temporary, target);
 }
 
 }  // namespace vextrace::tools

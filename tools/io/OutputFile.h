@@ -6,15 +6,16 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/io/FileStatus.h"
 #include "tools/io/RemoveOnSignal.h"
+#include "tools/io/Sink.h"
 #include "tools/io/TextBuffer.h"
 
 namespace vextrace::tools {
 
 /// Buffered output that appears under its name only when it is complete: a regular file is written
-/// beside its place and renamed by commit(). "-" is standard output; devices and FIFOs are written
-/// directly. Where SIGINT, SIGTERM or SIGHUP end the program, nothing is left behind, either.
+/// beside its place and, when it is on the device, renamed by commit(). "-" is standard output;
+/// devices and FIFOs are written directly. Where SIGINT, SIGTERM or SIGHUP end the program, nothing
+/// is left behind, either.
 ///
 /// There may be one at a time.
 class OutputFile {
@@ -53,22 +54,19 @@ private:
     static constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
 
     using Inputs = std::vector<FileStatus>;
-    void openStandardOutput(const Inputs& inputs);
+    void refuseInputs(const FileStatus& existing, const Inputs& inputs) const;
     void openExisting(const FileStatus& existing, bool force, const Inputs& inputs);
     void openNew(bool force, int reason);
     void openDirectly();
     void openTemporary();
     void flush();
-    [[noreturn]] void refuse(std::string_view reason) const;
-    [[noreturn]] void refuseForErrno() const;
-    [[noreturn]] void failForErrno() const;
+    bool name() const;
 
-    int fd = -1;
+    Sink sink;
     std::string target;     ///< empty where nothing is renamed
     std::string temporary;  ///< where the bytes of the target are until commit()
     std::optional<RemoveOnSignal> removeTemporary;
     bool replace = false;  ///< whether the target may exist when it is renamed
-    std::string shown;
     TextBuffer buffer;
 };
 

@@ -17,29 +17,15 @@ constexpr std::chrono::milliseconds QUIET_TIME{1000};
 constexpr std::chrono::milliseconds TIME_BETWEEN_LINES{200};
 constexpr double MEGABYTE = 1e6;
 
-Progress* current = nullptr;
-
 }  // namespace
 
 Progress::Progress(std::optional<uint64_t> bytes)
     : Progress(bytes, isatty(STDERR_FILENO) != 0 ? STDERR_FILENO : -1, &Clock::now) {}
 
 Progress::Progress(std::optional<uint64_t> bytes, int where, Clock::time_point (*time)())
-    : total(bytes), terminal(where), now(time), begin(now()), lastShown(begin) {
-    if (terminal < 0) {
+    : total(bytes), line(where), now(time), begin(now()), lastShown(begin) {
+    if (!line.isShown()) {
         nextLook = NEVER;
-    }
-    current = this;
-}
-
-Progress::~Progress() {
-    erase();
-    current = nullptr;
-}
-
-void Progress::erase() {
-    if (current != nullptr && current->width != 0) {
-        current->show("");
     }
 }
 
@@ -48,16 +34,8 @@ void Progress::look(uint64_t done) {
     const Clock::time_point time = now();
     if (time - begin > QUIET_TIME && time - lastShown >= TIME_BETWEEN_LINES) {
         lastShown = time;
-        show(progressText(done, total, std::chrono::duration<double>(time - begin).count()));
+        line.show(progressText(done, total, std::chrono::duration<double>(time - begin).count()));
     }
-}
-
-// Blanks erase what the text leaves of the line before it; every terminal knows them.
-void Progress::show(const std::string& text) {
-    const std::string rest(width > text.size() ? width - text.size() : 0, ' ');
-    const std::string line = '\r' + text + rest + (text.empty() ? "\r" : "");
-    [[maybe_unused]] const ssize_t written = write(terminal, line.data(), line.size());
-    width = text.size();
 }
 
 std::string progressText(uint64_t done, std::optional<uint64_t> total, double seconds) {

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "tools/io/TerminalLine.h"
+
 namespace vextrace::tools {
 
 /// A line on standard error that tells how far the work is: per cent, MB/s, time left. It is there
@@ -20,10 +22,6 @@ public:
     /// For tests: writes to the terminal \p where, and asks \p time for the time.
     Progress(std::optional<uint64_t> bytes, int where, Clock::time_point (*time)());
 
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-    ~Progress();
-
     /// Tells how many bytes are done. Cheap, for every message.
     void update(uint64_t done) {
         if (done >= nextLook) {
@@ -31,21 +29,15 @@ public:
         }
     }
 
-    /// Erases the line where there is one, before something else is written to the terminal. It
-    /// comes back with the next update.
-    static void erase();
-
 private:
     void look(uint64_t done);
-    void show(const std::string& text);
 
     std::optional<uint64_t> total;
-    int terminal;
+    TerminalLine line;
     Clock::time_point (*now)();
     Clock::time_point begin;
     Clock::time_point lastShown;
     uint64_t nextLook = 0;
-    size_t width = 0;  // of what stands there
 };
 
 /// "43 %, 125.0 MB/s, 0:12 left"; without a total "500 MB, 125.0 MB/s". MB are 10^6 bytes.

@@ -54,12 +54,18 @@ StopSignals::~StopSignals() {
     for (size_t i = 0; i < SIGNALS.size(); ++i) {
         sigaction(SIGNALS[i], &before[i], nullptr);
     }
+    first = 0;
+    number = 0;
     close(writeEnd.exchange(-1));
     close(readEnd);
 }
 
 int StopSignals::caught() {
     return first;
+}
+
+const char* StopSignals::nameOf(int signal) {
+    return signal == SIGINT ? "SIGINT" : signal == SIGTERM ? "SIGTERM" : "SIGHUP";
 }
 
 int StopSignals::count() {

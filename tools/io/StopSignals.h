@@ -20,6 +20,9 @@ public:
     /// The first of the signals that came; 0 while none has.
     static int caught();
 
+    /// The name of one of the signals.
+    static const char* nameOf(int signal);
+
     /// How many came.
     static int count();
 

@@ -30,6 +30,14 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// Ends the command as a signal asks for.
+class Interrupted : public std::exception {
+public:
+    explicit Interrupted(int number) : signal(number) {}
+
+    const int signal;
+};
+
 /// Ends the program quietly: whoever read its output has gone.
 class BrokenPipe : public std::exception {};
 

@@ -2,7 +2,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 #include "tools/io/utf8.h"
 
@@ -16,6 +18,26 @@ bool isControl(std::string_view character) {
     return first < 0x20 || first == 0x7F ||
            (character.size() == 2 && first == 0xC2 &&
             static_cast<unsigned char>(character[1]) < 0xA0);
+}
+
+// Characters that show nothing of their own, and can hide or turn round what stands beside them:
+// those of format, the separators of lines and paragraphs, and those that Unicode calls default
+// ignorable.
+constexpr std::pair<uint32_t, uint32_t> INVISIBLE[] = {
+    {0xAD, 0xAD},       {0x34F, 0x34F},     {0x600, 0x605},     {0x61C, 0x61C},
+    {0x6DD, 0x6DD},     {0x70F, 0x70F},     {0x890, 0x891},     {0x8E2, 0x8E2},
+    {0x115F, 0x1160},   {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},
+    {0x2028, 0x202E},   {0x2060, 0x206F},   {0x3164, 0x3164},   {0xFE00, 0xFE0F},
+    {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0},   {0xFFF0, 0xFFFB},   {0x110BD, 0x110BD},
+    {0x110CD, 0x110CD}, {0x13430, 0x1343F}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A},
+    {0xE0000, 0xE0FFF},
+};
+
+bool isInvisible(std::string_view character) {
+    const uint32_t number = codePoint(character);
+    return std::ranges::any_of(INVISIBLE, [&](const auto& range) {
+        return number >= range.first && number <= range.second;
+    });
 }
 
 // Nearly all texts are such. The loop has no branches, so that it takes many bytes at once.
@@ -47,7 +69,7 @@ void appendEscaped(std::string& result, std::string_view text) {
         const std::string_view character = text.substr(0, length == 0 ? 1 : length);
         if (character == "\\") {
             result += "\\\\";
-        } else if (length == 0 || isControl(character)) {
+        } else if (length == 0 || isControl(character) || isInvisible(character)) {
             for (const char byte : character) {
                 result += fmt::format("\\x{:02x}", static_cast<uint8_t>(byte));
             }

@@ -5,8 +5,9 @@
 
 namespace vextrace::tools {
 
-/// The text with control characters, backslashes and bytes that are no UTF-8 written as escapes
-/// such as \x1b, so that it cannot steer a terminal. Everything else stays as it is.
+/// The text with control characters, characters that are invisible or change the direction of
+/// writing, backslashes and bytes that are no UTF-8 written as escapes such as \x1b, so that it can
+/// neither steer a terminal nor deceive who reads it. Everything else stays as it is.
 std::string escaped(std::string_view text);
 
 /// Appends the same.

@@ -30,7 +30,7 @@ bool waitForGrowth(const InputFile& input, uint64_t position) {
                                     input.name(), position));
     }
     pollfd output = {STDOUT_FILENO, 0, 0};
-    if (poll(&output, 1, MOMENT_MS) > 0 && (output.revents & POLLERR) != 0) {
+    if (poll(&output, 1, MOMENT_MS) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0) {
         throw BrokenPipe();
     }
     return true;

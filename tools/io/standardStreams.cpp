@@ -6,7 +6,7 @@
 
 #include <csignal>
 
-#include "tools/io/Progress.h"
+#include "tools/io/TerminalLine.h"
 
 namespace vextrace::tools {
 
@@ -29,7 +29,7 @@ bool outputIsTerminal() {
 }
 
 void tell(std::string_view text) {
-    Progress::erase();
+    TerminalLine::erase();
     const std::string line = fmt::format("vextrace: {}\n", text);
     [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
 }

@@ -1,21 +1,20 @@
 #include "tools/trace/Recorder.h"
 
 #include <fmt/core.h>
-#include <poll.h>
 
-#include <array>
-#include <cerrno>
-#include <csignal>
-#include <utility>
+#include <algorithm>
 
 #include "libvexstream/utc.h"
 #include "tools/io/errors.h"
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
+#include "tools/io/waiting.h"
 
 namespace vextrace::tools {
 
 namespace {
+
+using std::chrono::milliseconds;
 
 constexpr size_t BUFFER_SIZE = size_t{64} * 1024;
 constexpr int SIGNAL_STATUS = 128;  // as shells have it
@@ -26,44 +25,65 @@ timeStamp_t systemClock() {
         std::chrono::duration_cast<std::chrono::nanoseconds>(now).count());
 }
 
-const char* signalName(int signal) {
-    return signal == SIGINT ? "SIGINT" : signal == SIGTERM ? "SIGTERM" : "SIGHUP";
-}
-
 }  // namespace
 
-Recorder::Recorder(const RecordOptions& options)
-    : input(options.input),
-      line(input, options.baud),
-      output(options.output, options.existing, input),
-      epochs(options.stamps, options.date),
-      stamps(options.stamps),
-      idle(static_cast<int>(options.idle.count())),
-      buffer(BUFFER_SIZE) {
-    output.setSync(options.sync);
-    output.setTogether(input.size().has_value());
-    if (input.size()) {  // what comes live has no end to be near to
-        progress.emplace(input.size());
-    }
-}
+Recorder::Recorder(const RecordOptions& given)
+    : options(given),
+      input(given.input),
+      line(input, given.baud),
+      recording(given.stamps, given.date),
+      buffer(BUFFER_SIZE),
+      lastRead(Clock::now()) {}
 
 int Recorder::run() {
-    if (!output.notice().empty()) {
-        tell(output.notice());
+    if (!openOutput()) {
+        return SIGNAL_STATUS + StopSignals::caught();
     }
-    const Ending ending = record();
-    sumUp(ending);
+    Ending ending = record();
+    progress.reset();
+    live.reset();
+    if (output->cutOff() != 0 && ending.status == STATUS_OK) {
+        ending.status = STATUS_DATA;
+    }
+    if (!options.quiet) {
+        sumUp(ending);
+    }
+    if (!ending.fault.empty()) {
+        tell(ending.fault);
+    }
     return ending.status;
+}
+
+// False where a signal ended that.
+bool Recorder::openOutput() {
+    try {
+        output.emplace(options.output, options.existing, input);
+    } catch (const Interrupted& interrupted) {
+        tell(fmt::format("{}: ended by {}, before the trace was read to its end", options.output,
+                         StopSignals::nameOf(interrupted.signal)));
+        return false;
+    }
+    if (!output->notice().empty()) {
+        tell(output->notice());
+    }
+    output->setSync(options.sync);
+    output->setTogether(input.size().has_value());
+    if (!options.quiet && input.size()) {
+        progress.emplace(input.size());
+    } else if (!options.quiet) {
+        live.emplace(input.name(), Clock::now());
+    }
+    return true;
 }
 
 Recorder::Ending Recorder::record() {
     try {
         Ending ending = follow();
-        framer.finish();
+        recording.finish();
         writeSentences();
-        output.write(epochs.take());
-        output.close();
-        if (framer.counters().sentences() == 0 && ending.status == STATUS_OK) {
+        write(recording.take());
+        output->close();
+        if (recording.counters().sentences() == 0 && ending.status == STATUS_OK) {
             ending.status = STATUS_DATA;
             ending.fault = input.name() + ": holds no NMEA sentence";
         }
@@ -71,42 +91,74 @@ Recorder::Ending Recorder::record() {
     } catch (const DataError& error) {
         passOverRest();
         return {"by a write error", STATUS_DATA, error.what()};
+    } catch (const BrokenPipe&) {
+        passOverRest();
+        return {"by a write error", STATUS_DATA, output->name() + ": nobody reads it any more"};
     }
 }
 
 // What was read and cannot be written is accounted for all the same.
 void Recorder::passOverRest() {
-    framer.finish();
-    while (framer.next()) {
+    recording.finish();
+    while (recording.next()) {
     }
 }
 
 // Until there is no more.
 Recorder::Ending Recorder::follow() {
     while (true) {
-        const int ready = wait();
-        if (const int signal = StopSignals::caught(); signal != 0) {
-            readWhatIsThere();
-            return {std::string("by ") + signalName(signal), SIGNAL_STATUS + signal, {}};
+        switch (waitForInput(input, signals, output->sink(), untilNext(Clock::now()))) {
+            case Awaited::SIGNAL:
+                return endBySignal();
+            case Awaited::NO_READER:
+                throw BrokenPipe();
+            case Awaited::INPUT:
+                if (std::optional<Ending> ending = readOn()) {
+                    return *std::move(ending);
+                }
+                break;
+            case Awaited::TIME:
+                break;
         }
-        if (ready == 0) {
-            output.write(epochs.take());
-        } else if (ready > 0) {
-            if (std::optional<Ending> ending = readOn()) {
-                return *std::move(ending);
-            }
-        }
+        attend(Clock::now());
     }
+}
+
+// Until silence ends the epoch in hand, or the line is to be renewed.
+std::optional<milliseconds> Recorder::untilNext(Clock::time_point now) const {
+    std::optional<milliseconds> time;
+    if (!recording.isEmpty()) {
+        time = std::chrono::ceil<milliseconds>(lastRead + options.idle - now);
+    }
+    if (live && live->isShown()) {
+        const milliseconds update = live->untilUpdate(now);
+        time = std::min(time.value_or(update), update);
+    }
+    return time;
+}
+
+void Recorder::attend(Clock::time_point now) {
+    if (!recording.isEmpty() && now - lastRead >= options.idle && !input.size()) {
+        write(recording.take());
+    }
+    if (live) {
+        live->update(recording.counters(), output->written().bytes, now);
+    }
+}
+
+Recorder::Ending Recorder::endBySignal() {
+    readWhatIsThere();
+    const int signal = StopSignals::caught();
+    return {std::string("by ") + StopSignals::nameOf(signal), SIGNAL_STATUS + signal, {}};
 }
 
 // What a receiver sent before a signal came may lie in the kernel still. A file has no such bytes,
 // and what never pauses has no end to wait for.
 void Recorder::readWhatIsThere() {
     constexpr uint64_t MOST = uint64_t{1} << 20;
-    const uint64_t end = framer.counters().bytesRead + MOST;
-    pollfd waiting = {input.descriptor(), POLLIN, 0};
-    while (!input.size() && StopSignals::count() == 1 && framer.counters().bytesRead < end &&
-           poll(&waiting, 1, 0) > 0 && !readOn()) {
+    const uint64_t end = recording.counters().bytesRead + MOST;
+    while (!input.size() && StopSignals::count() == 1 && recording.counters().bytesRead < end &&
+           hasInput(input) && !readOn()) {
     }
 }
 
@@ -121,18 +173,17 @@ std::optional<Recorder::Ending> Recorder::readOn() {
     if (count == 0) {
         return endOfInput();
     }
-    take({reinterpret_cast<const char*>(buffer.data()), count});
+    lastRead = Clock::now();
+    if (live) {
+        live->noteBytes(lastRead);
+    }
+    recording.feed({reinterpret_cast<const char*>(buffer.data()), count},
+                   options.stamps == StampSource::ARRIVAL ? systemClock() : 0);
+    writeSentences();
     if (progress) {
-        progress->update(framer.counters().bytesRead);
+        progress->update(recording.counters().bytesRead);
     }
     return std::nullopt;
-}
-
-// For the input or a signal, or until silence ends the epoch in hand; 0 is silence.
-int Recorder::wait() {
-    std::array<pollfd, 2> waiting = {
-        {{input.descriptor(), POLLIN, 0}, {signals.descriptor(), POLLIN, 0}}};
-    return poll(waiting.data(), waiting.size(), epochs.isEmpty() ? -1 : idle);
 }
 
 Recorder::Ending Recorder::endOfInput() const {
@@ -142,45 +193,53 @@ Recorder::Ending Recorder::endOfInput() const {
     return {"at the end of the input", STATUS_OK, {}};
 }
 
-void Recorder::take(std::string_view bytes) {
-    if (stamps == StampSource::ARRIVAL) {
-        arrivals.note(framer.counters().bytesRead, systemClock());
+void Recorder::writeSentences() {
+    while (const std::optional<Recording::Step> step = recording.next()) {
+        write(step->part);
+        if (live) {
+            live->note(step->sentence);
+        }
     }
-    framer.feed(bytes);
-    writeSentences();
 }
 
-void Recorder::writeSentences() {
-    while (const std::optional<Framer::Sentence> sentence = framer.next()) {
-        output.write(epochs.add(sentence->text, sentence->checksum, arrivals.of(sentence->offset)));
+void Recorder::write(const EpochBuilder::Part& part) {
+    output->write(part);
+    if (live) {
+        live->note(part);
     }
 }
 
 void Recorder::sumUp(const Ending& ending) const {
-    const Framer::Counters& read = framer.counters();
-    const TraceOutput::Counters& written = output.written();
+    const Framer::Counters& read = recording.counters();
     tell(fmt::format("{}: {} read, {} recorded, {} skipped", input.name(),
                      counted(read.bytesRead, "byte"), read.bytesRecorded, read.bytesSkipped()));
     tell(fmt::format("{}: {}, {} checked, {} with a wrong checksum, {} without", input.name(),
                      counted(read.sentences(), "sentence"), read.checked, read.wrong,
                      read.unchecked));
-    tell(fmt::format("{}: {}, {}, {} written", output.name(), counted(written.epochs, "epoch"),
+    sumUpOutput();
+    tell(fmt::format("{}: ended {}", input.name(), ending.how));
+}
+
+void Recorder::sumUpOutput() const {
+    const TraceOutput::Counters& written = output->written();
+    const uint64_t sentences = recording.counters().sentences();
+    tell(fmt::format("{}: {}, {}, {} written", output->name(), counted(written.epochs, "epoch"),
                      counted(written.messages, "message"), counted(written.bytes, "byte")));
+    if (output->cutOff() != 0) {
+        tell(fmt::format("{}: {} of these cut off by another program", output->name(),
+                         counted(output->cutOff(), "byte")));
+    }
     if (written.first != 0) {
-        tell(fmt::format("{}: {} to {}", output.name(), utcText(written.first),
+        tell(fmt::format("{}: {} to {}", output->name(), utcText(written.first),
                          utcText(written.last)));
     }
     if (written.messagesWithoutDate > 0) {
-        tell(fmt::format("{}: {} without a date", output.name(),
+        tell(fmt::format("{}: {} without a date", output->name(),
                          counted(written.messagesWithoutDate, "message")));
     }
-    if (written.sentences < read.sentences()) {
-        tell(fmt::format("{}: lacks the last {}", output.name(),
-                         counted(read.sentences() - written.sentences, "sentence")));
-    }
-    tell(fmt::format("{}: ended {}", input.name(), ending.how));
-    if (!ending.fault.empty()) {
-        tell(ending.fault);
+    if (written.sentences < sentences) {
+        tell(fmt::format("{}: lacks the last {}", output->name(),
+                         counted(sentences - written.sentences, "sentence")));
     }
 }
 

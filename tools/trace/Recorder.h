@@ -7,13 +7,12 @@
 #include <string_view>
 #include <vector>
 
-#include "libvexstream/Arrivals.h"
-#include "libvexstream/EpochBuilder.h"
-#include "libvexstream/Framer.h"
+#include "libvexstream/Recording.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/Progress.h"
 #include "tools/io/SerialLine.h"
 #include "tools/io/StopSignals.h"
+#include "tools/trace/LiveLine.h"
 #include "tools/trace/TraceOutput.h"
 
 namespace vextrace::tools {
@@ -27,6 +26,7 @@ struct RecordOptions {
     std::chrono::sys_days date;           ///< as long as no sentence brings one
     std::chrono::milliseconds idle{500};  ///< silence that ends an epoch
     bool sync = false;                    ///< wait for the device behind each epoch
+    bool quiet = false;                   ///< tell of faults alone
 };
 
 /// Records what a receiver sends as a trace, an epoch as soon as it is over, until the input ends
@@ -38,38 +38,43 @@ public:
 
     /// Records, and tells on standard error what became of every byte.
     /// \return the exit status: that of the data, or 128 and the number of the signal
-    /// \throws BrokenPipe when nobody reads the trace any more
+    /// \throws UsageError where the output cannot be used; nothing has been changed then
     int run();
 
 private:
+    using Clock = LiveLine::Clock;
+
     struct Ending {
         std::string how;
         int status;
         std::string fault;  // empty where it is none
     };
 
+    bool openOutput();
     Ending record();
     void passOverRest();
     Ending follow();
+    Ending endBySignal();
     std::optional<Ending> readOn();
     void readWhatIsThere();
-    int wait();
+    std::optional<std::chrono::milliseconds> untilNext(Clock::time_point now) const;
+    void attend(Clock::time_point now);
     Ending endOfInput() const;
-    void take(std::string_view bytes);
     void writeSentences();
+    void write(const EpochBuilder::Part& part);
     void sumUp(const Ending& ending) const;
+    void sumUpOutput() const;
 
+    const RecordOptions options;
     InputFile input;
     StopSignals signals;  // before the line, which they must not leave as it is set up
     SerialLine line;
-    TraceOutput output;
-    Framer framer;
-    Arrivals arrivals;
-    EpochBuilder epochs;
-    const StampSource stamps;
-    const int idle;
+    std::optional<TraceOutput> output;
+    Recording recording;
     std::vector<uint8_t> buffer;
-    std::optional<Progress> progress;
+    Clock::time_point lastRead;
+    std::optional<Progress> progress;  // of a file
+    std::optional<LiveLine> live;      // of what has no end to be near to
 };
 
 }  // namespace vextrace::tools

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include "tools/io/InputFile.h"
 
@@ -26,10 +25,8 @@ struct ProofCounters {
     uint64_t splitEpochs = 0;    ///< in more messages than they need, see RecordingRules::live
 };
 
-/// Proves that a trace holds what a log says, epoch by epoch. Nothing is built anew for that; each
-/// sentence of the log is looked for where it must be: the k-th of a code in the k-th message of
-/// its epoch. Each message must be used up by its epoch, and its stamp must be the date and time
-/// that its own sentences say.
+/// Proves that a trace holds what a log says: the log is recorded again, in memory, and compared
+/// with the trace as it comes. Live, each epoch is compared sentence by sentence; see LiveProof.
 ///
 /// \throws DataError at the first difference; names the byte of the trace and that of the log
 ProofCounters proveTrace(InputFile& log, InputFile& trace, const RecordingRules& rules);

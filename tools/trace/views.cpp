@@ -8,6 +8,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "libvexstream/internal/digits.h"
 #include "libvexstream/internal/fields.h"
@@ -78,8 +79,12 @@ void addStatus(std::string& line, std::string_view sent, bool isValid) {
     line += sent.empty() ? ", status missing" : isValid ? ", valid" : ", not valid";
 }
 
-void addSatellites(std::string& line, std::string_view sent, uint16_t number) {
-    if (isDigits(sent)) {
+// As many as a Fix takes for possible.
+void addSatellites(std::string& line, std::string_view sent) {
+    constexpr unsigned MOST = 999;
+    unsigned number = 0;
+    const auto read = std::from_chars(sent.data(), sent.data() + sent.size(), number);
+    if (isDigits(sent) && read.ec == std::errc() && number <= MOST) {
         line += ", " + counted(number, "satellite");
     } else {
         line += sent.empty() ? ", satellites missing" : ", satellites invalid";
@@ -113,7 +118,7 @@ void showGga(std::string_view sentence, std::optional<Checksum> checksum, std::s
     addDigits(line, "time", gga[1]);
     addDigits(line, ", quality", gga[6]);
     addPosition(line, &gga[2], &gga[4], numbers.latitude, numbers.longitude);
-    addSatellites(line, gga[7], numbers.numberSatellites);
+    addSatellites(line, gga[7]);
     if (gga[9].empty() || gga[10].empty() || gga[10] == "M") {
         addNumber(line, "altitude", gga[9], numbers.antennaAltitude, 4, "m");
     } else {

@@ -1,0 +1,133 @@
+#include "tools/io/Sink.h"
+
+#include <fcntl.h>
+#include <fmt/core.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "tools/io/StopSignals.h"
+#include "tools/io/errors.h"
+#include "tools/io/escape.h"
+#include "tools/io/writeSome.h"
+
+namespace vextrace::tools {
+
+namespace {
+
+constexpr mode_t AS_THE_USER_WANTS = 0666;
+
+// Nothing of it can wait.
+bool isNoDevice(int reason) {
+    return reason == EINVAL || reason == EROFS || reason == ENOTSUP;
+}
+
+std::string folderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+}  // namespace
+
+Sink::Sink(const std::string& path)
+    : standard(path == "-" || path == "/dev/stdout"),
+      shown(standard ? "standard output" : escaped(path)) {
+    if (standard) {
+        fd = STDOUT_FILENO;
+    }
+}
+
+Sink::~Sink() {
+    close();
+}
+
+bool Sink::open(const std::string& file, int flags) {
+    fd = ::open(file.c_str(), flags | O_CLOEXEC | O_NOCTTY, AS_THE_USER_WANTS);
+    return fd >= 0;
+}
+
+bool Sink::isTerminal() const {
+    return isatty(fd) != 0;
+}
+
+FileStatus Sink::status() const {
+    const std::optional<FileStatus> found = fileStatus(fd);
+    const int flags = fcntl(fd, F_GETFL);
+    if (!found || flags < 0) {
+        refuseForErrno();
+    }
+    if ((flags & O_ACCMODE) == O_RDONLY) {
+        errno = EBADF;
+        refuseForErrno();
+    }
+    return *found;
+}
+
+size_t Sink::write(std::string_view bytes) const {
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const size_t count = writePiece(bytes.substr(done));
+        if (count == 0) {
+            break;
+        }
+        done += count;
+    }
+    return done;
+}
+
+size_t Sink::writePiece(std::string_view bytes) const {
+    ssize_t count = 0;
+    do {
+        count = writeSome(fd, bytes.data(), bytes.size());
+    } while (count < 0 && errno == EINTR && StopSignals::count() < 2);
+    return count < 0 ? 0 : static_cast<size_t>(count);
+}
+
+void Sink::synchronise() const {
+    if (fdatasync(fd) != 0 && !isNoDevice(errno)) {
+        failFor(errno);
+    }
+}
+
+bool Sink::close() {
+    const int closed = std::exchange(fd, -1);
+    return closed < 0 || standard || ::close(closed) == 0;
+}
+
+void Sink::refuse(std::string_view reason) const {
+    throw UsageError(fmt::format("{}: {}", shown, reason));
+}
+
+void Sink::refuseForErrno() const {
+    refuse(fmt::format("cannot be written: {}", std::strerror(errno)));
+}
+
+void Sink::failFor(int reason) const {
+    if (reason == EPIPE) {
+        throw BrokenPipe();
+    }
+    throw DataError(fmt::format("{}: cannot be written: {}", shown, std::strerror(reason)));
+}
+
+bool isOneOf(const FileStatus& file, const std::vector<FileStatus>& inputs) {
+    return file.kind != FileStatus::Kind::OTHER &&
+           std::any_of(inputs.begin(), inputs.end(),
+                       [&](const FileStatus& input) { return input.isSameFile(file); });
+}
+
+bool synchroniseFolder(const std::string& file) {
+    const int folder = open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) {
+        return errno == EACCES;  // a folder that may be written, but not read
+    }
+    const bool done = fsync(folder) == 0 || isNoDevice(errno);
+    const int reason = errno;
+    close(folder);
+    errno = reason;
+    return done;
+}
+
+}  // namespace vextrace::tools

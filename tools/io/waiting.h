@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+#include "tools/io/InputFile.h"
+#include "tools/io/Sink.h"
+#include "tools/io/StopSignals.h"
+
+namespace vextrace::tools {
+
+/// What ended a wait.
+enum class Awaited {
+    INPUT,      ///< there are bytes, or the input has ended
+    SIGNAL,     ///< has come; whatever else there is
+    NO_READER,  ///< nobody reads the output any more
+    TIME        ///< is over
+};
+
+/// Waits for the first of these; without a time for the others.
+Awaited waitForInput(const InputFile& input, const StopSignals& signals, const Sink& output,
+                     std::optional<std::chrono::milliseconds> time);
+
+/// Whether reading would not have to wait.
+bool hasInput(const InputFile& input);
+
+}  // namespace vextrace::tools

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "libvexstream/TraceReader.h"
+#include "tools/io/InputFile.h"
+
+namespace vextrace::tools {
+
+/// The GPS messages of a trace that is compared with its log.
+class ProvenTrace {
+public:
+    explicit ProvenTrace(InputFile& trace) : name(trace.name()), reader(trace) {}
+
+    /// The next GPS message; END, with its offset, at the end of the trace.
+    /// \throws DataError at damage
+    TraceItem next();
+
+    /// \throws DataError where a GPS message is left
+    void proveEnd();
+
+    uint64_t messages() const { return gps; }
+    uint64_t otherMessages() const { return others; }  ///< passed over
+
+    /// \throws DataError about the message at this byte of the trace
+    [[noreturn]] void differ(uint64_t offset, const std::string& what) const;
+
+    /// The same of a message that bears another stamp than its sentences say.
+    [[noreturn]] void differInStamp(const TraceItem& message, timeStamp_t expected) const;
+
+private:
+    [[noreturn]] void refuseDamage(const TraceItem& damage) const;
+
+    std::string name;
+    TraceReader reader;
+    uint64_t gps = 0;
+    uint64_t others = 0;
+};
+
+}  // namespace vextrace::tools
