@@ -144,6 +144,17 @@ TEST(FramerTest, SkipsLinesThatAreNoSentences) {
     }
 }
 
+// Wherever it stands among those that are looked at together.
+TEST(FramerTest, SkipsLinesWithADelete) {
+    const string line = "$GPTXT,0123456789abcdef\n";
+    ASSERT_EQ(framed(line).size(), 1U);
+    for (size_t place = 1; place + 1 < line.size(); ++place) {
+        string other = line;
+        other[place] = '\x7F';
+        EXPECT_EQ(framed(other), Sentences()) << place;
+    }
+}
+
 TEST(FramerTest, SkipsTheRestOfALineWithACheckedSentence) {
     EXPECT_EQ(framed("$GPGGA,1$PA*11$PB\r\n$PC\n"),
               (Sentences{{8, "$PA*11", 'R'}, {19, "$PC\n", 'N'}}));

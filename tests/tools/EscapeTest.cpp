@@ -45,6 +45,35 @@ TEST(EscapeTest, C1ControlsBecomeEscapes) {
     EXPECT_EQ(escaped("\xC2\x9F"), "\\xc2\\x9f");
 }
 
+// The first and the last of each kind.
+TEST(EscapeTest, CharactersThatHideOrTurnOthersRoundBecomeEscapes) {
+    const struct {
+        const char* text;
+        const char* expected;
+    } cases[] = {
+        {"a\xC2\xAD", R"(a\xc2\xad)"},                    // soft hyphen
+        {"\xD8\x9C", R"(\xd8\x9c)"},                      // Arabic letter mark
+        {"\xE2\x80\x8B", R"(\xe2\x80\x8b)"},             // zero width space
+        {"\xE2\x80\x8F", R"(\xe2\x80\x8f)"},             // right-to-left mark
+        {"\xE2\x80\xA8", R"(\xe2\x80\xa8)"},             // line separator
+        {"\xE2\x80\xAE", R"(\xe2\x80\xae)"},             // right-to-left override
+        {"\xE2\x81\xA0", R"(\xe2\x81\xa0)"},             // word joiner
+        {"\xE2\x81\xA9", R"(\xe2\x81\xa9)"},             // end of an isolate
+        {"\xEF\xBB\xBF", R"(\xef\xbb\xbf)"},             // byte order mark
+        {"\xEF\xBF\xBB", R"(\xef\xbf\xbb)"},             // end of an annotation
+        {"\xE3\x85\xA4", R"(\xe3\x85\xa4)"},             // Hangul filler
+        {"\xF3\xA0\x80\x80", R"(\xf3\xa0\x80\x80)"},    // tags
+        {"\xF3\xA0\xBF\xBF", R"(\xf3\xa0\xbf\xbf)"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(escaped(text), expected);
+    }
+    for (const char* text : {"\xC2\xAE", "\xE2\x80\x90", "\xE2\x80\xA7", "\xE2\x81\xB0",
+                             "\xE2\x80\xAF", "\xD7\xA9", "\xF3\xB0\x80\x80"}) {
+        EXPECT_EQ(escaped(text), text);
+    }
+}
+
 TEST(EscapeTest, BytesThatAreNoUtf8BecomeEscapes) {
     const struct {
         const char* text;

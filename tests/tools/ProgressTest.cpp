@@ -138,6 +138,7 @@ TEST_F(ProgressTest, SaysNothingWithoutATerminal) {
 TEST_F(ProgressTest, ManagesWithoutAnythingDone) {
     EXPECT_EQ(progressText(0, 100, 2), "0 MB, 0.0 MB/s");
     EXPECT_EQ(progressText(0, 0, 2), "0 MB, 0.0 MB/s");
+    EXPECT_EQ(progressText(5 * MEGABYTE, 0, 2), "5 MB, 2.5 MB/s");
     EXPECT_EQ(progressText(200, 100, 2), "100 %, 0.0 MB/s, 0:00 left");
     EXPECT_EQ(progressText(1 * MEGABYTE, 7201 * MEGABYTE, 1), "0 %, 1.0 MB/s, 120:00 left");
 }

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "tests/stream/traces.h"
+#include "tests/tools/TemporaryFolder.h"
+#include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
 
 using namespace vextrace;
@@ -70,22 +72,14 @@ private:
 class TraceOutputTest : public testing::Test {
 protected:
     TraceOutputTest() {
-        string name = (fs::temp_directory_path() / "TraceOutputTest-XXXXXX").string();
-        folder = mkdtemp(name.data());
         write("log", "$GPABC\n");
         write("other", "another log\n");
     }
-    ~TraceOutputTest() override { fs::remove_all(folder); }
 
-    string path(const string& name) const { return (folder / name).string(); }
-    void write(const string& name, const string& content) const {
-        std::ofstream(path(name), std::ios::binary) << content;
-    }
-    string content(const string& name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    bool exists(const string& name) const { return fs::exists(fs::symlink_status(folder / name)); }
+    string path(const string& name) const { return folder.path(name); }
+    void write(const string& name, const string& content) const { folder.write(name, content); }
+    string content(const string& name) const { return folder.content(name); }
+    bool exists(const string& name) const { return folder.exists(name); }
 
     // Writes the parts, and tells what was told.
     string record(const string& name, ExistingTrace existing,
@@ -105,12 +99,12 @@ protected:
         try {
             const TraceOutput output(path(name), existing, input);
         } catch (const UsageError& error) {
-            return string(error.what()).substr(folder.string().size() + 1);
+            return string(error.what()).substr(folder.path().size() + 1);
         }
         return "none";
     }
 
-    fs::path folder;
+    TemporaryFolder folder;
 };
 
 }  // namespace
@@ -190,8 +184,8 @@ TEST_F(TraceOutputTest, RefusesTheInputByEveryName) {
         EXPECT_EQ(refusal("log", existing), "log: is the input itself");
         EXPECT_EQ(refusal("hard", existing), "hard: is the input itself");
         EXPECT_EQ(refusal("soft", existing), "soft: is the input itself");
-        EXPECT_EQ(refusal("./../" + folder.filename().string() + "/log", existing),
-                  "./../" + folder.filename().string() + "/log: is the input itself");
+        EXPECT_EQ(refusal("./../" + fs::path(folder.path()).filename().string() + "/log", existing),
+                  "./../" + fs::path(folder.path()).filename().string() + "/log: is the input itself");
     }
     EXPECT_EQ(content("log"), "$GPABC\n");
 }
@@ -367,16 +361,60 @@ TEST_F(TraceOutputTest, LeavesTheTraceAloneWhenTheTornMessageCannotBeMoved) {
     EXPECT_FALSE(exists("trace.torn"));
 }
 
-TEST_F(TraceOutputTest, WritesToDevicesAsTheyAre) {
+TEST_F(TraceOutputTest, TakesBackWhatDidNotFitBehindATornMessageThatWasMoved) {
+    write("trace", text({FIRST}) + text({SECOND}).substr(0, 20));
     const InputFile input(path("log"));
-    TraceOutput null("/dev/null", ExistingTrace::REFUSE, input);
-    null.setSync(true);
-    null.write(FIRST);
-    null.close();
-    EXPECT_EQ(null.written().messages, 1U);
-    EXPECT_TRUE(fs::exists("/dev/null"));
-    TraceOutput full("/dev/full", ExistingTrace::REFUSE, input);
-    EXPECT_THROW(full.write(FIRST), DataError);
+    TraceOutput output(path("trace"), ExistingTrace::APPEND, input);
+    const SizeLimit limit(FIRST.bytes.size() + 10);
+    EXPECT_THROW(output.write(THIRD), DataError);
+    EXPECT_EQ(content("trace"), text({FIRST}));
+}
+
+TEST_F(TraceOutputTest, EndsWhenTheTraceIsRemoved) {
+    const InputFile input(path("log"));
+    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    output.write(FIRST);
+    fs::remove(path("trace"));
+    EXPECT_THROW(output.write(SECOND), DataError);
+    EXPECT_EQ(output.written().messages, 1U);
+    EXPECT_FALSE(exists("trace"));
+}
+
+TEST_F(TraceOutputTest, DoesNotGoOnBehindShortTexts) {
+    for (const string other : {"a", "no", "$GP", "{}\n", "\n", "\r\n", string("\x01\x10\x16", 3)}) {
+        write("other", other);
+        EXPECT_EQ(refusal("other", ExistingTrace::APPEND), "other: is no trace that could go on");
+        EXPECT_EQ(content("other"), other);
+        EXPECT_FALSE(exists("other.torn"));
+    }
+}
+
+TEST_F(TraceOutputTest, StopsReadingATraceWhenASignalComes) {
+    const string torn = text({FIRST, SECOND}) + "\x01";
+    write("trace", torn);
+    const StopSignals signals;
+    raise(SIGTERM);
+    EXPECT_EQ(refusal("trace", ExistingTrace::REPLACE), "none");
+    const InputFile input(path("log"));
+    EXPECT_THROW(TraceOutput(path("trace"), ExistingTrace::APPEND, input), Interrupted);
+    EXPECT_EQ(content("trace"), torn);
+}
+
+TEST_F(TraceOutputTest, WritesToDevicesAsTheyAre) {
+    const string null = folder.makeDevice("null", 3);
+    const string full = folder.makeDevice("full", 7);
+    if (null.empty() || full.empty()) {
+        GTEST_SKIP() << "no device can be made here";
+    }
+    const InputFile input(path("log"));
+    TraceOutput toNull(null, ExistingTrace::REFUSE, input);
+    toNull.setSync(true);
+    toNull.write(FIRST);
+    toNull.close();
+    EXPECT_EQ(toNull.written().messages, 1U);
+    EXPECT_TRUE(fs::exists(null));
+    TraceOutput toFull(full, ExistingTrace::REFUSE, input);
+    EXPECT_THROW(toFull.write(FIRST), DataError);
 }
 
 TEST_F(TraceOutputTest, TellsABrokenPipe) {

@@ -279,4 +279,7 @@ TEST(ViewsTest, BytesStandInRowsOfSixteen) {
     EXPECT_EQ(text.substr(text.find("> 10010")),
               "> 10010  2e 2e                                            ..\n");
     EXPECT_EQ(shown(false, "", [&](Views& views) { views.showBytes({}); }), "");
+    const std::vector<uint8_t> control = {'~', 0x7F, 0x80, 0x1F, ' '};
+    EXPECT_EQ(shown(false, "", [&](Views& views) { views.showBytes(control); }),
+              "0000  7e 7f 80 1f 20  ~... \n");
 }

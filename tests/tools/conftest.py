@@ -1,5 +1,7 @@
 """What the end-to-end tests of the program share."""
+import os
 import pathlib
+import stat
 import subprocess
 
 import pytest
@@ -39,6 +41,20 @@ def pytest_generate_tests(metafunc):
 def all_changes(request):
     """Whether every value of a byte is tried, or one."""
     return request.config.getoption("--all-changes")
+
+
+@pytest.fixture
+def full(tmp_path):
+    """The name of a full device, which a mistake of the superuser may remove."""
+    if os.geteuid() != 0:
+        return "/dev/full"
+    name = tmp_path / "full"
+    try:
+        os.mknod(name, 0o600 | stat.S_IFCHR, os.makedev(1, 7))
+        name.open("wb").close()
+    except OSError as error:
+        pytest.skip(f"no device can be made here: {error}")
+    return str(name)
 
 
 @pytest.fixture

@@ -22,10 +22,16 @@ print(os.waitstatus_to_exitcode(status), usage.ru_maxrss * 1024, file=sys.stderr
 """
 
 
+def measured(command, **options):
+    """Exit status of a command, the bytes of memory that it held at most, and what it told."""
+    options.setdefault("stdin", subprocess.DEVNULL)
+    done = subprocess.run([sys.executable, "-I", "-S", "-c", MEASURE, *map(str, command)],
+                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, check=True, **options)
+    told, _, line = done.stderr.strip().rpartition(b"\n")
+    status, memory = line.split()
+    return int(status), int(memory), told
+
+
 def peak_memory(command, **options):
     """Exit status of a command, and the bytes of memory that it held at most."""
-    done = subprocess.run([sys.executable, "-I", "-S", "-c", MEASURE, *map(str, command)],
-                          stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                          stderr=subprocess.PIPE, check=True, **options)
-    status, memory = done.stderr.splitlines()[-1].split()
-    return int(status), int(memory)
+    return measured(command, **options)[:2]

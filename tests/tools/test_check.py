@@ -5,7 +5,10 @@ import time
 
 import pytest
 
-from limits import run_closed
+from conftest import DRIVE
+from limits import peak_memory, run_closed
+from model import recording
+from test_record import walk
 from traces import CAN, message, other, sentence, utc
 
 STAMP = utc("1994-03-23T12:35:19")
@@ -138,6 +141,70 @@ def test_takes_epochs_that_silence_divided_when_told(check):
     result = check(LOG, divided, "--live")
     expect_proven(result)
     assert result.stdout.endswith(b"1 epoch in more messages than needed\n")
+
+
+def recorded_with_pause(texts, pause):
+    """The recording of sentences, with silence behind so many of them."""
+    recorded = iter(walk(recording.trace(b"".join(texts))))
+    trace = b""
+    begin = 0
+    for _, epoch in recording.epochs(texts):
+        stamp = [next(recorded)[0] for _ in recording.messages(epoch)][0]
+        before = min(max(pause - begin, 0), len(epoch))
+        for part in (epoch[:before], epoch[before:]):
+            trace += b"".join(recording.serialised(stamp, held) for held in recording.messages(part))
+        begin += len(epoch)
+    return trace
+
+
+GLL = sentence(b"GNGLL,4807.038,N,01131.000,E,123519,A")
+
+
+@pytest.mark.parametrize("pause", range(1, 7))
+def test_takes_silence_wherever_it_was(check, pause):
+    """What repeats goes into further messages on either side of it."""
+    texts = [RMC, GSV1, GSV2, GSV1, GSV2, GLL, NEXT_RMC]
+    trace = recorded_with_pause(texts, pause)
+    expect_proven(check(b"".join(texts), trace, "--live"))
+    texts[1:3] = [GSV2, GSV1]
+    assert check(b"".join(texts), trace, "--live").returncode == 1
+
+
+def test_takes_single_pauses_in_a_drive(check):
+    data = DRIVE.read_bytes()[:6000]
+    texts = [text for _, text, _ in recording.sentences(data[:data.rindex(b"\n") + 1])]
+    for pause in range(len(texts)):
+        expect_proven(check(b"".join(texts), recorded_with_pause(texts, pause), "--live"))
+
+
+@pytest.mark.parametrize("change", range(5))
+def test_names_what_silence_cannot_explain(check, change):
+    first, second, third = (STAMP, RMC, GSV1), (STAMP, GSV2, GGA), (NEXT_STAMP, NEXT_RMC, NEXT_GGA)
+    places = [0, len(message(*first)), len(message(*first) + message(*second))]
+    parts, line = [
+        ([first, (STAMP, GGA), third],
+         f"at byte {places[1] + len(message(STAMP, GGA))} lacks the sentence at byte {len(RMC + GSV1)} of log"),
+        ([first, (NEXT_STAMP, GSV2, GGA), third],
+         f"at byte {places[1]} bears 1994-03-23T12:35:20Z, but its sentences say 1994-03-23T12:35:19Z"),
+        ([first, second, third, second],
+         f"at byte {places[2] + len(message(*third))} is behind the last sentence of the log"),
+        ([first, second, (NEXT_STAMP, NEXT_RMC, NEXT_GGA, GSV1)],
+         f"at byte {places[2]} holds a $GPGSV that the log does not have in its epoch"),
+        ([first, second, (NEXT_STAMP, NEXT_RMC)],
+         f"at byte {places[2] + len(message(NEXT_STAMP, NEXT_RMC))} lacks the sentence at byte "
+         f"{len(LOG) - len(NEXT_GGA)} of log")][change]
+    trace = b"".join(message(*part) for part in parts)
+    expect_difference(check(LOG, trace, "--live"), "trace: the message " + line)
+
+
+@pytest.mark.memory
+@pytest.mark.parametrize("options", [[], ["--live"]])
+def test_needs_little_memory_for_a_log_without_times(vextrace, tmp_path, options):
+    (tmp_path / "log").write_bytes(GSV1 * 150000)  # 10 MB
+    assert vextrace("record", "-o", "trace", "log").returncode == 0
+    status, memory = peak_memory([vextrace.program, "check", *options, "log", "trace"], cwd=tmp_path)
+    assert status == 0
+    assert memory < 48 << 20
 
 
 LONELY_GGA = sentence(b"GNGGA,123521,4807.039,N,01131.001,E,1,09,0.8,545.5,M,46.9,M,,")

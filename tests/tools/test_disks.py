@@ -1,5 +1,7 @@
 """Disks that are full or cannot be written, under every command that writes a file."""
 import os
+import re
+import shutil
 import subprocess
 
 import pytest
@@ -91,3 +93,36 @@ def test_inputs_on_a_disk_for_reading_are_read(vextrace, disk):
         result = vextrace(*arguments)
         assert result.returncode == 0, arguments
         assert result.stdout != b""
+
+
+def system_calls(vextrace, folder, *arguments):
+    """Names of those that are asked of a file system, in their order, with what they are asked for."""
+    if shutil.which("strace") is None:
+        pytest.skip("strace is not at hand")
+    log = folder / "calls"
+    done = subprocess.run(["strace", "-f", "-y", "-o", log, "-e", "trace=fsync,fdatasync,/rename.*", vextrace.program,
+                           *map(str, arguments)], cwd=folder, capture_output=True, check=False)
+    if not log.exists() or not log.stat().st_size:
+        pytest.skip("strace may not trace here")
+    assert done.returncode == 0
+    return re.findall(r"(fsync|fdatasync|rename)\w*\((.*)\) = 0", log.read_text())
+
+
+@pytest.mark.parametrize("force", [[], ["--force"]])
+@pytest.mark.parametrize("command", ["export", "repair", "report"])
+def test_a_file_is_on_its_disk_before_it_bears_its_name(vextrace, tmp_path, command, force):
+    (tmp_path / "trace").write_bytes(recording.trace(DRIVE.read_bytes()[:5000]))
+    arguments = [argument.replace("disk/", "") for argument in WRITING[command]]
+    if force:
+        (tmp_path / "out").write_bytes(b"old")
+    calls = system_calls(vextrace, tmp_path, *arguments, *force)
+    assert [name for name, _ in calls] == ["fdatasync", "rename", "fsync"]
+    assert f"{tmp_path}/.vextrace-" in calls[0][1]
+    assert calls[2][1].endswith(f"<{tmp_path}>")
+
+
+def test_a_new_trace_has_its_name_on_the_disk_with_its_first_epoch(vextrace, tmp_path):
+    calls = system_calls(vextrace, tmp_path, "record", "--sync", "-o", "out", DRIVE)
+    assert calls[0][0] == "fdatasync" and calls[0][1].endswith(f"<{tmp_path}/out>")
+    assert calls[1][0] == "fsync" and calls[1][1].endswith(f"<{tmp_path}>")
+    assert {name for name, _ in calls[2:]} <= {"fdatasync"}

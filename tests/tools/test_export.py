@@ -837,13 +837,13 @@ def test_no_arrangement_overwrites_an_input(vextrace, trace, tmp_path):
 
 
 @pytest.mark.parametrize("to", FORMATS)
-def test_a_full_device_is_an_error(vextrace, trace, to):
+def test_a_full_device_is_an_error(vextrace, trace, full, to):
     name = trace(*SMALL)
-    result = vextrace("export", "--to", to, "-o", "/dev/full", name)
+    result = vextrace("export", "--to", to, "-o", full, name)
     assert result.returncode == 1
-    assert result.stderr == b"vextrace: /dev/full: cannot be written: No space left on device\n"
-    with open("/dev/full", "wb") as full:
-        result = vextrace("export", "--to", to, name, stdout=full, stderr=subprocess.PIPE)
+    assert result.stderr.decode() == f"vextrace: {full}: cannot be written: No space left on device\n"
+    with open(full, "wb") as out:
+        result = vextrace("export", "--to", to, name, stdout=out, stderr=subprocess.PIPE)
     assert result.returncode == 1
     assert result.stderr == b"vextrace: standard output: cannot be written: No space left on device\n"
 

@@ -3,6 +3,7 @@ import array
 import contextlib
 import fcntl
 import os
+import pathlib
 import pty
 import random
 import re
@@ -10,8 +11,10 @@ import select
 import shutil
 import signal
 import socket
+import stat
 import struct
 import subprocess
+import tempfile
 import termios
 import threading
 import time
@@ -41,7 +44,7 @@ class Recorder:
 
     def __init__(self, program, folder, *options, **streams):
         self.trace_path = folder / "trace"
-        arguments = ["record", *options] + ([] if "stdout" in streams else ["-o", "trace"])
+        arguments = ["record", *map(str, options)] + ([] if "stdout" in streams else ["-o", "trace"])
         # Nobody's own terminal: a session of its own.
         self.process = subprocess.Popen([program, *arguments], cwd=folder, stderr=subprocess.PIPE,
                                         start_new_session=True, **streams)
@@ -415,6 +418,177 @@ def test_leaves_the_users_own_terminal_as_it_is(vextrace, tmp_path):
         assert (tmp_path / "trace").read_bytes() == message(STAMP, RMC.replace(b"\r", b""))
     finally:
         os.close(terminal)
+
+
+@pytest.mark.parametrize("rate", [1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200, 230400, 460800, 500000,
+                                  576000, 921600, 1000000, 1152000, 1500000, 2000000, 2500000, 3000000,
+                                  3500000, 4000000])
+def test_sets_each_rate_and_listens(start, line, rate):
+    """Without the modem's signals, which most receivers do not have."""
+    _, serial, name = line
+    recorder = start("--baud", rate, name)
+    wait_until(lambda: is_raw(serial))
+    settings = termios.tcgetattr(serial)
+    assert settings[4:6] == [getattr(termios, f"B{rate}")] * 2
+    assert settings[2] & termios.CLOCAL and settings[2] & termios.CREAD
+    recorder.stop()
+
+
+@pytest.fixture
+def closed_line(tmp_path):
+    """A serial line that nobody but its owner may read, in a folder that everyone may use."""
+    folder = pathlib.Path(tempfile.mkdtemp())
+    try:
+        folder.chmod(0o777)
+        os.mknod(folder / "line", 0o600 | stat.S_IFCHR, os.makedev(4, 64))
+        yield folder / "line"
+    except PermissionError as error:
+        pytest.skip(f"no device can be made here: {error}")
+    finally:
+        shutil.rmtree(folder)
+
+
+def test_names_the_group_that_may_read_lines(vextrace, closed_line):
+    program = shutil.copy(vextrace.program, closed_line.parent)
+    refused = subprocess.run([program, "record", "-o", "trace", closed_line], cwd=closed_line.parent, user=65534,
+                             capture_output=True, check=False, timeout=PATIENCE)
+    assert (refused.returncode, refused.stdout) == (2, b"")
+    assert refused.stderr.decode() == (
+        f"vextrace: {closed_line}: cannot be read: Permission denied; the group dialout may read serial lines: "
+        'sudo adduser "$USER" dialout, then log in anew\n')
+
+
+# --- What others do to the trace
+
+def test_ends_when_the_trace_is_removed(start, pipe, tmp_path):
+    recorder = start("--idle", NEVER, stdin=pipe[0])
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    (tmp_path / "trace").unlink()
+    os.write(pipe[1], LAST)
+    status, told = recorder.end()
+    assert status == 1
+    assert told[-2:] == ["vextrace: standard input: ended by a write error",
+                         "vextrace: trace: was removed while it was recorded"]
+    assert "vextrace: trace: lacks the last 2 sentences" in told
+
+
+def test_ends_when_the_trace_was_removed_at_the_end(start, pipe, tmp_path):
+    recorder = start("--idle", NEVER, stdin=pipe[0])
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    (tmp_path / "trace").unlink()
+    status, told = recorder.stop()
+    assert (status, told[-1]) == (1, "vextrace: trace: was removed while it was recorded")
+
+
+def test_goes_on_when_the_trace_is_renamed(start, pipe, tmp_path):
+    recorder = start("--idle", NEVER, stdin=pipe[0])
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    (tmp_path / "trace").rename(tmp_path / "other")
+    os.close(pipe[1])
+    assert recorder.end()[0] == 0
+    assert (tmp_path / "other").read_bytes() == message(STAMP, RMC) + message(NEXT_STAMP, NEXT)
+
+
+def test_fills_no_hole_when_the_trace_is_cut_off(start, pipe, tmp_path):
+    for options in ([], ["stdout"]):
+        with open(tmp_path / "trace", "wb") as out:
+            recorder = start("--append", "--idle", NEVER, stdin=pipe[0], **dict.fromkeys(options, out))
+        begin = message(STAMP, RMC)
+        os.write(pipe[1], RMC + NEXT)
+        recorder.wait_for(begin)
+        os.truncate(tmp_path / "trace", 0)
+        os.write(pipe[1], LAST)
+        wait_until(lambda: recorder.trace() == message(NEXT_STAMP, NEXT))
+        status, told = recorder.stop()
+        assert status == 128 + signal.SIGTERM
+        assert recorder.trace() == message(NEXT_STAMP, NEXT) + message(LAST_STAMP, LAST)
+        name = "standard output" if options else "trace"
+        assert f"vextrace: {name}: {len(begin)} bytes of these cut off by another program" in told
+
+
+@pytest.mark.parametrize("kind", ["pipe", "socket"])
+def test_ends_when_its_reader_goes_while_the_receiver_is_silent(start, pipe, kind):
+    ours, theirs = socket.socketpair() if kind == "socket" else map(os.fdopen, os.pipe(), ["rb", "wb"])
+    recorder = start("--idle", NEVER, stdin=pipe[0], stdout=theirs)
+    theirs.close()
+    os.write(pipe[1], RMC + GSV)
+    wait_until(lambda: unread(pipe[0]) == 0)
+    ours.close()
+    status, told = recorder.end()
+    assert status == 1
+    assert told[-1] == "vextrace: standard output: nobody reads it any more"
+    assert "vextrace: standard output: lacks the last 2 sentences" in told
+
+
+def test_lets_one_recorder_write_to_a_file_on_standard_output(start, vextrace, pipe, tmp_path):
+    with open(tmp_path / "trace", "ab") as out:
+        recorder = start("--idle", NEVER, stdin=pipe[0], stdout=out)
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    with open(tmp_path / "trace", "ab") as out:
+        second = vextrace("record", DRIVE, stdout=out, stderr=subprocess.PIPE)
+        assert (second.returncode, second.stderr) == (
+            2, b"vextrace: standard output: is being recorded by another program\n")
+        recorder.stop()
+        for _ in range(2):  # others may hold the file open
+            assert vextrace("record", DRIVE, stdout=out, stderr=subprocess.PIPE).returncode == 0
+
+
+# --- Signals
+
+def test_ends_by_a_signal_while_a_reader_is_slow(start, pipe, tmp_path):
+    os.mkfifo(tmp_path / "fifo")
+    slow = os.open(tmp_path / "fifo", os.O_RDONLY | os.O_NONBLOCK)
+    fcntl.fcntl(slow, fcntl.F_SETPIPE_SZ, 4096)
+    recorder = start("--idle", NEVER, "-o", "fifo", stdin=pipe[0], stdout=None)
+    epochs = b"".join(sentence(b"GPRMC,1235%02d,A," % (i % 60) + b"x" * 900) for i in range(40))
+    os.write(pipe[1], epochs)
+    wait_until(lambda: unread(slow) > 3000 and unread(pipe[0]) == 0)
+    recorder.process.send_signal(signal.SIGINT)
+    trace = b""
+    deadline = time.monotonic() + PATIENCE
+    while (recorder.process.poll() is None or select.select([slow], [], [], 0)[0]) and (
+            time.monotonic() < deadline):
+        with contextlib.suppress(BlockingIOError):
+            piece = os.read(slow, 512)
+            trace += piece
+            if not piece:
+                break
+    assert recorder.end()[0] == 128 + signal.SIGINT
+    assert trace == recording.trace(epochs)
+    os.close(slow)
+
+
+def test_ends_by_a_signal_where_the_source_never_pauses(start, pipe):
+    sources = [subprocess.Popen(["cat", "/dev/zero"], stdout=pipe[1]) for _ in range(2)]
+    try:
+        recorder = start("--idle", NEVER, stdin=pipe[0])
+        time.sleep(0.1)
+        assert recorder.stop(signal.SIGINT)[0] == 128 + signal.SIGINT
+    finally:
+        for source in sources:
+            source.kill()
+            source.wait()
+
+
+@pytest.mark.parametrize("unit", [b"\0", b"\xff\xff\0\x02", DRIVE.read_bytes()[:64]])
+def test_ends_by_a_signal_while_the_trace_is_looked_through(start, pipe, tmp_path, unit):
+    with open(tmp_path / "trace", "wb") as trace:
+        trace.write(message(STAMP, RMC))
+        for _ in range(256):
+            trace.write(unit * ((1 << 20) // len(unit)))
+    size = os.path.getsize(tmp_path / "trace")
+    recorder = start("--append", stdin=pipe[0])
+    time.sleep(0.3)
+    begin = time.monotonic()
+    status, told = recorder.stop(signal.SIGINT)
+    assert time.monotonic() - begin < 2
+    assert (status, told) == (
+        128 + signal.SIGINT, ["vextrace: trace: ended by SIGINT, before the trace was read to its end"])
+    assert os.path.getsize(tmp_path / "trace") == size
 
 
 # --- Recorders that are killed

@@ -13,6 +13,7 @@ import time
 import pytest
 
 from conftest import DRIVE, logs_of
+from limits import measured
 from model import recording
 from traces import SECOND, message, sentence, utc
 
@@ -314,7 +315,56 @@ def test_goes_on_behind_what_standard_output_holds(vextrace, folder):
     assert (folder / "trace").read_bytes() == TRACE * 2
 
 
+def test_goes_on_behind_what_standard_output_holds_by_its_name(vextrace, folder):
+    (folder / "trace").write_bytes(TRACE)
+    with open(folder / "trace", "r+b") as out:
+        out.seek(0, os.SEEK_END)
+        result = vextrace("record", "-o", "/dev/stdout", "log", stdout=out, stderr=subprocess.PIPE)
+    assert result.returncode == 0
+    assert (folder / "trace").read_bytes() == TRACE * 2
+
+
+def test_cuts_nothing_off_a_longer_file_on_standard_output(vextrace, folder):
+    (folder / "long").write_bytes(b"x" * 20000)
+    with open(folder / "long", "r+b") as out:
+        out.seek(10000)
+        result = vextrace("record", "log", stdout=out, stderr=subprocess.PIPE,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (10010, 10010)))
+    assert result.returncode == 1
+    left = (folder / "long").read_bytes()
+    assert len(left) == 20000 and left[:10000] + left[10010:] == b"x" * 19990
+
+
+@pytest.mark.parametrize("arguments", [["record", "drives"], *(["export", "--to", to, "trace"] for to in (
+    "csv", "jsonl", "gpx", "kml", "geojson", "nmea"))])
+def test_waits_for_a_slow_reader_that_it_need_not_wait_for(vextrace, folder, arguments):
+    (folder / "drives").write_bytes(DRIVE.read_bytes() * 20)
+    (folder / "trace").write_bytes(recording.trace(DRIVE.read_bytes() * 20))
+    expected = vextrace(*arguments).stdout
+    reader, writer = os.pipe()
+    os.set_blocking(writer, False)
+    with subprocess.Popen([vextrace.program, *map(str, arguments)], cwd=folder, stdout=writer,
+                          stderr=subprocess.PIPE) as process:
+        os.close(writer)
+        read = b""
+        while piece := os.read(reader, 4096):
+            read += piece
+        assert process.wait(60) == 0
+    os.close(reader)
+    assert len(expected) > 65536 and read == expected
+
+
 # --- Inputs without sentences
+
+def test_tells_no_times_of_an_empty_input(vextrace, folder):
+    result = vextrace("record", "-o", "trace", input=b"")
+    assert lines(result) == [
+        "vextrace: standard input: 0 bytes read, 0 recorded, 0 skipped",
+        "vextrace: standard input: 0 sentences, 0 checked, 0 with a wrong checksum, 0 without",
+        "vextrace: trace: 0 epochs, 0 messages, 0 bytes written",
+        "vextrace: standard input: ended at the end of the input",
+        "vextrace: standard input: holds no NMEA sentence"]
+
 
 @pytest.mark.parametrize("data", [b"", b"noise\n" * 1000, b"\0" * 1000, b"$G\n", bytes(range(128, 256))])
 def test_leaves_no_trace_of_an_input_without_sentences(vextrace, folder, data):
@@ -364,11 +414,11 @@ def test_refuses_a_folder_that_is_read_only(vextrace, folder):
     refused(vextrace("record", "-o", "closed/trace", "log"), "closed/trace: cannot be written: Permission denied")
 
 
-def test_tells_a_full_device(vextrace, folder):
-    result = vextrace("record", "-o", "/dev/full", "log")
+def test_tells_a_full_device(vextrace, folder, full):
+    result = vextrace("record", "-o", full, "log")
     assert result.returncode == 1
-    assert lines(result)[-1] == "vextrace: /dev/full: cannot be written: No space left on device"
-    assert "vextrace: /dev/full: lacks the last 5 sentences" in lines(result)
+    assert lines(result)[-1] == f"vextrace: {full}: cannot be written: No space left on device"
+    assert f"vextrace: {full}: lacks the last 5 sentences" in lines(result)
     with open("/dev/full", "wb") as full:
         result = vextrace("record", "log", stdout=full, stderr=subprocess.PIPE)
     assert result.returncode == 1
@@ -490,6 +540,22 @@ def test_takes_file_names_of_any_bytes(vextrace, folder, name):
         assert trace.read() == TRACE
 
 
+@pytest.mark.parametrize("name", ["++", "[a]", "[a,b]"])
+def test_takes_names_that_mean_something_to_others(vextrace, folder, name):
+    os.rename(folder / "log", folder / name)
+    assert vextrace("record", name).stdout == TRACE
+    (folder / name).write_bytes(TRACE)
+    assert vextrace("show", name).returncode == 0
+
+
+def test_is_quiet_when_told_but_for_faults(vextrace, folder):
+    result = vextrace("record", "--quiet", "-o", "trace", "log")
+    assert (result.returncode, result.stderr) == (0, b"")
+    assert (folder / "trace").read_bytes() == TRACE
+    result = vextrace("record", "--quiet", input=b"")
+    assert (result.returncode, lines(result)) == (1, ["vextrace: standard input: holds no NMEA sentence"])
+
+
 def test_does_not_follow_the_locale(vextrace, folder):
     environment = dict(os.environ, LC_ALL="de_DE.UTF-8")
     result = vextrace("record", "log", env=environment)
@@ -513,16 +579,10 @@ for _ in range(64):
 def test_needs_little_memory_for_any_input(vextrace, folder, block):
     """96 MB without a line feed; less where much is written."""
     size = (8 if b"\n" in block or b"*11" in block else 96) * 1000 * 1000
-    generator = subprocess.Popen([sys.executable, "-c", GENERATOR.format(block=block, size=size)],
-                                 stdout=subprocess.PIPE)
-    with open(os.devnull, "wb") as nothing:
-        recorder = subprocess.Popen([vextrace.program, "record"], stdin=generator.stdout, stdout=nothing,
-                                    stderr=subprocess.PIPE, cwd=folder)
-        generator.stdout.close()
-        told = recorder.stderr.read().decode()
-        _, status, usage = os.wait4(recorder.pid, 0)
-        recorder.returncode = os.waitstatus_to_exitcode(status)
-    assert generator.wait() == 0
-    read = int(re.search(r"(\d+) bytes read", told).group(1))
+    with subprocess.Popen([sys.executable, "-c", GENERATOR.format(block=block, size=size)],
+                          stdout=subprocess.PIPE) as generator:
+        _, memory, told = measured([vextrace.program, "record"], stdin=generator.stdout, cwd=folder)
+    assert generator.returncode == 0
+    read = int(re.search(rb"(\d+) bytes read", told).group(1))
     assert read > size * 0.99
-    assert usage.ru_maxrss < 32 * 1024
+    assert memory < 32 << 20

@@ -1,6 +1,8 @@
 """vextrace show"""
 import os
+import pty
 import signal
+import socket
 import subprocess
 import time
 
@@ -9,6 +11,7 @@ import pytest
 from limits import peak_memory, run_closed
 from samples import (CAN, COLUMN, FIRST, FIRST_LINE, GGA, RMC, SECOND, SECOND_LINE, SMALL, STAMP,
                     changes, fix, message)
+from traces import sentence
 
 ELF = b"\x7fELF\x02\x01\x01" + bytes(57) + bytes(range(256)) * 40
 
@@ -539,3 +542,29 @@ def test_following_ends_with_the_first_valid_fix(follow, tmp_path):
         trace.write(fix(STAMP))
     assert following.line().startswith(b"0a9bc98150068600 ")
     assert following.process.wait(timeout=20) == 0
+
+
+@pytest.mark.parametrize("kind", ["socket", "terminal"])
+def test_following_ends_when_its_output_hangs_up(vextrace, tmp_path, kind):
+    (tmp_path / "a.trace").write_bytes(SMALL)
+    if kind == "socket":
+        ends = [end.detach() for end in socket.socketpair()]
+    else:
+        ends = pty.openpty()
+    with subprocess.Popen([vextrace.program, "show", "--follow", tmp_path / "a.trace"], stdout=ends[1],
+                          stderr=subprocess.PIPE, start_new_session=True) as process:
+        os.close(ends[1])
+        shown = b""
+        while b"PXYZ" not in shown:
+            shown += os.read(ends[0], 4096)
+        os.close(ends[0])
+        assert process.wait(timeout=20) == 0
+
+
+@pytest.mark.parametrize("sent, shown", [
+    (b"12", b"12 satellites"), (b"0999", b"999 satellites"), (b"65537", b"satellites invalid"),
+    (b"1000", b"satellites invalid"), (b"-1", b"satellites invalid"), (b"", b"satellites missing")])
+def test_shows_no_number_of_satellites_that_cannot_be(vextrace, tmp_path, sent, shown):
+    (tmp_path / "a.trace").write_bytes(
+        message(1, sentence(b"GPGGA,123519,4807.038,N,01131.000,E,1," + sent + b",0.9,545.4,M,46.9,M,,")))
+    assert b", " + shown + b", altitude" in vextrace("show", "--fix", "a.trace").stdout
