@@ -51,18 +51,18 @@ TEST(EscapeTest, CharactersThatHideOrTurnOthersRoundBecomeEscapes) {
         const char* text;
         const char* expected;
     } cases[] = {
-        {"a\xC2\xAD", R"(a\xc2\xad)"},                    // soft hyphen
-        {"\xD8\x9C", R"(\xd8\x9c)"},                      // Arabic letter mark
-        {"\xE2\x80\x8B", R"(\xe2\x80\x8b)"},             // zero width space
-        {"\xE2\x80\x8F", R"(\xe2\x80\x8f)"},             // right-to-left mark
-        {"\xE2\x80\xA8", R"(\xe2\x80\xa8)"},             // line separator
-        {"\xE2\x80\xAE", R"(\xe2\x80\xae)"},             // right-to-left override
-        {"\xE2\x81\xA0", R"(\xe2\x81\xa0)"},             // word joiner
-        {"\xE2\x81\xA9", R"(\xe2\x81\xa9)"},             // end of an isolate
-        {"\xEF\xBB\xBF", R"(\xef\xbb\xbf)"},             // byte order mark
-        {"\xEF\xBF\xBB", R"(\xef\xbf\xbb)"},             // end of an annotation
-        {"\xE3\x85\xA4", R"(\xe3\x85\xa4)"},             // Hangul filler
-        {"\xF3\xA0\x80\x80", R"(\xf3\xa0\x80\x80)"},    // tags
+        {"a\xC2\xAD", R"(a\xc2\xad)"},                // soft hyphen
+        {"\xD8\x9C", R"(\xd8\x9c)"},                  // Arabic letter mark
+        {"\xE2\x80\x8B", R"(\xe2\x80\x8b)"},          // zero width space
+        {"\xE2\x80\x8F", R"(\xe2\x80\x8f)"},          // right-to-left mark
+        {"\xE2\x80\xA8", R"(\xe2\x80\xa8)"},          // line separator
+        {"\xE2\x80\xAE", R"(\xe2\x80\xae)"},          // right-to-left override
+        {"\xE2\x81\xA0", R"(\xe2\x81\xa0)"},          // word joiner
+        {"\xE2\x81\xA9", R"(\xe2\x81\xa9)"},          // end of an isolate
+        {"\xEF\xBB\xBF", R"(\xef\xbb\xbf)"},          // byte order mark
+        {"\xEF\xBF\xBB", R"(\xef\xbf\xbb)"},          // end of an annotation
+        {"\xE3\x85\xA4", R"(\xe3\x85\xa4)"},          // Hangul filler
+        {"\xF3\xA0\x80\x80", R"(\xf3\xa0\x80\x80)"},  // tags
         {"\xF3\xA0\xBF\xBF", R"(\xf3\xa0\xbf\xbf)"},
     };
     for (const auto& [text, expected] : cases) {

@@ -49,8 +49,7 @@ public:
             return "/dev/" + name;
         }
         constexpr unsigned MEMORY = 1;
-        const bool isMade =
-            mknod(path(name).c_str(), S_IFCHR | 0600, makedev(MEMORY, number)) == 0;
+        const bool isMade = mknod(path(name).c_str(), S_IFCHR | 0600, makedev(MEMORY, number)) == 0;
         const int fd = isMade ? open(path(name).c_str(), O_RDWR | O_CLOEXEC) : -1;
         return fd >= 0 && close(fd) == 0 ? path(name) : "";
     }

@@ -184,8 +184,9 @@ TEST_F(TraceOutputTest, RefusesTheInputByEveryName) {
         EXPECT_EQ(refusal("log", existing), "log: is the input itself");
         EXPECT_EQ(refusal("hard", existing), "hard: is the input itself");
         EXPECT_EQ(refusal("soft", existing), "soft: is the input itself");
-        EXPECT_EQ(refusal("./../" + fs::path(folder.path()).filename().string() + "/log", existing),
-                  "./../" + fs::path(folder.path()).filename().string() + "/log: is the input itself");
+        EXPECT_EQ(
+            refusal("./../" + fs::path(folder.path()).filename().string() + "/log", existing),
+            "./../" + fs::path(folder.path()).filename().string() + "/log: is the input itself");
     }
     EXPECT_EQ(content("log"), "$GPABC\n");
 }

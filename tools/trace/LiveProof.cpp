@@ -58,6 +58,8 @@ private:
         uint64_t message;
     };
 
+    using Place = std::multimap<std::string, Waiting>::iterator;
+
     void beginRun() {
         runBegin = message.offset;
         stamp = message.gps->getTimeStamp();
@@ -84,15 +86,13 @@ private:
         return !waiting.empty() || (isOfRun() && text.size() < PART_ROOM && !nextIsOfOtherTime());
     }
 
-    bool nextIsOfOtherTime() {
-        const std::optional<TimeOfDay> other = peek() ? timeOf(peek()->text) : std::nullopt;
-        return other && time && !(*other == *time);
-    }
+    bool nextIsOfOtherTime() { return peek() && nextTime && time && !(*nextTime == *time); }
 
     // The next sentence of the log.
     const std::optional<Framer::Sentence>& peek() {
         if (!next) {
             next = log.next(framer);
+            nextTime = next ? timeOf(next->text) : std::nullopt;
         }
         return next;
     }
@@ -102,15 +102,14 @@ private:
         if (!peek() || nextIsOfOtherTime()) {
             holdsTooMuch();
         }
-        const std::string sentence = storedText(next->text);
-        const auto place = placeOf(sentence);
-        if (place->second.text != sentence) {
+        const Place place = placeOf(storedCode(next->text));
+        if (!isStoredAs(next->text, place->second.text)) {
             lacks(place->second.message, *next);
         }
+        waitingBytes -= place->second.text.size();
         waiting.erase(place);
-        waitingBytes -= sentence.size();
-        if (std::optional<TimeOfDay> ownTime = timeOf(next->text)) {
-            time = std::move(ownTime);
+        if (nextTime) {
+            time = nextTime;
             ++counters.timed;
         }
         text += next->text;
@@ -118,14 +117,11 @@ private:
         next.reset();
     }
 
-    using Place = std::multimap<std::string, Waiting>::iterator;
-
-    Place placeOf(const std::string& sentence) {
-        const std::string code = storedCode(sentence);
+    Place placeOf(const std::string& code) {
         Place place = waiting.lower_bound(code);
         while (place == waiting.end() || place->first != code) {
             if (!isOfRun() || waitingBytes > PART_ROOM) {
-                lacksNext(sentence);
+                lacksNext();
             }
             takeMessage();
             place = waiting.lower_bound(code);
@@ -180,7 +176,8 @@ private:
     }
 
     // The message behind those of the run may have it, and bear the wrong stamp.
-    [[noreturn]] void lacksNext(const std::string& sentence) const {
+    [[noreturn]] void lacksNext() const {
+        const std::string sentence = storedText(next->text);
         if (message.gps != nullptr && message.gps->getSentence(storedCode(sentence)) == sentence) {
             trace.differInStamp(message, stamp);
         }
@@ -200,7 +197,8 @@ private:
     std::optional<EpochBuilder> epochs;
     ProofCounters counters;
     std::optional<Framer::Sentence> next;  // of the log, in no run yet
-    TraceItem message;                     // in no run yet
+    std::optional<TimeOfDay> nextTime;
+    TraceItem message;  // in no run yet
 
     // The run in hand.
     uint64_t runBegin = 0;
