@@ -14,7 +14,8 @@ std::optional<Recording::Step> Recording::next() {
     if (!sentence) {
         return std::nullopt;
     }
-    return Step{*sentence, epochs.add(sentence->text, arrivals.of(sentence->offset))};
+    return Step{*sentence,
+                epochs.add(sentence->text, sentence->checksum, arrivals.of(sentence->offset))};
 }
 
 }  // namespace vextrace
