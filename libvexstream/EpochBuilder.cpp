@@ -150,12 +150,11 @@ timeStamp_t EpochBuilder::stamp() const {
 }
 
 void EpochBuilder::build(const Draft& draft) {
-    const auto* const bytes = reinterpret_cast<const uint8_t*>(text.data());
-    const Entry* entry = &entries[draft.first];
-    GPSTraceMessage message(part.stamp, bytes + entry->begin, entry->size);
-    while (entry->next != NO_ENTRY) {
-        entry = &entries[entry->next];
-        message.addRecord(bytes + entry->begin, entry->size);
+    GPSTraceMessage message;
+    message.setTimeStamp(part.stamp);
+    for (uint32_t number = draft.first; number != NO_ENTRY; number = entries[number].next) {
+        const Entry& entry = entries[number];
+        message.storeSentence(std::string_view(text).substr(entry.begin, entry.size));
     }
     appendSerialised(message, part.bytes);
 }

@@ -207,6 +207,13 @@ public:
     /// \throws std::bad_alloc as above
     void addRecord(const uint8_t* data, size_t dataSize);
 
+    /// Stores one more sentence as addRecord() does, and splits none: for messages that are written
+    /// and not asked for fields. The next addRecord() splits it.
+    ///
+    /// \param record  the sentence; copied, any text is taken
+    /// \throws std::bad_alloc only; nothing has changed then
+    void storeSentence(std::string_view record);
+
     /// The held sentence of this code, such as "$GPGSV", as it is stored: with its line feed, the
     /// third character of every talker that begins with G made "P". Empty when there is none. The
     /// view is valid until the message is assigned to, moved from or destroyed.
@@ -341,7 +348,6 @@ private:
     ///         \p len is below 14
     static MessageBase* readFromByteArray(const uint8_t* psrc, size_t len);
 
-    void storeSentence(std::string_view record);
     void splitNewSentences();
 
     friend std::ostream& operator<<(std::ostream& os, const GPSTraceMessage& gps);

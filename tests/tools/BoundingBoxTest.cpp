@@ -70,16 +70,3 @@ TEST(BoundingBoxTest, TheWholeWorldHasABox) {
     }
     EXPECT_EQ(boxOf(positions), (Numbers{0, -179.5, 0, 179.5}));
 }
-
-TEST(BoundingBoxTest, MergesTheBoxesOfTwo) {
-    BoundingBox one;
-    one.add(1, 170);
-    BoundingBox two;
-    two.add(-2, -175);
-    one.merge(two);
-    one.merge(BoundingBox());
-    EXPECT_EQ(one.box()->south, -2);
-    EXPECT_EQ(one.box()->west, 170);
-    EXPECT_EQ(one.box()->north, 1);
-    EXPECT_EQ(one.box()->east, -175);
-}

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 using namespace vextrace;
@@ -22,7 +23,7 @@ void add(Summary& summary, timeStamp_t stamp, const std::string& first,
     TraceItem item;
     item.kind = TraceItem::Kind::GPS;
     item.gps = &view;
-    summary.add(item);
+    summary.add(item, fixOf(view));
 }
 
 const std::string RMC = "$GPRMC,120000,A,4807.038,N,01131.000,E,022.4,084.4,211126,,\r\n";
@@ -41,7 +42,7 @@ Summary someSummary() {
     TraceItem other;
     other.kind = TraceItem::Kind::OTHER;
     other.id = MSGID_CAN;
-    summary.add(other);
+    summary.add(other, std::nullopt);
     return summary;
 }
 

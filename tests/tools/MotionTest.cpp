@@ -68,15 +68,3 @@ TEST(MotionTest, LeavesOutWhatGoesBackAndWhatLeadsToAnotherTrace) {
     motion.add(10 * SECOND, 50, GAP);
     EXPECT_EQ(motion.known(), 0U);
 }
-
-TEST(MotionTest, AddsUpTraces) {
-    Motion one;
-    one.add(0, 10, GAP);
-    one.add(SECOND, 10, GAP);
-    Motion other;
-    other.add(0, 40, GAP);
-    other.add(2 * SECOND, 40, GAP);
-    one.merge(other);
-    EXPECT_EQ(one.known(), 3 * SECOND);
-    EXPECT_DOUBLE_EQ(*one.mean(), 30);
-}

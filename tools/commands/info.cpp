@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -90,24 +91,31 @@ std::unique_ptr<Report> makeReport(bool isJson, OutputFile& output) {
 
 class Info : public TraceVisitor {
 public:
-    Info(Report& destination, timeStamp_t longestPause)
-        : report(destination), all(longestPause), summary(longestPause) {}
+    /// \param alone  whether there is one trace, which then is all traces
+    Info(Report& destination, timeStamp_t longestPause, bool alone)
+        : report(destination), isAlone(alone), all(longestPause), own(longestPause) {}
 
     void beginTrace(const std::string& path) override {
         name = path;
-        summary = Summary(all.gapLimit());
+        own = Summary(all.gapLimit());
     }
 
     void addMessage(const TraceItem& message, uint64_t /*number*/) override {
-        summary.add(message);
+        add(message, message.gps != nullptr ? fixes.read(*message.gps) : std::nullopt);
     }
-    void passOver(const TraceItem& message) override { summary.passOver(message); }
-    void addDamage(const TraceItem& damage) override { summary.add(damage); }
+    // What is not summed up has a say in the verdicts on what follows.
+    void passOver(const TraceItem& message) override {
+        if (message.gps != nullptr) {
+            fixes.read(*message.gps);
+        }
+    }
+    void addDamage(const TraceItem& damage) override { add(damage, std::nullopt); }
 
     void endTrace(uint64_t /*bytes*/) override {
-        summary.endTrace();
-        report.addTrace(name, summary);
-        all.merge(summary);
+        fixes.endTrace();
+        all.endTrace();
+        own.endTrace();
+        report.addTrace(name, isAlone ? all : own);
         ++traces;
     }
 
@@ -120,9 +128,18 @@ public:
     }
 
 private:
+    void add(const TraceItem& item, const std::optional<Fix>& fix) {
+        all.add(item, fix);
+        if (!isAlone) {
+            own.add(item, fix);
+        }
+    }
+
     Report& report;
+    const bool isAlone;
+    FixReader fixes;
     Summary all;
-    Summary summary;
+    Summary own;  // of the trace in hand
     std::string name;
     uint64_t traces = 0;
 };
@@ -136,7 +153,7 @@ int info(const InfoCommand& options) {
     walk.span = spanArgument(options.from, options.until);
     OutputFile output("-", false, statusesThatExist(options.traces));
     const std::unique_ptr<Report> report = makeReport(options.json, output);
-    Info visitor(*report, gap);
+    Info visitor(*report, gap, options.traces.size() == 1);
     const Walked walked = walkTraces(walk, visitor);
     if (visitor.finish()) {
         output.commit();

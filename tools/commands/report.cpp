@@ -82,7 +82,7 @@ void Report::beginTrace(const std::string& path) {
 
 void Report::addMessage(const TraceItem& message, uint64_t number) {
     if (message.kind != TraceItem::Kind::GPS) {
-        summary.add(message);
+        summary.add(message, std::nullopt);
         return;
     }
     const std::optional<Fix> fix = fixes.read(*message.gps);
@@ -94,7 +94,7 @@ void Report::addMessage(const TraceItem& message, uint64_t number) {
 }
 
 void Report::addDamage(const TraceItem& damage) {
-    summary.add(damage);
+    summary.add(damage, std::nullopt);
     damageNotes.add(files.back().name, damage);
 }
 

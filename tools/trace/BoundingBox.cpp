@@ -21,13 +21,6 @@ void BoundingBox::add(double latitude, double longitude) {
     sectors[std::min(sector, SECTORS - 1)].add(longitude);
 }
 
-void BoundingBox::merge(const BoundingBox& other) {
-    latitudes.merge(other.latitudes);
-    for (size_t i = 0; i < SECTORS; ++i) {
-        sectors[i].merge(other.sectors[i]);
-    }
-}
-
 std::optional<Box> BoundingBox::box() const {
     if (latitudes.isEmpty()) {
         return std::nullopt;

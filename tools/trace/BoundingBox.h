@@ -21,7 +21,6 @@ struct Box {
 class BoundingBox {
 public:
     void add(double latitude, double longitude);
-    void merge(const BoundingBox& other);
 
     /// Nothing without positions.
     std::optional<Box> box() const;

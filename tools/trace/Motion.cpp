@@ -7,11 +7,6 @@ void Motion::Sum::add(uint64_t duration, double speed) {
     way += static_cast<double>(duration) * speed;
 }
 
-void Motion::Sum::merge(const Sum& other) {
-    time += other.time;
-    way += other.way;
-}
-
 std::optional<double> Motion::Sum::mean() const {
     return time == 0 ? std::nullopt : std::optional(way / static_cast<double>(time));
 }
@@ -29,11 +24,6 @@ void Motion::add(timeStamp_t stamp, std::optional<double> speed, timeStamp_t gap
         }
     }
     previous = {stamp, *speed};
-}
-
-void Motion::merge(const Motion& other) {
-    all.merge(other.all);
-    fast.merge(other.fast);
 }
 
 }  // namespace vextrace::tools

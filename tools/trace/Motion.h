@@ -22,8 +22,6 @@ public:
     /// What follows is another trace.
     void endTrace() { previous.reset(); }
 
-    void merge(const Motion& other);
-
     /// Nanoseconds in which the speed is known, and in which it was LEAST_SPEED or more.
     uint64_t known() const { return all.time; }
     uint64_t moving() const { return fast.time; }
@@ -38,7 +36,6 @@ private:
         double way = 0;  // km/h times nanoseconds
 
         void add(uint64_t duration, double speed);
-        void merge(const Sum& other);
         std::optional<double> mean() const;
     };
     struct Speed {

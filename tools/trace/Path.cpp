@@ -24,11 +24,6 @@ void Path::add(double latitude, double longitude, bool isBehindGap) {
     last = next;
 }
 
-void Path::merge(const Path& other) {
-    length += other.length;
-    lengthAcrossGaps += other.lengthAcrossGaps;
-}
-
 double Path::between(const Position& a, const Position& b) {
     const double chord = std::sqrt((a.x - b.x) * (a.x - b.x) + (a.y - b.y) * (a.y - b.y) +
                                    (a.z - b.z) * (a.z - b.z));

@@ -18,9 +18,6 @@ public:
     double metres() const { return length; }
     double metresAcrossGaps() const { return lengthAcrossGaps; }
 
-    /// Adds the lengths of another path.
-    void merge(const Path& other);
-
 private:
     struct Position {
         double latitude;

@@ -1,7 +1,6 @@
 #include "tools/trace/Summary.h"
 
 #include <algorithm>
-#include <functional>
 #include <numeric>
 #include <string_view>
 
@@ -47,22 +46,6 @@ void TimeSpan::addGap(const Gap& gap) {
     }
 }
 
-void TimeSpan::merge(const TimeSpan& other) {
-    if (!other.first) {
-        return;
-    }
-    first = std::min(first.value_or(*other.first), *other.first);
-    last = std::max(last.value_or(*other.last), *other.last);
-    stepsBack += other.stepsBack;
-    gapCount += other.gapCount;
-    if (other.longestGap && (!longestGap || other.longestGap->length() > longestGap->length())) {
-        longestGap = other.longestGap;
-    }
-    const size_t room = std::min(LISTED_GAPS - gaps.size(), other.gaps.size());
-    gaps.insert(gaps.end(), other.gaps.begin(),
-                other.gaps.begin() + static_cast<std::ptrdiff_t>(room));
-}
-
 // Null where there is no room for another code.
 SentenceCounts::Row* SentenceCounts::rowOf(std::string_view code) {
     if (expected >= counts.size() || counts[expected].code != code) {
@@ -94,23 +77,6 @@ void SentenceCounts::add(std::string_view code, Checksum checksum,
     }
 }
 
-void SentenceCounts::merge(const SentenceCounts& other) {
-    for (const Row& added : other.counts) {
-        Row* const row = rowOf(added.code);
-        if (row == nullptr) {
-            further += added.number;
-            continue;
-        }
-        row->number += added.number;
-        row->wrongChecksums += added.wrongChecksums;
-        if (added.first) {
-            row->first = std::min(row->first.value_or(*added.first), *added.first);
-            row->last = std::max(row->last.value_or(*added.last), *added.last);
-        }
-    }
-    further += other.further;
-}
-
 uint64_t SentenceCounts::total() const {
     return std::accumulate(counts.begin(), counts.end(), further,
                            [](uint64_t sum, const Row& row) { return sum + row.number; });
@@ -138,11 +104,6 @@ void SatelliteCounts::add(unsigned satellites) {
     }
 }
 
-void SatelliteCounts::merge(const SatelliteCounts& other) {
-    std::transform(fixes.begin(), fixes.end(), other.fixes.begin(), fixes.begin(), std::plus<>());
-    total += other.total;
-}
-
 std::optional<unsigned> SatelliteCounts::least() const {
     return total == 0 ? std::nullopt : std::optional(atRank(0));
 }
@@ -168,23 +129,6 @@ unsigned SatelliteCounts::atRank(uint64_t rank) const {
 void ValueRange::add(double value) {
     least = std::min(least.value_or(value), value);
     greatest = std::max(greatest.value_or(value), value);
-}
-
-void ValueRange::merge(const ValueRange& other) {
-    if (other.least) {
-        add(*other.least);
-        add(*other.greatest);
-    }
-}
-
-void Summary::add(const TraceItem& item) {
-    add(item, item.gps ? fixes.read(*item.gps) : std::nullopt);
-}
-
-void Summary::passOver(const TraceItem& item) {
-    if (item.gps) {
-        fixes.read(*item.gps);
-    }
 }
 
 void Summary::add(const TraceItem& item, const std::optional<Fix>& fix) {
@@ -283,35 +227,7 @@ void Summary::endTrace() {
     dated.endTrace();
     undated.endTrace();
     path.end();
-    fixes.endTrace();
     motion.endTrace();
-}
-
-void Summary::merge(const Summary& other) {
-    bytes += other.bytes;
-    gpsMessages += other.gpsMessages;
-    otherMessages += other.otherMessages;
-    for (const auto& [id, number] : other.otherById) {
-        otherById[id] += number;
-    }
-    messagesWithoutDate += other.messagesWithoutDate;
-    damagedPlaces += other.damagedPlaces;
-    damagedBytes += other.damagedBytes;
-    sentences.merge(other.sentences);
-    wrongChecksums += other.wrongChecksums;
-    noChecksums += other.noChecksums;
-    validFixes += other.validFixes;
-    invalidFixes += other.invalidFixes;
-    doubtfulFixes += other.doubtfulFixes;
-    repeatedFixes += other.repeatedFixes;
-    satellites.merge(other.satellites);
-    path.merge(other.path);
-    speed.merge(other.speed);
-    altitude.merge(other.altitude);
-    positions.merge(other.positions);
-    motion.merge(other.motion);
-    dated.merge(other.dated);
-    undated.merge(other.undated);
 }
 
 }  // namespace vextrace::tools

@@ -10,7 +10,6 @@
 
 #include "libvexstream/Fix.h"
 #include "libvexstream/TraceReader.h"
-#include "libvextrace/GPSTraceMessage.h"
 #include "tools/trace/BoundingBox.h"
 #include "tools/trace/Motion.h"
 #include "tools/trace/Path.h"
@@ -38,7 +37,6 @@ struct TimeSpan {
 
     void add(timeStamp_t stamp, timeStamp_t allowedGap);
     void endTrace() { previous.reset(); }
-    void merge(const TimeSpan& other);
 
 private:
     void addGap(const Gap& gap);
@@ -64,7 +62,6 @@ public:
     /// \param stamp  of its message; nothing where that has no date
     void add(std::string_view code, Checksum checksum = Checksum::NONE,
              std::optional<timeStamp_t> stamp = std::nullopt);
-    void merge(const SentenceCounts& other);
 
     uint64_t total() const;
     /// Of codes beyond MOST_CODES.
@@ -89,7 +86,6 @@ public:
     static constexpr unsigned MOST = 255;
 
     void add(unsigned satellites);
-    void merge(const SatelliteCounts& other);
 
     /// Nothing where no fix told.
     std::optional<unsigned> least() const;
@@ -109,7 +105,6 @@ struct ValueRange {
     std::optional<double> greatest;
 
     void add(double value);
-    void merge(const ValueRange& other);
 };
 
 /// What a trace, or several of them, hold, in numbers. Bounded in size.
@@ -123,19 +118,11 @@ public:
     explicit Summary(timeStamp_t longestPause) : allowedGap(longestPause) {}
 
     /// Adds what a reader gave out, in order.
-    void add(const TraceItem& item);
-
-    /// The same, where the fix of a GPS message is known already.
+    /// \param fix  that of a GPS message, by the FixReader of the trace
     void add(const TraceItem& item, const std::optional<Fix>& fix);
-
-    /// A message that is not added has a say in the verdicts on what follows.
-    void passOver(const TraceItem& item);
 
     /// The trace has ended: neither a gap nor a distance leads to the next one.
     void endTrace();
-
-    /// Adds the numbers of other traces.
-    void merge(const Summary& other);
 
     /// Those of the messages that have a date; of all where none has one.
     const TimeSpan& times() const { return dated.first ? dated : undated; }
@@ -173,7 +160,6 @@ private:
 
     timeStamp_t allowedGap;
     std::optional<timeStamp_t> lastFix;  // valid, of the trace in hand
-    FixReader fixes;
     TimeSpan dated;
     TimeSpan undated;
 };
