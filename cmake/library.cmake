@@ -36,6 +36,14 @@ function(vextrace_uses name other)
     endif()
 endfunction()
 
+# vextrace_precompiles(NAME HEADER...): what most files of a library include. A parent that builds the
+# library with others decides that itself.
+function(vextrace_precompiles name)
+    if(VEXTRACE_TOP_LEVEL)
+        target_precompile_headers(${name} PRIVATE ${ARGN})
+    endif()
+endfunction()
+
 # vextrace_needs_standard(NAME YEAR): a library, and those who use it, need a later C++.
 function(vextrace_needs_standard name year)
     target_compile_features(${name} PUBLIC cxx_std_${year})

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Keeps the documents true: links lead somewhere, files that they name exist, nothing is left out of
-# their lists, C++ blocks compile.
-# Usage: documents.sh SOURCE_DIR COMPILER
+# Keeps the documents true: links lead somewhere, files and options that they name exist, nothing is
+# left out of their lists, C++ blocks compile.
+# Usage: documents.sh SOURCE_DIR COMPILER [PROGRAM], without PROGRAM not its options
 set -euo pipefail
 cd "$1"
 compiler=$2
+program=${3-}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 documents=(*.md docs/*.md)
@@ -25,6 +26,8 @@ anchors() {
     prose "$1" | sed -n 's/^#\{1,6\} //p' | tr '[:upper:]' '[:lower:]' |
         sed -e 's/[^a-z0-9 _-]//g' -e 's/ /-/g'
 }
+
+. tests/options.sh
 
 check_link() {
     local document=$1 link=$2 file anchor=''
@@ -63,7 +66,7 @@ check_file_names() {
             count=$((count + 1))
             compgen -G "${name%% *}" >/dev/null || fail "$document: there is no $name"
         done < <(prose "$document" | grep -oE '`[^`]+`' | tr -d '`' |
-            grep -E '^(\./)?(libvextrace|libvexutil|examples|tests|fuzz|benchmarks|scripts|cmake|docs|\.ci)/')
+            grep -E '^(\./)?(libvextrace|libvexutil|libvexstream|tools|examples|tests|fuzz|benchmarks|scripts|cmake|docs|\.ci)/')
     done
     [ "$count" -gt 0 ] || fail "no document names a file"
 }
@@ -87,7 +90,7 @@ check_lists() {
     for script in scripts/*; do
         case $script in
             scripts/demo) ;; # in a block of the README
-            scripts/packages | scripts/build) named CONTRIBUTING.md "scripts/${script#scripts/}" ;;
+            scripts/packages | scripts/build | scripts/stages) named CONTRIBUTING.md "scripts/${script#scripts/}" ;;
             *) named CONTRIBUTING.md "./$script" ;;
         esac
     done
@@ -127,6 +130,8 @@ check_code() {
 check_links
 check_file_names
 check_lists
+check_program_options
+check_cmake_options
 check_code
 [ "$failures" -eq 0 ] || exit 1
 echo "The documents are true."

@@ -8,6 +8,7 @@
 #include "tests/model/differential.h"
 #include "tests/model/logs.h"
 #include "tests/support/CommaLocale.h"
+#include "tests/support/rounds.h"
 
 namespace {
 
@@ -97,7 +98,7 @@ TEST_F(ModelTest, AgreesOnOddTextsInEveryField) {
 }
 
 TEST_F(ModelTest, AgreesOnNumbersOfManyDigits) {
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < rounds(1500); ++i) {
         const std::vector<std::string> sentences = sentencesOfNumbers();
         ASSERT_EQ(differenceInSentences(1, sentences), "") << testing::PrintToString(sentences);
     }
@@ -109,7 +110,7 @@ TEST_F(ModelTest, AgreesOnNumbersInALocaleWithDecimalComma) {
         GTEST_SKIP() << "no locale with a decimal comma can be made here";
     }
     ASSERT_EQ(std::strtod("1.5", nullptr), 1.0);
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < rounds(500); ++i) {
         const std::vector<std::string> sentences = sentencesOfNumbers();
         ASSERT_EQ(differenceInSentences(1, sentences), "") << testing::PrintToString(sentences);
     }
@@ -125,7 +126,7 @@ TEST_F(ModelTest, AgreesOnSentencesAsReceived) {
 TEST_F(ModelTest, AgreesOnChangedSentences) {
     const std::vector<std::string> fixes = receivedFixes();
     ASSERT_FALSE(fixes.empty());
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < rounds(4000); ++i) {
         std::vector<std::string> sentences = oneToFour(fixes);
         changeSome(sentences);
         ASSERT_EQ(differenceInSentences(mutator.below(1000), sentences), "")
@@ -136,7 +137,7 @@ TEST_F(ModelTest, AgreesOnChangedSentences) {
 TEST_F(ModelTest, AgreesOnChangedBytesOfOneMessage) {
     const auto groups = groupedByCode(receivedFixes());
     ASSERT_FALSE(groups.empty());
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < rounds(2000); ++i) {
         const std::string bytes = mutator.bytes(mutator.bytes(written(groups)));
         ASSERT_EQ(differenceInReading(bytes), "") << testing::PrintToString(bytes);
     }
@@ -145,7 +146,7 @@ TEST_F(ModelTest, AgreesOnChangedBytesOfOneMessage) {
 TEST_F(ModelTest, AgreesOnWalksOverChangedBytes) {
     const auto groups = groupedByCode(receivedFixes());
     ASSERT_FALSE(groups.empty());
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < rounds(1000); ++i) {
         const std::string bytes = mutator.bytes(written(groups));
         ASSERT_EQ(differenceInWalk(bytes), "") << testing::PrintToString(bytes);
     }
@@ -171,7 +172,7 @@ TEST_F(ModelTest, AgreesOnMessagesAsLongAsTheSizeFieldAllows) {
 TEST_F(ModelTest, AgreesOnChangedPrograms) {
     const auto groups = groupedByCode(receivedFixes());
     ASSERT_FALSE(groups.empty());
-    for (int i = 0; i < 400; ++i) {
+    for (int i = 0; i < rounds(400); ++i) {
         std::string program = programOf(mutator.below(1000), mutator.oneOf(groups));
         ASSERT_EQ(differenceInProgram(program), "") << testing::PrintToString(program);
         for (size_t changes = mutator.below(8); changes > 0; --changes) {
