@@ -196,6 +196,16 @@ std::vector<string> linesOf(const string& text) {
     return lines;
 }
 
+// Of a table, without the name of the trace and the number of the message, which changes where
+// messages before it are lost.
+std::vector<string> rowsOf(const string& text) {
+    std::vector<string> rows = linesOf(text);
+    for (string& row : rows) {
+        row.erase(0, row.find(',', row.find(',') + 1));
+    }
+    return rows;
+}
+
 // Runs a command that reads the trace; what it tells must be lines for people.
 CommandResult run(Command& command) {
     CommandResult result = command.run();
@@ -387,9 +397,9 @@ TEST_F(DamagedTraceTest, ShowShowsEveryMessageThatIsUntouched) {
 
 TEST_F(DamagedTraceTest, TablesHaveTheRowsOfMessagesThatAreUntouched) {
     std::vector<Listing> listings;
-    for (const char* format : {"csv", "jsonl", "nmea"}) {
-        listings.push_back(listing(exportTo(format), linesOf));
-    }
+    listings.push_back(listing(exportTo("csv"), rowsOf));
+    listings.push_back(listing(exportTo("jsonl"), rowsOf));
+    listings.push_back(listing(exportTo("nmea"), linesOf));
     expectUntouched(listings);
 }
 

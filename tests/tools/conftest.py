@@ -67,7 +67,8 @@ def vextrace(request, tmp_path):
         options.setdefault("timeout", 60)
         if "stdin" not in options:
             options.setdefault("input", b"")
-        return subprocess.run([program, *map(str, arguments)], capture_output="stdout" not in options,
+        arguments = [part if isinstance(part, bytes) else str(part) for part in arguments]
+        return subprocess.run([program, *arguments], capture_output="stdout" not in options,
                               check=False, **options)
 
     run.program = program

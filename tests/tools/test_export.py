@@ -81,6 +81,7 @@ SMALL_GPX = """\
 <gpx version="1.1" creator="vextrace" xmlns="http://www.topografix.com/GPX/1/1" \
 xmlns:tpx="http://www.garmin.com/xmlschemas/TrackPointExtension/v2">
 <trk>
+<name>NAME</name>
 <trkseg>
 <trkpt lat="48.1173" lon="11.516666666667"><ele>545.4</ele><time>1994-03-23T12:00:00Z</time>\
 <fix>3d</fix><sat>8</sat><hdop>0.9</hdop><extensions><tpx:TrackPointExtension>\
@@ -99,10 +100,10 @@ xmlns:tpx="http://www.garmin.com/xmlschemas/TrackPointExtension/v2">
 SMALL_GEOJSON = """\
 {"type":"FeatureCollection","features":[
 {"type":"Feature","geometry":{"type":"LineString","coordinates":[[11.516666666666667,48.11729999999999,545.4],\
-[-77.44083333333333,-38.908500000000004]]},"properties":{"first_utc":"1994-03-23T12:00:00Z",\
+[-77.44083333333333,-38.908500000000004]]},"properties":{"trace":"NAME","first_utc":"1994-03-23T12:00:00Z",\
 "last_utc":"1994-03-23T12:00:00.5Z","fixes":2}},
 {"type":"Feature","geometry":{"type":"Point","coordinates":[11.516699999999998,48.117333333333335]},\
-"properties":{"first_utc":"1994-03-23T12:00:07Z","last_utc":"1994-03-23T12:00:07Z","fixes":1}}
+"properties":{"trace":"NAME","first_utc":"1994-03-23T12:00:07Z","last_utc":"1994-03-23T12:00:07Z","fixes":1}}
 ]}
 """
 
@@ -114,7 +115,8 @@ SMALL_KML = """\
 <gx:SimpleArrayField name="speed" type="double"><displayName>Speed (km/h)</displayName>\
 </gx:SimpleArrayField>
 </Schema>
-<Placemark><gx:MultiTrack>
+<Folder><name>NAME</name>
+<Placemark><name>NAME</name><gx:MultiTrack>
 <gx:Track>
 <when>1994-03-23T12:00:00Z</when>
 <when>1994-03-23T12:00:00.5Z</when>
@@ -128,45 +130,52 @@ SMALL_KML = """\
 </gx:SimpleArrayData></SchemaData></ExtendedData>
 </gx:Track>
 </gx:MultiTrack></Placemark>
-<Placemark><gx:MultiTrack>
+<Placemark><name>NAME</name><gx:MultiTrack>
 <gx:Track>
 <when>1994-03-23T12:00:07Z</when>
 <gx:coord>11.516699999999998 48.117333333333335</gx:coord>
 </gx:Track>
 </gx:MultiTrack></Placemark>
+</Folder>
 </Document>
 </kml>
 """
 
 SMALL_CSV = """\
-time_utc,time_ns,valid,latitude_deg,longitude_deg,altitude_m,speed_kmh,course_deg,satellites,\
+trace,message,time_utc,time_ns,valid,latitude_deg,longitude_deg,altitude_m,speed_kmh,course_deg,satellites,\
 quality,hdop,checksum\r
-1994-03-23T12:00:00Z,764424000000000000,true,48.11729999999999,11.516666666666667,545.4,41.4848,84.4,8,1,0.9,\
+NAME,1,1994-03-23T12:00:00Z,764424000000000000,true,48.11729999999999,11.516666666666667,545.4,41.4848,84.4,8,1,0.9,\
 right\r
-1994-03-23T12:00:00.5Z,764424000500000000,true,-38.908500000000004,-77.44083333333333,,,,,,,right\r
-1994-03-23T12:00:03Z,764424003000000000,false,,,,,,0,0,99.99,right\r
-1994-03-23T12:00:07Z,764424007000000000,true,48.117333333333335,11.516699999999998,,,,11,2,,right\r
+NAME,3,1994-03-23T12:00:00.5Z,764424000500000000,true,-38.908500000000004,-77.44083333333333,,,,,,,right\r
+NAME,6,1994-03-23T12:00:03Z,764424003000000000,false,,,,,,0,0,99.99,right\r
+NAME,7,1994-03-23T12:00:07Z,764424007000000000,true,48.117333333333335,11.516699999999998,,,,11,2,,right\r
 """
 
 SMALL_JSONL = """\
-{"time_utc":"1994-03-23T12:00:00Z","time_ns":764424000000000000,"valid":true,\
+{"trace":"NAME","message":1,"time_utc":"1994-03-23T12:00:00Z","time_ns":764424000000000000,"valid":true,\
 "latitude_deg":48.11729999999999,"longitude_deg":11.516666666666667,"altitude_m":545.4,"speed_kmh":41.4848,\
 "course_deg":84.4,"satellites":8,"quality":1,"hdop":0.9,"checksum":"right"}
-{"time_utc":"1994-03-23T12:00:00.5Z","time_ns":764424000500000000,"valid":true,\
+{"trace":"NAME","message":3,"time_utc":"1994-03-23T12:00:00.5Z","time_ns":764424000500000000,"valid":true,\
 "latitude_deg":-38.908500000000004,"longitude_deg":-77.44083333333333,"altitude_m":null,"speed_kmh":null,\
 "course_deg":null,"satellites":null,"quality":null,"hdop":null,"checksum":"right"}
-{"time_utc":"1994-03-23T12:00:03Z","time_ns":764424003000000000,"valid":false,\
+{"trace":"NAME","message":6,"time_utc":"1994-03-23T12:00:03Z","time_ns":764424003000000000,"valid":false,\
 "latitude_deg":null,"longitude_deg":null,"altitude_m":null,"speed_kmh":null,\
 "course_deg":null,"satellites":0,"quality":0,"hdop":99.99,"checksum":"right"}
-{"time_utc":"1994-03-23T12:00:07Z","time_ns":764424007000000000,"valid":true,\
+{"trace":"NAME","message":7,"time_utc":"1994-03-23T12:00:07Z","time_ns":764424007000000000,"valid":true,\
 "latitude_deg":48.117333333333335,"longitude_deg":11.516699999999998,"altitude_m":null,"speed_kmh":null,\
 "course_deg":null,"satellites":11,"quality":2,"hdop":null,"checksum":"right"}
 """
 
 SMALL_NMEA = b"".join(part[14:] for part in SMALL if part[3] == GPS).decode()
 
+# NAME stands for the name of the trace.
 WHOLE = {"gpx": SMALL_GPX, "geojson": SMALL_GEOJSON, "kml": SMALL_KML, "csv": SMALL_CSV,
          "jsonl": SMALL_JSONL, "nmea": SMALL_NMEA}
+
+
+def whole(to, name):
+    """The document of the small trace, given its name."""
+    return WHOLE[to].replace("NAME", name)
 
 
 @pytest.fixture
@@ -201,7 +210,7 @@ def export(vextrace):
 def test_writes_the_whole_document(vextrace, trace, to):
     result = vextrace("export", "--to", to, trace(*SMALL))
     kind = "drawn" if to in DRAWN else "tables" if to in TABLES else "nmea"
-    assert result.stdout.decode() == WHOLE[to]
+    assert result.stdout.decode() == whole(to, "0.trace")
     assert result.stderr.decode() == f"vextrace: left out: {SMALL_LEFT_OUT[kind]}\n"
     assert result.returncode == 0
 
@@ -210,7 +219,7 @@ def test_writes_the_whole_document(vextrace, trace, to):
 def test_writes_the_same_to_a_file_and_from_standard_input(vextrace, tmp_path, to):
     result = vextrace("export", "--to", to, "-o", "out", "-", input=b"".join(SMALL))
     assert (result.returncode, result.stdout) == (0, b"")
-    assert (tmp_path / "out").read_bytes().decode() == WHOLE[to]
+    assert (tmp_path / "out").read_bytes().decode() == whole(to, "-")
     assert os.listdir(tmp_path) == ["out"]
 
 
@@ -229,6 +238,52 @@ def fixes_in(to, text):
     if to == "csv":
         return len(text.splitlines()) - 1
     return text.count({"gpx": b"<trkpt ", "kml": b"<when>", "jsonl": b"\n", "nmea": b"\n"}[to])
+
+
+# --- The names of traces
+
+
+NAMES = ["a, \"b\".trace", "50 % <&'>.trace", "späce \\.trace", "\nline", b"\xff.trace"]
+SHOWN = ["a, \"b\".trace", "50 % <&'>.trace", "späce \\\\.trace", "\\x0aline", "\\xff.trace"]
+
+
+@pytest.fixture
+def named(tmp_path):
+    """A trace of each of these names, in bytes, with two fixes."""
+    names = [os.fsencode(name) for name in NAMES]
+    for number, name in enumerate(names):
+        with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
+            file.write(other(CAN, NOON, b"") * number + message(NOON, rmc()) + message(NOON + SECOND, rmc()))
+    return names
+
+
+def test_tables_name_the_trace_and_the_message(vextrace, tmp_path, named):
+    wanted = [(name if isinstance(name, str) else "\\xff.trace", number + count)
+              for number, name in enumerate(NAMES) for count in (1, 2)]
+    text = vextrace("export", "--to", "csv", *named).stdout.decode()
+    rows = csv.DictReader(io.StringIO(text, newline=""))
+    assert [(row["trace"], int(row["message"])) for row in rows] == wanted
+    lines = vextrace("export", "--to", "jsonl", *named).stdout.splitlines()
+    assert [(row["trace"], row["message"]) for row in map(json.loads, lines)] == wanted
+
+
+def test_drawings_name_the_traces(vextrace, named):
+    text = vextrace("export", "--to", "gpx", *named).stdout
+    check_gpx(text)
+    gpx = "{http://www.topografix.com/GPX/1/1}"
+    assert [name.text for name in ElementTree.fromstring(text).iter(gpx + "name")] == SHOWN
+    text = vextrace("export", "--to", "kml", *named).stdout
+    check_kml(text)
+    assert [folder[0].text for folder in ElementTree.fromstring(text).iter(KML + "Folder")] == SHOWN
+    features = json.loads(vextrace("export", "--to", "geojson", *named).stdout)["features"]
+    assert [feature["properties"]["trace"] for feature in features] == NAMES[:-1] + ["\\xff.trace"]
+
+
+def test_a_trace_without_a_fix_has_no_track(vextrace, trace):
+    names = [trace(), trace(*seconds(0)), trace(message(NOON, checked("PVEXT,1")))]
+    text = vextrace("export", "--to", "gpx", *names).stdout
+    assert (text.count(b"<trk>"), text.count(b"<name>1.trace</name>")) == (1, 1)
+    assert vextrace("export", "--to", "kml", *names).stdout.count(b"<Folder>") == 1
 
 
 # --- Documents are valid
@@ -283,12 +338,19 @@ def check_kml(text):
     assert root.tag == KML + "kml"
     (document,) = root
     assert document.tag == KML + "Document" and document[0].tag == KML + "Schema"
-    for placemark in document[1:]:
-        assert placemark.tag == KML + "Placemark"
-        (multi,) = placemark
-        assert multi.tag == GX + "MultiTrack" and len(multi) > 0
-        for track in multi:
-            check_kml_track(track)
+    for folder in document[1:]:
+        assert folder.tag == KML + "Folder" and folder[0].tag == KML + "name" and len(folder) > 1
+        for placemark in folder[1:]:
+            check_placemark(placemark, folder[0].text)
+
+
+def check_placemark(placemark, name):
+    assert placemark.tag == KML + "Placemark"
+    title, multi = placemark
+    assert (title.tag, title.text) == (KML + "name", name)
+    assert multi.tag == GX + "MultiTrack" and len(multi) > 0
+    for track in multi:
+        check_kml_track(track)
 
 
 def check_kml_track(track):
@@ -507,17 +569,17 @@ def test_speed_in_metres_per_second_and_course(export, trace, motion, elements):
 def test_times_of_stamps(export, trace, stamp, text):
     assert f"<time>{text}</time>" in point_of(export, trace, rmc(), stamp=stamp)
     row = export("csv", trace(message(stamp, rmc()))).decode().splitlines()[1]
-    assert row.startswith(f"{text},{stamp},")
+    assert row.startswith(f"1.trace,1,{text},{stamp},")
 
 
 def test_the_stamp_0_is_no_time(export, trace):
     name = trace(message(0, rmc()))
     assert "<time>" not in point_of(export, trace, rmc(), stamp=0)
-    assert export("csv", name).decode().splitlines()[1].startswith(",,true,48.11729999999999,")
+    assert export("csv", name).decode().splitlines()[1].startswith("0.trace,1,,,true,48.11729999999999,")
     row = json.loads(export("jsonl", name))
     assert (row["time_utc"], row["time_ns"]) == (None, None)
     (feature,) = json.loads(export("geojson", name))["features"]
-    assert feature["properties"] == {"first_utc": None, "last_utc": None, "fixes": 1}
+    assert feature["properties"] == {"trace": name, "first_utc": None, "last_utc": None, "fixes": 1}
     assert b"<when>1970-01-01T00:00:00Z</when>" in export("kml", name)
 
 
@@ -535,7 +597,7 @@ def test_a_gga_without_rmc_is_a_fix(export, trace):
 def test_tables_hold_the_shortest_numbers_without_exponent(export, trace, position, place):
     name = trace(message(NOON, rmc(position)))
     texts = [format(decimal.Decimal(repr(number)), "f") for number in place]
-    assert export("csv", name).decode().splitlines()[1].split(",")[3:5] == texts
+    assert export("csv", name).decode().splitlines()[1].split(",")[5:7] == texts
     row = json.loads(export("jsonl", name), parse_float=str, parse_int=str)
     assert [row["latitude_deg"], row["longitude_deg"]] == texts
 
@@ -684,7 +746,7 @@ def test_long_lines_stay_whole(export, trace):
     text = export("kml", name)
     check_kml(text)
     (placemark,) = ElementTree.fromstring(text).iter(KML + "Placemark")
-    tracks = [[place.text for place in track.findall(GX + "coord")] for track in placemark[0]]
+    tracks = [[place.text for place in track.findall(GX + "coord")] for track in placemark[1]]
     assert all(first[-1] == second[0] for first, second in zip(tracks, tracks[1:]))
     assert sum(map(len, tracks)) - len(tracks) + 1 == count
     assert all(len(track) > 1 for track in tracks)
@@ -811,7 +873,7 @@ def test_an_existing_output_is_refused_unless_forced(vextrace, trace, tmp_path):
     assert (result.returncode, result.stderr) == (2, b"vextrace: out: exists; --force replaces it\n")
     assert (tmp_path / "out").read_bytes() == b"old"
     assert vextrace("export", "--to", "csv", "-o", "out", "--force", name).returncode == 0
-    assert (tmp_path / "out").read_bytes().decode() == SMALL_CSV
+    assert (tmp_path / "out").read_bytes().decode() == whole("csv", name)
 
 
 def test_no_arrangement_overwrites_an_input(vextrace, trace, tmp_path):
@@ -859,7 +921,7 @@ def test_closed_standard_streams(vextrace, trace, tmp_path):
     assert status(f"{command} {name} >&-") == 1
     assert status(f"{command} - <&-") in (1, 2)
     assert status(f"{command} -o closed <&- >&- 2>&- {name}") == 0
-    assert (tmp_path / "closed").read_bytes().decode() == SMALL_CSV
+    assert (tmp_path / "closed").read_bytes().decode() == whole("csv", name)
 
 
 def test_a_reader_that_goes_ends_the_export_quietly(vextrace, trace):
@@ -924,7 +986,13 @@ def test_file_names_of_any_bytes(vextrace, tmp_path, name):
     given = b"./-" if name == b"-" else name
     result = subprocess.run([vextrace.program, "export", "--to", "csv", "--", given],
                             cwd=tmp_path, capture_output=True, check=False)
-    assert (result.returncode, result.stdout.decode()) == (0, SMALL_CSV)
+    assert result.returncode == 0
+    rows = csv.DictReader(io.StringIO(result.stdout.decode(), newline=""))
+    try:
+        shown = given.decode()
+    except UnicodeDecodeError:
+        shown = "\\xff\\x1b[2J"
+    assert {row["trace"] for row in rows} == {shown}
     os.mkdir(folder + b"/out")
     result = subprocess.run([os.fsencode(vextrace.program), b"export", b"--to", b"csv",
                              b"--output=out/" + name, b"--", given],
@@ -1002,9 +1070,11 @@ REPEATED = [message(SECOND_OF_REPEATED, sentence(b"GPGGA,120000,4807.038,N,01131
 
 @pytest.mark.parametrize("to", ["gpx", "geojson", "kml", "csv", "jsonl"])
 def test_a_fix_that_is_sent_again_is_no_other_fix(vextrace, export, trace, to):
-    result = vextrace("export", "--to", to, trace(*REPEATED))
+    name = trace(*REPEATED)
+    result = vextrace("export", "--to", to, name)
     assert (result.returncode, result.stderr) == (0, b"vextrace: left out: 1 repetition of a fix in its epoch\n")
-    assert result.stdout == export(to, trace(REPEATED[0]))
+    once = export(to, trace(REPEATED[0]))
+    assert result.stdout == once.replace(b"1.trace", name.encode())
 
 
 def test_nmea_begins_each_epoch_with_its_time(export, trace):

@@ -4,6 +4,7 @@
 #include <fmt/core.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <sstream>
 #include <type_traits>
 
@@ -54,15 +55,35 @@ int showHelp(const CLI::App& app, const CLI::ParseError& request) {
     return STATUS_OK;
 }
 
-// CLI11 wants the last one first, and takes "[a]" for a list, which "./[a]" is not.
+// CLI11 wants the last one first, and takes "[a]" for a list. So such an argument, and one that
+// begins with the mark, goes in behind a mark.
+constexpr char MARK = '\1';
+
 std::vector<std::string> forParser(const std::vector<std::string>& arguments) {
     std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
     for (std::string& argument : reversed) {
-        if (argument == "++" || (argument.starts_with('[') && argument.ends_with(']'))) {
-            argument.insert(0, "./");
+        if (argument == "++" || (argument.starts_with('[') && argument.ends_with(']')) ||
+            argument.starts_with(MARK)) {
+            argument.insert(0, 1, MARK);
         }
     }
     return reversed;
+}
+
+void takeMark(std::string& text) {
+    if (text.starts_with(MARK)) {
+        text.erase(0, 1);
+    }
+}
+
+void takeMarks(const CommandEntry& command) {
+    for (const OptionEntry& option : command.options) {
+        if (auto* const* one = std::get_if<std::string*>(&option.target)) {
+            takeMark(**one);
+        } else if (auto* const* many = std::get_if<std::vector<std::string>*>(&option.target)) {
+            std::for_each((*many)->begin(), (*many)->end(), takeMark);
+        }
+    }
 }
 
 }  // namespace
@@ -89,6 +110,7 @@ int runCommandLine(const std::vector<std::string>& arguments) {
     }
     for (const CommandEntry& command : commands) {
         if (app.got_subcommand(command.name)) {
+            takeMarks(command);
             return command.run();
         }
     }

@@ -47,9 +47,11 @@ class Export : public TraceVisitor {
 public:
     Export(Format& format, const ExportChoice& choice) : exporter(format, choice) {}
 
-    void addMessage(const TraceItem& message, uint64_t /*number*/) override {
+    void beginTrace(const std::string& path) override { exporter.beginTrace(path); }
+
+    void addMessage(const TraceItem& message, uint64_t number) override {
         if (message.kind == TraceItem::Kind::GPS) {
-            exporter.add(*message.gps);
+            exporter.add(*message.gps, number);
         } else {
             exporter.addOther();
         }

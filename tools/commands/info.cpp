@@ -13,7 +13,6 @@
 #include "tools/io/escape.h"
 #include "tools/io/json.h"
 #include "tools/io/plural.h"
-#include "tools/io/utf8.h"
 #include "tools/trace/Summary.h"
 #include "tools/trace/summaryText.h"
 #include "tools/trace/walkTraces.h"
@@ -65,7 +64,7 @@ public:
     }
     void addTrace(const std::string& name, const Summary& summary) override {
         output.write(std::exchange(separator, ",\n"));
-        write("file", isUtf8(name) ? name : escaped(name), summary);
+        write("file", utf8Name(name), summary);
     }
     void addAll(uint64_t traces, const Summary& all) override {
         output.write("],\n\"all\": ");

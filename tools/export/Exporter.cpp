@@ -27,11 +27,11 @@ Exporter::Exporter(Format& document, const ExportChoice& chosen)
       content(document.content()),
       fixes(chosen.unchecked ? FixSource::ALL : FixSource::NOT_WRONG) {}
 
-void Exporter::add(const GpsView& message) {
+void Exporter::add(const GpsView& message, uint64_t number) {
     if (content == Format::Content::SENTENCES) {
         format.addMessage(message);
     } else {
-        addFixOf(message);
+        addFixOf(message, number);
     }
     lastMessage = message.getTimeStamp();
 }
@@ -46,7 +46,7 @@ void Exporter::addOutside(const GpsView& message) {
     }
 }
 
-void Exporter::addFixOf(const GpsView& message) {
+void Exporter::addFixOf(const GpsView& message, uint64_t number) {
     const std::optional<Fix> fix = fixes.read(message);
     if (!fix) {
         countWithoutFix(message.getTimeStamp());
@@ -55,15 +55,15 @@ void Exporter::addFixOf(const GpsView& message) {
     } else if (fix->isDoubtful() && !choice.unchecked) {
         ++doubtful;
     } else if (content == Format::Content::ALL_FIXES) {
-        format.addFix(*fix, message);
+        format.addFix(*fix, message, number);
     } else if (fix->valid) {
-        addToLine(*fix, message);
+        addToLine(*fix, message, number);
     } else {
         ++invalid;
     }
 }
 
-void Exporter::addToLine(const Fix& fix, const GpsView& message) {
+void Exporter::addToLine(const Fix& fix, const GpsView& message, uint64_t number) {
     if (lastOfLine) {
         const timeStamp_t between =
             fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;
@@ -72,7 +72,7 @@ void Exporter::addToLine(const Fix& fix, const GpsView& message) {
         }
     }
     lastOfLine = fix.stamp;
-    format.addFix(fix, message);
+    format.addFix(fix, message, number);
 }
 
 // What a message has no room for stands in others of the same stamp, which lack nothing.
@@ -83,6 +83,7 @@ void Exporter::countWithoutFix(timeStamp_t stamp) {
 }
 
 void Exporter::endTrace() {
+    format.endLine();
     format.endTrace();
     fixes.endTrace();
     lastOfLine.reset();

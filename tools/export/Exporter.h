@@ -20,7 +20,11 @@ public:
     /// \param document  must outlive the exporter
     Exporter(Format& document, const ExportChoice& chosen);
 
-    void add(const GpsView& message);
+    /// \param name  as it was given
+    void beginTrace(const std::string& name) { format.beginTrace(name); }
+
+    /// \param number  of the message in its trace, counted from 1
+    void add(const GpsView& message, uint64_t number);
 
     /// Counts a message from before or behind the time asked for.
     void addOutside(const GpsView& message);
@@ -35,8 +39,8 @@ public:
     std::string leftOut() const;
 
 private:
-    void addFixOf(const GpsView& message);
-    void addToLine(const Fix& fix, const GpsView& message);
+    void addFixOf(const GpsView& message, uint64_t number);
+    void addToLine(const Fix& fix, const GpsView& message, uint64_t number);
     void countWithoutFix(timeStamp_t stamp);
 
     Format& format;

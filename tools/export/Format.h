@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -29,8 +30,12 @@ public:
     /// Writes what stands in front of the first fix.
     virtual void begin() {}
 
+    /// What follows is of the trace with this name, as it was given.
+    virtual void beginTrace(const std::string& /*name*/) {}
+
     /// Writes a fix, given with the message that it comes from.
-    virtual void addFix(const Fix& /*fix*/, const GpsView& /*message*/) {}
+    /// \param number  of the message in its trace, counted from 1
+    virtual void addFix(const Fix& /*fix*/, const GpsView& /*message*/, uint64_t /*number*/) {}
 
     /// Writes a message whose content is SENTENCES.
     virtual void addMessage(const GpsView& /*message*/) {}
@@ -41,8 +46,8 @@ public:
     /// The next fix does not go on from the one before.
     virtual void endLine() {}
 
-    /// What follows is of another trace.
-    virtual void endTrace() { endLine(); }
+    /// The trace has ended, behind its last line.
+    virtual void endTrace() {}
 
     /// Completes the document.
     virtual void end() {}

@@ -1,12 +1,28 @@
+#include <string>
+
 #include "tools/export/Format.h"
 #include "tools/export/columns.h"
+#include "tools/export/text.h"
+#include "tools/io/escape.h"
 
 namespace vextrace::tools {
 
 namespace {
 
+// Between quotation marks where it needs them.
+std::string quoted(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string result = "\"";
+    for (const char c : text) {
+        result.append(c == '"' ? 2 : 1, c);
+    }
+    return result + '"';
+}
+
 /// Comma-separated values by RFC 4180: a header, then a row per fix; empty where a value is
-/// missing. No value needs quotes.
+/// missing.
 class Csv : public Format {
 public:
     using Format::Format;
@@ -14,32 +30,33 @@ public:
     Content content() const override { return Content::ALL_FIXES; }
 
     void begin() override {
+        out.pending() += "trace,message";
         for (const Column& column : COLUMNS) {
-            beginValue(column);
+            out.pending() += ',';
             out.pending() += column.name;
         }
         endRow();
     }
 
-    void addFix(const Fix& fix, const GpsView& /*message*/) override {
+    void beginTrace(const std::string& name) override { trace = quoted(utf8Name(name)) + ','; }
+
+    void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t number) override {
+        out.pending() += trace;
+        appendNumber(out.pending(), number);
         for (const Column& column : COLUMNS) {
-            beginValue(column);
+            out.pending() += ',';
             column.append(out.pending(), fix);
         }
         endRow();
     }
 
 private:
-    void beginValue(const Column& column) {
-        if (&column != &COLUMNS.front()) {
-            out.pending() += ',';
-        }
-    }
-
     void endRow() {
         out.pending() += "\r\n";
         out.flushWhenFull();
     }
+
+    std::string trace;  // the first value of its rows, with the comma
 };
 
 }  // namespace

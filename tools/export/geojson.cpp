@@ -1,10 +1,13 @@
 #include <cmath>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
+#include "tools/io/escape.h"
+#include "tools/io/json.h"
 
 namespace vextrace::tools {
 
@@ -29,9 +32,10 @@ Position crossing(const Position& from, const Position& to) {
     return place;
 }
 
-/// GeoJSON by RFC 7946: a feature for each line, with its first and last time. The line is cut
-/// where it crosses the antimeridian. Whether it does must be known before its first position is
-/// written, so lines are kept; one that grows too long is written as a cut line, cut or not.
+/// GeoJSON by RFC 7946: a feature for each line, with its trace, its first and last time. The line
+/// is cut where it crosses the antimeridian. Whether it does must be known before its first
+/// position is written, so lines are kept; one that grows too long is written as a cut line, cut or
+/// not.
 class GeoJson : public Format {
 public:
     explicit GeoJson(OutputFile& output) : Format(output) {
@@ -40,9 +44,11 @@ public:
 
     Content content() const override { return Content::VALID_FIXES; }
 
+    void beginTrace(const std::string& name) override { trace = Json(utf8Name(name)).text(); }
+
     void begin() override { out.write(R"({"type":"FeatureCollection","features":[)"); }
 
-    void addFix(const Fix& fix, const GpsView& /*message*/) override {
+    void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t /*number*/) override {
         Position position = {*fix.longitude, *fix.latitude, fix.altitude};
         if (fixes == 0) {
             begun = fix.stamp;
@@ -156,7 +162,9 @@ private:
 
     void writeProperties() {
         TextBuffer& properties = out.pending();
-        properties += R"(,"properties":{"first_utc":)";
+        properties += R"(,"properties":{"trace":)";
+        properties += trace;
+        properties += R"(,"first_utc":)";
         appendTime(properties, begun);
         properties += ",\"last_utc\":";
         appendTime(properties, ended);
@@ -176,6 +184,7 @@ private:
         text += '"';
     }
 
+    std::string trace;  // as a JSON text
     uint64_t features = 0;
     // Of the line in hand.
     uint64_t fixes = 0;

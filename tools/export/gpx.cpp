@@ -1,9 +1,12 @@
+#include <string>
 #include <string_view>
 
 #include "libvexstream/sentence.h"
 #include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
+#include "tools/io/escape.h"
+#include "tools/io/markup.h"
 
 namespace vextrace::tools {
 
@@ -12,9 +15,8 @@ namespace {
 constexpr const char* HEAD =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<gpx version=\"1.1\" creator=\"vextrace\" xmlns=\"http://www.topografix.com/GPX/1/1\""
-    " xmlns:tpx=\"http://www.garmin.com/xmlschemas/TrackPointExtension/v2\">\n"
-    "<trk>\n";
-constexpr const char* FOOT = "</trk>\n</gpx>\n";
+    " xmlns:tpx=\"http://www.garmin.com/xmlschemas/TrackPointExtension/v2\">\n";
+constexpr const char* FOOT = "</gpx>\n";
 
 constexpr double KMH_PER_METRE_PER_SECOND = 3.6;
 
@@ -53,9 +55,9 @@ std::string_view fixType(const Fix& fix, const GpsView& message) {
     }
 }
 
-/// GPX 1.1: a track with a segment for each line. Speed and course have no place of their own in
-/// it; they stand in the extension that most readers of GPX know. Numbers are rounded: some readers
-/// take decimals of no more than 18 digits.
+/// GPX 1.1: a track for each trace with a segment for each line. Speed and course have no place of
+/// their own in it; they stand in the extension that most readers of GPX know. Numbers are rounded:
+/// some readers take decimals of no more than 18 digits.
 class Gpx : public Format {
 public:
     using Format::Format;
@@ -64,8 +66,16 @@ public:
 
     void begin() override { out.write(HEAD); }
 
-    void addFix(const Fix& fix, const GpsView& message) override {
+    void beginTrace(const std::string& name) override { trace = name; }
+
+    void addFix(const Fix& fix, const GpsView& message, uint64_t /*number*/) override {
         TextBuffer& point = out.pending();
+        if (!inTrack) {
+            point += "<trk>\n<name>";
+            point += html(escaped(trace));
+            point += "</name>\n";
+            inTrack = true;
+        }
         point += inSegment ? "" : "<trkseg>\n";
         inSegment = true;
         point += "<trkpt lat=\"";
@@ -83,6 +93,13 @@ public:
             out.write("</trkseg>\n");
         }
         inSegment = false;
+    }
+
+    void endTrace() override {
+        if (inTrack) {
+            out.write("</trk>\n");
+        }
+        inTrack = false;
     }
 
     void end() override { out.write(FOOT); }
@@ -132,6 +149,8 @@ private:
         out.pending() += closing;
     }
 
+    std::string trace;
+    bool inTrack = false;
     bool inSegment = false;
 };
 

@@ -1,12 +1,18 @@
+#include <string>
+
 #include "tools/export/Format.h"
 #include "tools/export/columns.h"
+#include "tools/export/text.h"
+#include "tools/io/escape.h"
+#include "tools/io/json.h"
 
 namespace vextrace::tools {
 
 namespace {
 
 /// A JSON object per line for each fix, with the names and values of the CSV columns; null where a
-/// value is missing. Names and values are made here and hold nothing that JSON wants escaped.
+/// value is missing. All but the name of the trace is made here, and holds nothing that JSON wants
+/// escaped.
 class JsonLines : public Format {
 public:
     using Format::Format;
@@ -15,12 +21,18 @@ public:
 
     void begin() override {
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
-            names[i] = (i == 0 ? "{\"" : ",\"") + std::string(COLUMNS[i].name) + "\":";
+            names[i] = ",\"" + std::string(COLUMNS[i].name) + "\":";
         }
     }
 
-    void addFix(const Fix& fix, const GpsView& /*message*/) override {
+    void beginTrace(const std::string& name) override {
+        trace = "{\"trace\":" + Json(utf8Name(name)).text() + ",\"message\":";
+    }
+
+    void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t number) override {
         TextBuffer& line = out.pending();
+        line += trace;
+        appendNumber(line, number);
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
             line += names[i];
             appendValue(line, COLUMNS[i], fix);
@@ -43,6 +55,7 @@ private:
         }
     }
 
+    std::string trace;  // how its lines begin
     std::array<std::string, COLUMNS.size()> names;
 };
 

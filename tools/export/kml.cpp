@@ -1,6 +1,10 @@
+#include <string>
+
 #include "libvexstream/utc.h"
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
+#include "tools/io/escape.h"
+#include "tools/io/markup.h"
 
 namespace vextrace::tools {
 
@@ -20,10 +24,10 @@ constexpr const char* SPEEDS_HEAD =
 constexpr const char* SPEEDS_FOOT = "</gx:SimpleArrayData></SchemaData></ExtendedData>\n";
 constexpr const char* FOOT = "</Document>\n</kml>\n";
 
-/// KML 2.2: a placemark for each line, with the time, the place, the course and the speed of each
-/// fix. A track lists all its times, then all its places and so on, so a long line becomes several
-/// tracks, each of which begins where the one before ends. A track needs times: lines without a
-/// date are plain ones, in pieces as well.
+/// KML 2.2: a folder for each trace, a placemark for each line, with the time, the place, the
+/// course and the speed of each fix. A track lists all its times, then all its places and so on, so
+/// a long line becomes several tracks, each of which begins where the one before ends. A track
+/// needs times: lines without a date are plain ones, in pieces as well.
 class Kml : public Format {
 public:
     using Format::Format;
@@ -32,10 +36,15 @@ public:
 
     void begin() override { out.write(HEAD); }
 
-    void addFix(const Fix& fix, const GpsView& /*message*/) override {
+    void beginTrace(const std::string& trace) override {
+        name = "<name>" + html(escaped(trace)) + "</name>";
+    }
+
+    void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t /*number*/) override {
         if (!inLine) {
+            beginFolder();
             isTimed = hasDate(fix.stamp);
-            out.write(isTimed ? "<Placemark><gx:MultiTrack>\n" : "<Placemark><MultiGeometry>\n");
+            out.write("<Placemark>" + name + (isTimed ? "<gx:MultiTrack>\n" : "<MultiGeometry>\n"));
             inLine = true;
         }
         if (count == FIXES_PER_PIECE) {
@@ -55,10 +64,25 @@ public:
         inLine = false;
     }
 
+    void endTrace() override {
+        if (inFolder) {
+            out.write("</Folder>\n");
+        }
+        inFolder = false;
+    }
+
     void end() override { out.write(FOOT); }
 
 private:
     static constexpr size_t FIXES_PER_PIECE = 4096;
+
+    // Of the trace, where it has any line.
+    void beginFolder() {
+        if (!inFolder) {
+            out.write("<Folder>" + name + "\n");
+        }
+        inFolder = true;
+    }
 
     // What is missing keeps its place, so that the lists go together.
     void append(const Fix& fix) {
@@ -135,6 +159,8 @@ private:
         count = 0;
     }
 
+    std::string name;  // of the trace, as an element
+    bool inFolder = false;
     bool inLine = false;
     bool isTimed = false;  // its fixes have dates
     Fix last;

@@ -80,6 +80,10 @@ void appendEscaped(std::string& result, std::string_view text) {
     }
 }
 
+std::string utf8Name(const std::string& path) {
+    return isUtf8(path) ? path : escaped(path);
+}
+
 std::string shownName(std::string_view path) {
     return path == "-" ? "standard input" : escaped(path);
 }

@@ -13,6 +13,9 @@ std::string escaped(std::string_view text);
 /// Appends the same.
 void appendEscaped(std::string& result, std::string_view text);
 
+/// The name of a file for formats that hold any text: as it is, or escaped where it is no UTF-8.
+std::string utf8Name(const std::string& path);
+
 /// The name of a file for a message: "standard input" for "-", else escaped.
 std::string shownName(std::string_view path);
 

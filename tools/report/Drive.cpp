@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "tools/report/TrackPicture.h"
-#include "tools/report/markup.h"
+#include "tools/io/markup.h"
 #include "tools/report/pageData.h"
 #include "tools/report/shownTexts.h"
 

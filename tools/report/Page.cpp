@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "libvextrace/version.h"
-#include "tools/report/markup.h"
+#include "tools/io/markup.h"
 #include "tools/report/pageTemplate.h"
 
 namespace vextrace::tools {

@@ -10,7 +10,7 @@
 #include <numbers>
 #include <string_view>
 
-#include "tools/report/markup.h"
+#include "tools/io/markup.h"
 
 namespace vextrace::tools {
 

@@ -5,7 +5,7 @@
 
 namespace vextrace::tools {
 
-/// The text as HTML shows it, between tags or in an attribute's quotes.
+/// The text as HTML and XML show it, between tags or in an attribute's quotes.
 std::string html(std::string_view text);
 
 }  // namespace vextrace::tools

@@ -1,4 +1,4 @@
-#include "tools/report/markup.h"
+#include "tools/io/markup.h"
 
 namespace vextrace::tools {
 
