@@ -316,25 +316,21 @@ TEST(SummaryTest, ADistanceAcrossAGapIsCountedApart) {
     const auto at = [](timeStamp_t stamp, double longitude) {
         return fixAt(stamp, {.latitude = 0, .longitude = longitude});
     };
-    const Summary summary =
-        summaryOf({at(NOON, 1), at(NOON + GAP + 1, 3), at(NOON + GAP + 2, 4), plain(NOON + 2 * GAP),
-                   at(NOON + 3 * GAP, 8), at(NOON + GAP, 16)});
+    const std::vector<TraceBytes> drive = {at(NOON, 1),           at(NOON + GAP + 1, 3),
+                                           at(NOON + GAP + 2, 4), plain(NOON + 2 * GAP),
+                                           at(NOON + 3 * GAP, 8), at(NOON + GAP, 16)};
+    Summary summary(GAP);
+    addTrace(summary, drive);
     EXPECT_NEAR(summary.path.metres(), DEGREE, 0.01);
     EXPECT_NEAR(summary.path.metresAcrossGaps(), (2 + 4 + 8) * DEGREE, 0.01);
-    Summary all(GAP);
-    all.merge(summary);
-    all.merge(summary);
-    EXPECT_NEAR(all.path.metresAcrossGaps(), 28 * DEGREE, 0.01);
+    addTrace(summary, drive);
+    EXPECT_NEAR(summary.path.metresAcrossGaps(), 28 * DEGREE, 0.01);
 }
 
 TEST(SummaryTest, NeitherDistanceNorMovingTimeLeadsToAnotherTrace) {
     Summary summary(GAP);
     for (const timeStamp_t stamp : {NOON, NOON + SECOND}) {
-        const TraceBytes message = fixAt(stamp, {.longitude = stamp == NOON ? 10.0 : 11.0});
-        MemorySource source(message);
-        TraceReader reader(source);
-        summary.add(reader.next());
-        summary.endTrace();
+        addTrace(summary, {fixAt(stamp, {.longitude = stamp == NOON ? 10.0 : 11.0})});
     }
     EXPECT_EQ(summary.validFixes, 2U);
     EXPECT_EQ(summary.path.metres(), 0);

@@ -382,7 +382,8 @@ TEST_F(TraceOutputTest, EndsWhenTheTraceIsRemoved) {
 }
 
 TEST_F(TraceOutputTest, DoesNotGoOnBehindShortTexts) {
-    for (const string other : {"a", "no", "$GP", "{}\n", "\n", "\r\n", string("\x01\x10\x16", 3)}) {
+    for (const string& other : {string("a"), string("no"), string("$GP"), string("{}\n"),
+                                string("\n"), string("\r\n"), string("\x01\x10\x16", 3)}) {
         write("other", other);
         EXPECT_EQ(refusal("other", ExistingTrace::APPEND), "other: is no trace that could go on");
         EXPECT_EQ(content("other"), other);
