@@ -84,8 +84,8 @@ void GpsView::view(const GPSTraceMessage& message) {
 }
 
 std::string_view GpsView::getSentence(std::string_view code) const {
-    const auto place = std::ranges::lower_bound(sentences, code, {}, codeOf);
-    return place != sentences.end() && codeOf(*place) == code ? *place : std::string_view();
+    const auto place = std::ranges::find(sentences, code, codeOf);
+    return place != sentences.end() ? *place : std::string_view();
 }
 
 bool GpsView::hasNmeaDataType(GPSTraceMessage::nmeaDataType_t type) const {

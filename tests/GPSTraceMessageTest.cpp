@@ -310,6 +310,34 @@ TEST(GPSTraceMessageTest, HasEmptyFieldsWhenBuilt) {
     }
 }
 
+TEST(GPSTraceMessageTest, StoresASentenceAsAddRecordDoes) {
+    for (const Storing& storing : STORINGS) {
+        GPSTraceMessage message;
+        message.storeSentence(storing.record);
+        EXPECT_EQ(message.getString(), storing.stored);
+        message.storeSentence(storing.record);
+        EXPECT_EQ(message.getSentences().size(), 1U);
+    }
+}
+
+TEST(GPSTraceMessageTest, StoresTheFirstSentenceOfACode) {
+    GPSTraceMessage message;
+    message.storeSentence("$GNRMC,1");
+    message.storeSentence("$GPRMC,2");
+    EXPECT_EQ(message.getString(), "$GPRMC,1\n");
+}
+
+TEST(GPSTraceMessageTest, SplitsAStoredSentenceWhenTheNextOneIsAdded) {
+    GPSTraceMessage message;
+    message.storeSentence(RMC_SENTENCE);
+    message.storeSentence(GGA_SENTENCE);
+    EXPECT_EQ(fieldTexts(message.getRMC()), NO_RMC);
+    EXPECT_EQ(fieldTexts(message.getGGA()), NO_GGA);
+    message.addRecord(PROPRIETARY);
+    EXPECT_EQ(fieldTexts(message.getRMC()), RMC_TEXTS);
+    EXPECT_EQ(fieldTexts(message.getGGA()), GGA_TEXTS);
+}
+
 TEST(GPSTraceMessageTest, SplitsAllHeldSentencesWhenOneIsAdded) {
     GPSTraceMessage message(TIME_STAMP, RMC_SENTENCE);
     message.addRecord(GGA_SENTENCE);
