@@ -4,8 +4,8 @@ from traces import GPS, other, sentence
 # What a GPS message's trace line shows between its header and its sentences.
 COLUMN = b" 00000000  GPS         |"
 
-GGA = b"$GPGGA,123519.00,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n"
-RMC = b"$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W,A*6A\r\n"
+GGA = b"$GPGGA,123519.00,4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*69\r\n"
+RMC = b"$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,003.1,W,A*07\r\n"
 STAMP = 764426119 * 10**9  # 1994-03-23T12:35:19Z
 
 

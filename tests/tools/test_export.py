@@ -1,5 +1,4 @@
 """vextrace export: every format, what is left out, and what becomes of the output."""
-import collections
 import csv
 import decimal
 import io
@@ -64,7 +63,7 @@ SMALL = [
     message(NOON, checked("GPGSV,2,1,00")),
     message(NOON + SECOND // 2, rmc("3854.51,S,07726.45,W", motion=",")),
     other(CAN, 0, b"\x00\xff"),
-    message(NOON + 2 * SECOND, rmc("4807.039,N,01131.001,E"), wrong(gga())),
+    message(NOON + 2 * SECOND, wrong(rmc("4807.039,N,01131.001,E")), wrong(gga())),
     message(NOON + 3 * SECOND, rmc(",,,", "V", ","), gga(",,,", "0", "00,99.99,,,,,,")),
     message(NOON + 7 * SECOND, gga("4807.040,N,01131.002,E", "2", "11,,,M,,,,")),
     message(NOON + 8 * SECOND, checked("PVEXT,1")),
@@ -166,7 +165,13 @@ SMALL_JSONL = """\
 "course_deg":null,"satellites":11,"quality":2,"hdop":null,"checksum":"right"}
 """
 
-SMALL_NMEA = b"".join(part[14:] for part in SMALL if part[3] == GPS).decode()
+# Sentences with a right checksum as they were sent.
+SMALL_NMEA = b"".join([
+    gga(), gsa(3), checked("GPGSV,1,1,00"), rmc(), checked("GPGSV,2,1,00"),
+    rmc("3854.51,S,07726.45,W", motion=","),
+    stored(wrong(gga())), stored(wrong(rmc("4807.039,N,01131.001,E"))),
+    gga(",,,", "0", "00,99.99,,,,,,"), rmc(",,,", "V", ","),
+    gga("4807.040,N,01131.002,E", "2", "11,,,M,,,,"), checked("PVEXT,1")]).decode()
 
 # NAME stands for the name of the trace.
 WHOLE = {"gpx": SMALL_GPX, "geojson": SMALL_GEOJSON, "kml": SMALL_KML, "csv": SMALL_CSV,
@@ -348,9 +353,23 @@ def check_placemark(placemark, name):
     assert placemark.tag == KML + "Placemark"
     title, multi = placemark
     assert (title.tag, title.text) == (KML + "name", name)
-    assert multi.tag == GX + "MultiTrack" and len(multi) > 0
+    assert len(multi) > 0
+    if multi.tag == KML + "MultiGeometry":
+        check_kml_places(multi)
+        return
+    assert multi.tag == GX + "MultiTrack"
     for track in multi:
         check_kml_track(track)
+
+
+def check_kml_places(geometry):
+    """Of a line without times."""
+    for part in geometry:
+        (coordinates,) = part
+        assert coordinates.tag == KML + "coordinates"
+        places = [[float(number) for number in place.split(",")] for place in coordinates.text.split()]
+        assert all(map(is_position, places))
+        assert part.tag == KML + ("Point" if len(places) == 1 else "LineString")
 
 
 def check_kml_track(track):
@@ -480,16 +499,6 @@ def test_a_log_that_was_recorded_is_exported_as_the_model_says(vextrace, log, tm
     check_tables(export, "trace", content)
 
 
-def test_nmea_gives_back_what_the_receiver_sent(vextrace, log, export):
-    """Byte for byte, in another order; and what has no right checksum as messages store it."""
-    assert vextrace("record", "-o", "trace", log).returncode == 0
-    sent = collections.Counter()
-    for _, text, verdict in recording.sentences(log.read_bytes()):
-        whole = text if text.endswith(b"\n") else text + b"\n"
-        sent[whole if verdict == recording.RIGHT else stored(text)] += 1
-    assert collections.Counter(export("nmea", "trace").splitlines(keepends=True)) == sent
-
-
 # --- What is in a document
 
 
@@ -563,7 +572,7 @@ def test_speed_in_metres_per_second_and_course(export, trace, motion, elements):
 
 
 @pytest.mark.parametrize("stamp, text", [
-    (1, "1970-01-01T00:00:00.000000001Z"), (2**64 - 1, "2554-07-21T23:34:33.709551615Z"),
+    (reading.FIRST_DATED, "1971-01-01T00:00:00Z"), (2**64 - 1, "2554-07-21T23:34:33.709551615Z"),
     (951782400 * SECOND, "2000-02-29T00:00:00Z"), (4107542399 * SECOND + 1000, "2100-02-28T23:59:59.000001Z"),
 ])
 def test_times_of_stamps(export, trace, stamp, text):
@@ -572,15 +581,39 @@ def test_times_of_stamps(export, trace, stamp, text):
     assert row.startswith(f"1.trace,1,{text},{stamp},")
 
 
-def test_the_stamp_0_is_no_time(export, trace):
-    name = trace(message(0, rmc()))
-    assert "<time>" not in point_of(export, trace, rmc(), stamp=0)
-    assert export("csv", name).decode().splitlines()[1].startswith("0.trace,1,,,true,48.11729999999999,")
+@pytest.mark.parametrize("stamp", [0, 1, 43_200 * SECOND, reading.FIRST_DATED - 1])
+def test_a_stamp_without_a_date_is_no_time(export, trace, stamp):
+    name = trace(message(stamp, rmc()))
+    assert "<time>" not in point_of(export, trace, rmc(), stamp=stamp)
+    row = export("csv", name).decode().splitlines()[1]
+    assert row.startswith(f"{name},1,,,true,48.11729999999999,")
     row = json.loads(export("jsonl", name))
     assert (row["time_utc"], row["time_ns"]) == (None, None)
     (feature,) = json.loads(export("geojson", name))["features"]
     assert feature["properties"] == {"trace": name, "first_utc": None, "last_utc": None, "fixes": 1}
-    assert b"<when>1970-01-01T00:00:00Z</when>" in export("kml", name)
+    assert b"<when>" not in export("kml", name)
+
+
+def test_kml_draws_lines_without_a_date_without_times(export, trace):
+    undated = [message(offset * SECOND, rmc(), gga()) for offset in (1, 2)]
+    alone = message(20 * SECOND, rmc("3854.51,S,07726.45,W"))
+    name = trace(*undated, alone, message(NOON, rmc()))
+    text = export("kml", name)
+    check_kml(text)
+    placemark = f"<Placemark><name>{name}</name>"
+    place = "11.516666666666667,48.11729999999999,545.4\n"
+    assert (placemark + "<MultiGeometry>\n<LineString><coordinates>\n" + 2 * place +
+            "</coordinates></LineString>\n</MultiGeometry></Placemark>\n"
+            + placemark + "<MultiGeometry>\n<Point><coordinates>\n"
+            "-77.44083333333333,-38.908500000000004\n"
+            "</coordinates></Point>\n</MultiGeometry></Placemark>\n"
+            + placemark + "<gx:MultiTrack>\n<gx:Track>\n<when>1994") in text.decode()
+
+
+@pytest.mark.parametrize("to", ["gpx", "geojson"])
+def test_no_line_leads_from_a_time_of_day_to_a_date(export, trace, to):
+    name = trace(message(reading.FIRST_DATED - 1, rmc()), message(reading.FIRST_DATED, rmc()))
+    assert counts_of(to, export(to, name)) == [1, 1]
 
 
 def test_a_gga_without_rmc_is_a_fix(export, trace):
@@ -610,17 +643,22 @@ def columns(export, name, key, *arguments):
     return [row[key] for row in rows]
 
 
-def test_fixes_with_a_wrong_checksum_are_left_out_unless_unchecked(vextrace, export, trace):
+def test_fixes_of_wrong_sentences_alone_are_left_out_unless_unchecked(vextrace, export, trace):
     name = trace(message(NOON, wrong(rmc()), gga()), message(NOON + SECOND, rmc(), wrong(gga())),
                  message(NOON + 2 * SECOND, rmc(), gga()), message(NOON + 3 * SECOND, wrong(gga())))
     for to in DRAWN + TABLES:
         result = vextrace("export", "--to", to, name)
-        assert fixes_in(to, result.stdout) == 1
-        assert result.stderr == b"vextrace: left out: 3 fixes with a wrong checksum\n"
+        assert fixes_in(to, result.stdout) == 3
+        assert result.stderr == b"vextrace: left out: 1 fix with a wrong checksum\n"
         assert result.returncode == 0
         result = vextrace("export", "--to", to, name, "--unchecked")
         assert (fixes_in(to, result.stdout), result.stderr) == (4, b"")
+    assert columns(export, name, "checksum") == ["right", "right", "right"]
+    assert columns(export, name, "speed_kmh") == ["", "41.4848", "41.4848"]
+    assert columns(export, name, "altitude_m") == ["545.4", "", "545.4"]
     assert columns(export, name, "checksum", "--unchecked") == ["wrong", "wrong", "right", "wrong"]
+    assert columns(export, name, "speed_kmh", "--unchecked") == ["41.4848"] * 3 + [""]
+    assert columns(export, name, "altitude_m", "--unchecked") == ["545.4"] * 4
 
 
 def test_nmea_keeps_sentences_with_a_wrong_checksum(export, trace):
@@ -1083,6 +1121,13 @@ def test_nmea_begins_each_epoch_with_its_time(export, trace):
     stamp = utc("1994-03-23T12:00:00")
     name = trace(message(stamp, *early), message(stamp, *again))
     assert export("nmea", name) == b"".join([early[1], early[0], early[2], *again])
+
+
+def test_nmea_begins_a_message_with_its_time_only_where_the_stamp_changes(export, trace):
+    stamp = utc("1994-03-23T12:00:00")
+    texts = [rmc(), checked("GPGSV,2,1,1"), checked("GPGSV,2,2,2"), rmc(status="V")]
+    name = trace(message(stamp, texts[0], texts[1]), message(stamp, texts[2], texts[3]))
+    assert export("nmea", name) == b"".join(texts)
 
 
 def test_nmea_recorded_again_has_each_sentence_under_its_stamp(vextrace, export, tmp_path, log):

@@ -34,7 +34,8 @@ def info(vextrace, tmp_path):
 
 
 def test_says_in_words_what_is_in_a_trace(vextrace, tmp_path):
-    (tmp_path / "a.trace").write_bytes(DRIVEN + b"\0\0junk" + FIRST)
+    wrong = FIRST.replace(b"*69", b"*68").replace(b"*07", b"*FF")
+    (tmp_path / "a.trace").write_bytes(DRIVEN + b"\0\0junk" + wrong)
     done = vextrace("info", "a.trace")
     length = len(DRIVEN)
     assert done.returncode == 1
@@ -64,6 +65,7 @@ def test_says_the_same_in_json(info):
     status, said, _ = info(DRIVEN)
     summary = said["files"][0]
     distance = summary.pop("distance_m")
+    assert summary.pop("distance_across_gaps_m") == 0
     assert abs(distance - 111319.4908) < 0.001
     assert status == 0
     assert summary == {
@@ -90,6 +92,7 @@ def test_says_the_same_in_json(info):
     assert list(summary) == ["file", "bytes", "messages", "damage", "sentences", "time", "gaps",
                              "fixes", "satellites", "highest_speed_kmh", "altitude_m", "box"]
     said["all"].pop("distance_m")
+    assert said["all"].pop("distance_across_gaps_m") == 0
     assert said["all"].pop("files") == 1
     summary.pop("file")
     assert said["all"] == summary

@@ -102,7 +102,7 @@ RMC
 10. Magnetic = \n\
 11. Magnetic direction = \n\
 12. Mode indicator = N
-RMC: time 123520.5, date 230394, valid, latitude -38.9085000000 deg, \
+RMC: wrong checksum, time 123520.5, date 230394, valid, latitude -38.9085000000 deg, \
 longitude -77.4408333333 deg, speed missing, course missing
 38°54.510 S, 77°26.450 W
 """
@@ -135,7 +135,7 @@ def test_numbers_and_utc_stand_in_front_of_each_line(show):
 """
     assert show(trace, "--utc", "--number")[-94:] == (
         b"3 - 0000000000000000" + COLUMN + b" $PA\n" +
-        b"5 1970-01-01T00:00:00.000000001Z 0000000000000001" + COLUMN + b" $PB\n")[-94:]
+        b"5 - 0000000000000001" + COLUMN + b" $PB\n")[-94:]
     assert show(trace, "--number") == (
         b"1 " + FIRST_LINE + b"2 " + SECOND_LINE + b"3 0000000000000000" + COLUMN + b" $PA\n" +
         b"5 0000000000000001" + COLUMN + b" $PB\n")
@@ -147,7 +147,7 @@ def test_missing_values_are_called_missing(show):
              message(3, b"$GPGGA,000003,4807.038,N,01131.000,E,2,01\r\n") +
              message(4, b"$GPGGA,000004,,,,,\r\n"))
     assert show(trace, "--fix").decode() == """\
-RMC: time 000001, date 010203, not valid, position missing, speed missing, course missing
+RMC: wrong checksum, time 000001, date 010203, not valid, position missing, speed missing, course missing
 GGA: time 000001, quality 0, position missing, 0 satellites, altitude missing
 GGA: time 000002, quality missing, latitude 48.1173000000 deg, longitude 11.5166666667 deg, \
 satellites missing, altitude missing

@@ -240,5 +240,5 @@ def info(trace):
         "highest_speed_kmh": max(values["speed_kmh"], default=None),
         "altitude_m": {"lowest": min(values["altitude_m"], default=None),
                        "highest": max(values["altitude_m"], default=None)},
-        "least_satellites": min(values["satellites"], default=None),
+        "least_satellites": min((count for count in values["satellites"] if count <= 255), default=None),
     }
