@@ -32,7 +32,7 @@ int connectTo(const char* host, const char* port) {
 void printWhatIsThere(TraceReader& trace) {
     for (TraceItem item = trace.next(); item.kind != TraceItem::Kind::END; item = trace.next()) {
         if (item.kind == TraceItem::Kind::GPS) {
-            std::cout << *item.gps << std::endl;
+            std::cout << item.gps->message() << std::endl;
         } else if (item.kind == TraceItem::Kind::DAMAGE) {
             std::cerr << item.length << " bytes at " << item.offset << ": " << item.reason << '\n';
         }
