@@ -174,7 +174,7 @@ def test_another_talker_of_rmc_is_wrong_until_the_second_in_a_row(vextrace, tmp_
     (tmp_path / "trace").write_bytes(b"".join(message(NOON + at * SECOND, text)
                                               for at, text in enumerate(sent)))
     rows = vextrace("export", "--to", "csv", "trace").stdout.splitlines()[1:]
-    assert [row.split(b",")[1] for row in rows] == [b"%d" % (NOON + at * SECOND) for at in (0, 1, 3, 5)]
+    assert [row.split(b",")[3] for row in rows] == [b"%d" % (NOON + at * SECOND) for at in (0, 1, 3, 5)]
     exported = vextrace("export", "--to", "nmea", "trace").stdout
     assert exported == b"".join([sent[0], sent[1], stored(sent[2]), sent[3], sent[4], sent[5]])
     said = json.loads(vextrace("info", "--json", "trace").stdout)["files"][0]
@@ -224,7 +224,7 @@ def test_numbers_at_their_ends(vextrace, tmp_path):
     high = sentence(b"GPGGA,-123519,9000.000,S,18000.000,W,1,08,0.9,+545.4,M,46.9,M,,")
     (tmp_path / "trace").write_bytes(message(NOON, ends, high))
     row = vextrace("export", "--to", "csv", "trace").stdout.splitlines()[1]
-    assert row == (b"1994-03-23T12:00:00Z,%d,true,-90,-180,545.4,0,360,8,1,0.9,right" % NOON)
+    assert row == (b"trace,1,1994-03-23T12:00:00Z,%d,true,-90,-180,545.4,0,360,8,1,0.9,right" % NOON)
     shown = vextrace("show", "--fix", "trace").stdout.splitlines()
     assert shown[0].startswith(b"RMC: time invalid, date 230394, valid, latitude -90.0000000000 deg")
     assert shown[1].endswith(b"altitude 545.4000 m")
@@ -240,7 +240,7 @@ def test_an_early_day_is_no_date(vextrace, tmp_path):
         shown = vextrace("show", "--utc", "trace").stdout
         assert shown.startswith(day.encode() if dated else b"- ")
         row = vextrace("export", "--to", "csv", "trace").stdout.splitlines()[1]
-        assert row.startswith(day.encode() if dated else b",,")
+        assert row.startswith(b"trace,1," + (day.encode() if dated else b",,"))
         said = json.loads(vextrace("info", "--json", "trace").stdout)["files"][0]
         assert said["time"]["without_date"] == (0 if dated else 1)
 
