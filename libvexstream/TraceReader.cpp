@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "libvexstream/internal/Resync.h"
+#include "libvexstream/internal/Division.h"
 #include "libvexstream/internal/TraceWindow.h"
 #include "libvexstream/internal/soundness.h"
 #include "libvextrace/MessageFactory.h"
@@ -16,39 +16,57 @@ namespace {
 // Of long damage so much is kept; all of a torn message is.
 constexpr size_t DAMAGE_FRONT = LONGEST_MESSAGE;
 
+// So many bytes are judged between two questions whether to stop.
+constexpr size_t AT_ONCE = size_t{16} * 1024;
+
 constexpr const char* NOTHING_FOLLOWS = "no message follows where its size field says";
+
+uint64_t startOf(const TraceRange& range) {
+    return range.begin - std::min(range.begin, range.lead);
+}
 
 }  // namespace
 
 struct TraceReader::State {
-    explicit State(ByteSource& source) : window(source), resync(window) {}
+    State(ByteSource& source, const TraceRange& range)
+        : input(source),
+          wanted(range),
+          position(startOf(range)),
+          window(source, position),
+          division(window) {}
 
     TraceItem next();
+    TraceItem nextOfAny();
+    void begin();
     TraceItem inSequence();
     TraceItem takeGps(size_t length);
-    TraceItem takeOther(size_t length);
     TraceItem take(TraceItem::Kind kind, size_t length);
     TraceItem incomplete(size_t length);
     TraceItem beginDamage(std::string reason);
     TraceItem skipDamage();
     TraceItem endDamage();
     TraceItem theEnd();
-    bool endsOrGoesOn(uint64_t offset);
-    bool isSoundAlone(std::span<const uint8_t> message);
     void passOver(uint64_t until);
 
+    ByteSource& input;
+    const TraceRange wanted;
+    uint64_t position;
     TraceWindow window;
-    Resync resync;
+    Division division;
     GpsView gps;  // of the item given out last
-    uint64_t position = 0;
+    bool begun = false;
     bool found = false;
     bool growing = false;
+    std::function<bool()> stop = [] { return false; };
     std::optional<std::string> damage;  // why it is none, while looking for the next message
     uint64_t cursor = 0;                // what lies before it is damage
     std::vector<uint8_t> front;         // of the damage
 };
 
-TraceReader::TraceReader(ByteSource& source) : state(std::make_unique<State>(source)) {
+TraceReader::TraceReader(ByteSource& source) : TraceReader(source, TraceRange()) {}
+
+TraceReader::TraceReader(ByteSource& source, const TraceRange& range)
+    : state(std::make_unique<State>(source, range)) {
     GPSTraceMessage::registerMessage();
 }
 
@@ -68,10 +86,40 @@ uint64_t TraceReader::position() const {
 
 void TraceReader::setGrowing(bool growing) {
     state->growing = growing;
-    state->resync.setGrowing(growing);
+    state->division.setGrowing(growing);
 }
 
+void TraceReader::setStop(std::function<bool()> stop) {
+    state->stop = std::move(stop);
+}
+
+// What is found first behind a start in the midst of a trace is no item of it.
 TraceItem TraceReader::State::next() {
+    begin();
+    const uint64_t start = startOf(wanted);
+    while (position < wanted.end) {
+        TraceItem item = nextOfAny();
+        item.isBefore = item.offset < wanted.begin;
+        const bool isWanted = wanted.givesBefore && (item.offset > start || start == 0);
+        if (item.kind == TraceItem::Kind::END || !item.isBefore || isWanted) {
+            return item;
+        }
+    }
+    TraceItem item;
+    item.offset = position;
+    return item;
+}
+
+void TraceReader::State::begin() {
+    if (!begun && position > 0) {
+        input.skip(position);
+        cursor = position;
+        damage.emplace();
+    }
+    begun = true;
+}
+
+TraceItem TraceReader::State::nextOfAny() {
     window.keepFrom(damage ? cursor : position);
     window.readOn();
     return damage ? skipDamage() : inSequence();
@@ -94,14 +142,17 @@ TraceItem TraceReader::State::inSequence() {
     if (!complete) {
         return incomplete(framed.length);
     }
-    return messageId(window.at(position)) == MSGID_GPS ? takeGps(framed.length)
-                                                       : takeOther(framed.length);
+    if (messageId(window.at(position)) == MSGID_GPS) {
+        return takeGps(framed.length);
+    }
+    return division.keeps(position, framed.length) ? take(TraceItem::Kind::OTHER, framed.length)
+                                                   : beginDamage(NOTHING_FOLLOWS);
 }
 
 // The message runs beyond the end of the trace.
 TraceItem TraceReader::State::incomplete(size_t length) {
     window.throwReadError();
-    if (growing && !resync.soundBegins(position + 1, window.end())) {
+    if (growing && !division.anyBegins(position + 1, window.end())) {
         return theEnd();
     }
     return beginDamage("a message of " + std::to_string(length) + " bytes is cut off after " +
@@ -109,7 +160,7 @@ TraceItem TraceReader::State::incomplete(size_t length) {
 }
 
 TraceItem TraceReader::State::takeGps(size_t length) {
-    const bool goesOn = endsOrGoesOn(position + length);
+    const bool isKept = division.keeps(position, length);
     const std::span<const uint8_t> message(window.at(position), length);
     if (holdsNul(message.subspan(MessageBase::MO_BASE_DERIVED))) {
         return beginDamage("the GPS message holds a NUL byte");
@@ -117,34 +168,12 @@ TraceItem TraceReader::State::takeGps(size_t length) {
     if (const auto error = gps.read(message)) {
         return beginDamage(error->what());
     }
-    if (!goesOn && !isSoundAlone(message)) {
+    if (!isKept) {
         return beginDamage(NOTHING_FOLLOWS);
     }
     TraceItem item = take(TraceItem::Kind::GPS, length);
     item.gps = &gps;
     return item;
-}
-
-// Whether a GPS message is one, although no message follows. One whose last sentence is cut by a
-// wrong size field is none.
-bool TraceReader::State::isSoundAlone(std::span<const uint8_t> message) {
-    if (message.back() != '\n') {
-        return false;
-    }
-    return isCanonical(message.subspan(MessageBase::MO_BASE_DERIVED)) ||
-           !resync.soundBegins(position + 1, position + message.size());
-}
-
-TraceItem TraceReader::State::takeOther(size_t length) {
-    switch (resync.judgeInSequence(position, length)) {
-        case Verdict::SOUND:
-            return take(TraceItem::Kind::OTHER, length);
-        case Verdict::UNSOUND:
-            return beginDamage(NOTHING_FOLLOWS);
-        case Verdict::UNDECIDED:
-            break;
-    }
-    return theEnd();
 }
 
 TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
@@ -154,16 +183,10 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
     item.bytes = {window.at(position), length};
     item.length = length;
     item.id = messageId(item.bytes.data());
+    division.setBefore(position);
     position += length;
     found = true;
-    resync.setFound(messageStamp(item.bytes.data()));
     return item;
-}
-
-// Whether the trace ends at this offset, or something follows that may be a message.
-bool TraceReader::State::endsOrGoesOn(uint64_t offset) {
-    const size_t there = window.available(offset, HEADER_FRONT);
-    return there == 0 || (there < HEADER_FRONT ? growing : mayBeHeader(window.at(offset)));
 }
 
 TraceItem TraceReader::State::beginDamage(std::string reason) {
@@ -177,12 +200,12 @@ TraceItem TraceReader::State::beginDamage(std::string reason) {
 TraceItem TraceReader::State::skipDamage() {
     window.setReading(true);
     while (window.available(cursor, 1) != 0) {
-        const Resync::Place place = resync.find(cursor, cursor + DAMAGE_FRONT);
+        const Division::Place place = division.findBeginning(cursor, cursor + AT_ONCE);
         passOver(place.offset);
         if (place.verdict == Verdict::SOUND) {
             return endDamage();
         }
-        if (place.verdict == Verdict::UNDECIDED) {
+        if (place.verdict == Verdict::UNDECIDED || stop()) {
             return theEnd();
         }
     }

@@ -12,9 +12,10 @@ constexpr size_t CAPACITY = TraceWindow::ROOM + READ_AT_ONCE;
 
 }  // namespace
 
-TraceWindow::TraceWindow(ByteSource& source) : input(source), buffer(new uint8_t[CAPACITY]) {}
+TraceWindow::TraceWindow(ByteSource& source, uint64_t start)
+    : input(source), buffer(new uint8_t[CAPACITY]), begin(start), kept(start) {}
 
-size_t TraceWindow::available(uint64_t offset, size_t count) {
+size_t TraceWindow::readUpTo(uint64_t offset, size_t count) {
     while (end() < offset + count && reading && !ended) {
         readMore();
     }

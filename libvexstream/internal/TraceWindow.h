@@ -13,14 +13,17 @@ namespace vextrace {
 class TraceWindow {
 public:
     /// Bytes that may be held at once, from keepFrom() on.
-    static constexpr size_t ROOM = size_t{576} * 1024;
+    static constexpr size_t ROOM = size_t{736} * 1024;
 
-    explicit TraceWindow(ByteSource& source);
+    /// \param start  offset in the trace of the source's next byte
+    TraceWindow(ByteSource& source, uint64_t start);
 
     /// How many of the \p count bytes from \p offset on are there; reads where they are not held
     /// yet. A read error counts as the end of the input here. At most ROOM bytes from keepFrom()
     /// on can be asked for.
-    size_t available(uint64_t offset, size_t count);
+    size_t available(uint64_t offset, size_t count) {
+        return offset + count <= end() ? count : readUpTo(offset, count);
+    }
 
     /// The byte at \p offset and those behind it; valid until available() is called again.
     const uint8_t* at(uint64_t offset) const { return buffer.get() + (offset - begin); }
@@ -45,13 +48,14 @@ public:
     void throwReadError() const;
 
 private:
+    size_t readUpTo(uint64_t offset, size_t count);
     void readMore();
 
     ByteSource& input;
     std::unique_ptr<uint8_t[]> buffer;  // not cleared first, which takes longer than a small trace
-    uint64_t begin = 0;                 // offset of the first byte in the buffer
+    uint64_t begin;                     // offset of the first byte in the buffer
     size_t held = 0;                    // bytes in the buffer
-    uint64_t kept = 0;
+    uint64_t kept;
     bool reading = true;
     bool ended = false;
     std::exception_ptr readError;

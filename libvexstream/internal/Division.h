@@ -1,0 +1,83 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "libvexstream/internal/Evidence.h"
+#include "libvexstream/internal/TraceWindow.h"
+
+namespace vextrace {
+
+/// Whether a message begins somewhere.
+enum class Verdict {
+    SOUND,
+    UNSOUND,
+    UNDECIDED  ///< bytes are missing that a growing trace may still get
+};
+
+/// Divides a trace into messages and other bytes. A chain of messages is followed as long as it
+/// leads on; where it does not, that division is taken which has the most evidence.
+///
+/// Whatever is kept leads on when it is read again without the bytes between: that a message is
+/// kept depends on those before it by the header of the last one alone, and on those behind it in
+/// such a way that a message which begins beyond doubt is better than none.
+class Division {
+public:
+    explicit Division(TraceWindow& trace) : window(trace), evidence(trace) {}
+
+    /// Whether more may come at the end of the trace.
+    void setGrowing(bool isGrowing);
+
+    /// The message at this offset is taken: the next is judged as the one behind it.
+    void setBefore(uint64_t offset);
+
+    /// Whether bytes at \p offset that are a message by themselves, of \p length bytes, are the
+    /// next one of the trace, behind the one taken last.
+    bool keeps(uint64_t offset, size_t length);
+
+    /// An offset, and what is there.
+    struct Place {
+        Verdict verdict;
+        uint64_t offset;
+    };
+
+    /// The first message in [from, to) that begins there beyond doubt. Where there is none, the
+    /// offset given back is \p to or the end of the trace.
+    Place findBeginning(uint64_t from, uint64_t to);
+
+    /// Whether a message begins in [from, to) beyond doubt.
+    bool anyBegins(uint64_t from, uint64_t to);
+
+private:
+    struct Chain {
+        bool leadsOn;
+        std::optional<uint64_t> regained;  // where it leads on again
+    };
+
+    struct Beginning {
+        uint64_t offset;
+        int bits;
+    };
+
+    Chain follow(uint64_t offset);
+    Verdict isBeginning(uint64_t offset);
+    bool endsAt(uint64_t offset);
+    int ofHistory(uint64_t offset);
+    bool holdsChain(uint64_t offset, size_t length);
+    int ofChain(uint64_t offset, uint64_t end);
+    int ofStart(uint64_t offset);
+    Beginning mostIn(uint64_t from, uint64_t to);
+    uint64_t bestFrom(uint64_t offset);
+    int within(uint64_t begin, uint64_t end);
+
+    TraceWindow& window;
+    Evidence evidence;
+    bool growing = false;
+    std::optional<std::array<uint8_t, MessageBase::MO_BASE_DERIVED>> before;
+    std::vector<int> inSequence;  // kept for its memory
+};
+
+}  // namespace vextrace

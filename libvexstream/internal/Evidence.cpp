@@ -1,0 +1,270 @@
+#include "libvexstream/internal/Evidence.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+namespace vextrace {
+
+namespace {
+
+constexpr size_t HEADER = MessageBase::MO_BASE_DERIVED;
+
+// Of 65,536 ids 85 have a name. Binary data are full of zeros, whatever they mean. An eighth of
+// all ids is free for types of one's own, and so may be an eighth of all messages. Of a thousand
+// messages hardly one has any other id; of those whose neighbour has the same one in sixteen.
+constexpr int OF_NAMED_ID = 9;
+constexpr int OF_MARKER = 1;
+constexpr int OF_FREE_ID = 0;
+constexpr int OF_UNKNOWN_ID = -10;
+constexpr int OF_UNKNOWN_ID_AGAIN = -4;
+
+// A length is any of 65,536 by chance, and of messages mostly a short one: a bit for each halving
+// below 8 kB. Below 128 bytes small numbers are as common everywhere.
+constexpr int WIDTH_OF_NO_EVIDENCE = 13;
+constexpr int MOST_OF_LENGTH = 6;
+
+// Of two stamps 31 of 64 bits are the same by chance where they are within eight seconds of
+// nanoseconds, and 25 where they are within nine minutes, but what counts is like that, too; so is
+// what repeats. Small numbers, 0 above all, are near one another everywhere. The clock of a
+// recorder jumps once in tens of thousands of messages at most.
+constexpr timeStamp_t NEAR = timeStamp_t{1} << 33;
+constexpr timeStamp_t FAR = timeStamp_t{1} << 39;
+constexpr int OF_NEAR_TIME = 24;
+constexpr int OF_LIKE_TIME = 8;
+constexpr int OF_FAR_TIME = Evidence::OF_NOTHING_BEHIND;
+
+// Reserved words are mostly all the same.
+constexpr int OF_ANOTHER_RESERVED = -6;
+
+// Six bytes and more of the header that were there already: 48 bits that a message has by chance.
+constexpr int OF_REPETITION = -40;
+
+// So many bytes are compared to tell a message that is sent again from a like one.
+constexpr size_t EYE = 64;
+
+// By chance a payload holds no NUL byte, ends in a line feed and has its lines in order in one of
+// some 2^16 cases at best, each letter of it is printable in one of three, and its first two bytes
+// are those of a sentence in one of 2^15. Others than the library may write it in another order,
+// seldom, and hardly without its line feed, as it is where it is cut.
+constexpr int OF_SENTENCES = 96;
+constexpr int OF_LINES = 32;
+constexpr int OF_LOOSE_LINES = -8;
+constexpr int OF_CUT_LINE = -40;
+
+uint16_t number16(const uint8_t* bytes) {
+    return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]);
+}
+
+timeStamp_t number64(const uint8_t* bytes) {
+    const auto number32 = [](const uint8_t* part) {
+        return uint32_t{part[0]} << 24 | uint32_t{part[1]} << 16 | uint32_t{part[2]} << 8 | part[3];
+    };
+    return timeStamp_t{number32(bytes)} << 32 | number32(bytes + 4);
+}
+
+timeStamp_t stampOf(const uint8_t* header) {
+    return number64(header + MessageBase::MO_TIMESTAMP);
+}
+
+bool isFree(uint16_t id) {
+    return id >= 0xC000 && id <= 0xDFFF;
+}
+
+int ofId(uint16_t id) {
+    if (id == MSGID_MARKER) {
+        return OF_MARKER;
+    }
+    if (isFree(id)) {
+        return OF_FREE_ID;
+    }
+    const auto type = static_cast<msgid_t>(id);
+    if (!isExpected(type)) {
+        return OF_UNKNOWN_ID;
+    }
+    return messageName(type).empty() ? OF_FREE_ID : OF_NAMED_ID;
+}
+
+// Asked at every byte.
+const auto ID_BITS = [] {
+    std::array<int8_t, 0x10000> bits;
+    for (size_t i = 0; i < bits.size(); ++i) {
+        bits[i] = static_cast<int8_t>(ofId(static_cast<uint16_t>(i)));
+    }
+    return bits;
+}();
+
+int idOf(const uint8_t* header) {
+    return ID_BITS[number16(header + MessageBase::MO_MSGID)];
+}
+
+int ofLength(size_t length) {
+    return std::clamp(WIDTH_OF_NO_EVIDENCE - static_cast<int>(std::bit_width(length)), 0,
+                      MOST_OF_LENGTH);
+}
+
+int ofTimes(timeStamp_t a, timeStamp_t b) {
+    const auto [low, high] = std::minmax(a, b);
+    if (high - low >= FAR) {
+        return OF_FAR_TIME;
+    }
+    if (low <= FAR) {
+        return 0;
+    }
+    return a == b || high - low >= NEAR ? OF_LIKE_TIME : OF_NEAR_TIME;
+}
+
+bool haveSameId(const uint8_t* header, const uint8_t* other) {
+    return std::memcmp(header + MessageBase::MO_MSGID, other + MessageBase::MO_MSGID,
+                       sizeof(uint16_t)) == 0;
+}
+
+// Of a message, by another header in its chain.
+int ofNeighbour(const uint8_t* header, const uint8_t* other) {
+    const bool isAgain = idOf(header) == OF_UNKNOWN_ID && haveSameId(header, other);
+    const bool isSame = number16(header + MessageBase::MO_HDRRESERVED) ==
+                        number16(other + MessageBase::MO_HDRRESERVED);
+    return ofTimes(stampOf(header), stampOf(other)) + (isSame ? 0 : OF_ANOTHER_RESERVED) +
+           (isAgain ? OF_UNKNOWN_ID_AGAIN - OF_UNKNOWN_ID : 0);
+}
+
+bool repeats(const uint8_t* header, size_t period, size_t count) {
+    return std::memcmp(header, header + period, count - period) == 0;
+}
+
+// Bytes that repeat are all over other data, and what they seem to say repeats with them.
+bool isRepetition(const uint8_t* header) {
+    if (repeats(header, 1, MessageBase::MO_TIMESTAMP) ||
+        repeats(header, 2, MessageBase::MO_TIMESTAMP)) {
+        return true;
+    }
+    for (size_t period = 3; period <= 10; ++period) {
+        if (header[period] == header[0] && repeats(header, period, HEADER)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+size_t Evidence::lengthAt(uint64_t offset) {
+    if (window.available(offset, HEADER) < HEADER) {
+        return 0;
+    }
+    const size_t length = number16(window.at(offset)) + MessageBase::MSGSIZE_LENGTH;
+    if (length < HEADER || window.available(offset, length) < length) {
+        return 0;
+    }
+    const bool isGps = number16(window.at(offset) + MessageBase::MO_MSGID) == MSGID_GPS;
+    return isGps && payloadOf(offset, length) == Payload::UNREADABLE ? 0 : length;
+}
+
+bool Evidence::isIncomplete(uint64_t offset) {
+    const size_t there = window.available(offset, LONGEST_MESSAGE);
+    if (there < HEADER_FRONT) {
+        return there > 0;
+    }
+    const uint8_t* const front = window.at(offset);
+    if (!mayBeHeader(front) || messageLength(front) <= there) {
+        return false;
+    }
+    return messageId(front) != MSGID_GPS || there <= HEADER ||
+           !holdsNul({front + HEADER, there - HEADER});
+}
+
+Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
+    Known& entry = known[offset % known.size()];
+    if (entry.offset == offset && entry.length == length) {
+        return entry.payload;
+    }
+    const std::span<const uint8_t> payload(window.at(offset) + HEADER, length - HEADER);
+    const auto isLineFeed = [](uint8_t byte) { return byte == '\n'; };
+    entry = {offset, length, Payload::LOOSE};
+    if (holdsNul(payload) || std::all_of(payload.begin(), payload.end(), isLineFeed)) {
+        entry.payload = Payload::UNREADABLE;
+    } else if (payload.back() != '\n') {
+        entry.payload = Payload::CUT;
+    } else if (isCanonical(payload)) {
+        const bool isSentence = (payload[0] == '$' || payload[0] == '!') && payload.size() > 2;
+        entry.payload = isSentence ? Payload::SENTENCES : Payload::LINES;
+    }
+    return entry.payload;
+}
+
+int Evidence::ofMessage(uint64_t offset, size_t length) {
+    const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
+    const int bits = ID_BITS[id] + ofLength(length);
+    if (bits > 0 && isRepetition(window.at(offset))) {
+        return OF_REPETITION;
+    }
+    if (id != MSGID_GPS) {
+        return bits;
+    }
+    switch (payloadOf(offset, length)) {
+        case Payload::SENTENCES:
+            return bits + OF_SENTENCES;
+        case Payload::LINES:
+            return bits + OF_LINES;
+        case Payload::CUT:
+            return bits + OF_CUT_LINE;
+        default:
+            return bits + OF_LOOSE_LINES;
+    }
+}
+
+bool Evidence::hasHeader(uint64_t offset) {
+    return window.available(offset, HEADER) == HEADER &&
+           number16(window.at(offset)) + MessageBase::MSGSIZE_LENGTH >= HEADER;
+}
+
+// Whether a message is the one behind it once more, as far as the eye reaches.
+bool Evidence::saysTheSame(uint64_t offset, uint64_t next, size_t length) {
+    if (stampOf(window.at(offset)) != stampOf(window.at(next))) {
+        return false;
+    }
+    const size_t count = window.available(next, std::min(length, EYE));
+    return std::memcmp(window.at(offset), window.at(next), count) == 0;
+}
+
+int Evidence::inChain(uint64_t offset, size_t length) {
+    const uint64_t next = offset + length;
+    const bool leadsOn = hasHeader(next);
+    if (leadsOn && saysTheSame(offset, next, length)) {
+        return std::min(ofMessage(offset, length), 0);  // the rest says the last of them
+    }
+    int bits = ofMessage(offset, length);
+    const uint8_t* const header = window.at(offset);
+    if (leadsOn) {
+        bits += ofNeighbour(header, window.at(next));
+    } else if (window.available(next, 1) != 0 && !(growing && isIncomplete(next))) {
+        bits += OF_NOTHING_BEHIND;
+    }
+    // Ids that change from message to message are no types, whatever else is like messages.
+    const bool isType =
+        idOf(header) > OF_FREE_ID || (leadsOn && haveSameId(header, window.at(next)));
+    if (!isType || bits <= 0) {
+        return std::min(bits, 0);
+    }
+    return isRepetition(header) ? OF_REPETITION : bits;
+}
+
+// The cheapest question, which settles nearly all places of nearly all bytes.
+bool Evidence::isHopeless(uint64_t offset) {
+    if (window.available(offset, HEADER + LONGEST_MESSAGE) < HEADER + LONGEST_MESSAGE) {
+        return false;
+    }
+    const uint8_t* const header = window.at(offset);
+    if (idOf(header) > OF_FREE_ID) {
+        return false;
+    }
+    const size_t length = number16(header) + MessageBase::MSGSIZE_LENGTH;
+    static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME < 0);
+    return ofTimes(stampOf(header), stampOf(header + length)) == OF_FAR_TIME;
+}
+
+int Evidence::behind(const uint8_t* before, uint64_t offset) {
+    return ofNeighbour(window.at(offset), before);
+}
+
+}  // namespace vextrace

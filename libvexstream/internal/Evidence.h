@@ -1,0 +1,64 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "libvexstream/internal/TraceWindow.h"
+#include "libvexstream/internal/soundness.h"
+
+namespace vextrace {
+
+/// How much more likely bytes are as a message than as other bytes, in bits (the binary logarithm
+/// of the ratio): above 0 they rather are one, below 0 they rather are none. What can be said of a
+/// message is said of it and of the header that its size field leads to, so that the bits of a
+/// chain of messages add up.
+class Evidence {
+public:
+    /// Of bytes that are no message's beginning, and of a message with nothing behind it.
+    static constexpr int OF_NOTHING_BEHIND = -15;
+
+    explicit Evidence(TraceWindow& trace) : window(trace) {}
+
+    /// Whether more may come at the end of the trace.
+    void setGrowing(bool isGrowing) { growing = isGrowing; }
+
+    /// Bytes of the message at \p offset; 0 where there is none: a size field too small for a
+    /// header, bytes that are missing, a GPS message that the library would not decode whole.
+    size_t lengthAt(uint64_t offset);
+
+    /// Whether nothing but the beginning of a message is there, which may become a whole one.
+    bool isIncomplete(uint64_t offset);
+
+    /// Whether whatever is at \p offset has evidence below 0. False says nothing.
+    bool isHopeless(uint64_t offset);
+
+    /// Of a message by its own bytes: its id, its length, its payload.
+    int ofMessage(uint64_t offset, size_t length);
+
+    /// Of a message by its own bytes and by the header behind it.
+    int inChain(uint64_t offset, size_t length);
+
+    /// Of a message by the header of the one before it.
+    int behind(const uint8_t* before, uint64_t offset);
+
+private:
+    enum class Payload : uint8_t { UNREADABLE, CUT, LOOSE, LINES, SENTENCES };
+
+    Payload payloadOf(uint64_t offset, size_t length);
+    bool hasHeader(uint64_t offset);
+    bool saysTheSame(uint64_t offset, uint64_t next, size_t length);
+
+    // What GPS messages hold, by the offset of the message: many candidates may lead to one.
+    struct Known {
+        uint64_t offset = ~uint64_t{0};
+        size_t length = 0;
+        Payload payload = Payload::UNREADABLE;
+    };
+
+    TraceWindow& window;
+    bool growing = false;
+    std::array<Known, 64> known;
+};
+
+}  // namespace vextrace
