@@ -70,7 +70,7 @@ TEST_F(Written, GoesOnAtTheNewEndOfAFileThatWasCut) {
     EXPECT_EQ(file.write("abc"), 3U);
     EXPECT_EQ(trace(), "0123abc");
     EXPECT_EQ(file.cutOff(), 6U);
-    file.takeBack(4);
+    file.takeBack(8);
     EXPECT_EQ(trace(), "0123abc");
     file.takeBack(3);
     EXPECT_EQ(trace(), "0123");

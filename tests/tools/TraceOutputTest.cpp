@@ -2,112 +2,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
-#include <vector>
 
-#include "tests/stream/traces.h"
-#include "tests/tools/TemporaryFolder.h"
-#include "tools/io/StopSignals.h"
+#include "tests/tools/traceParts.h"
 #include "tools/io/errors.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;
 namespace fs = std::filesystem;
 using std::string;
-
-namespace {
-
-string text(const TraceBytes& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
-// Parts of epochs, told apart by stamp and size.
-EpochBuilder::Part part(timeStamp_t stamp, const string& payload, bool beginsEpoch = true) {
-    EpochBuilder::Part result;
-    result.bytes = messageOf(MSGID_GPS, stamp, payload);
-    result.messages = 1;
-    result.sentences = 2;
-    result.stamp = stamp;
-    result.beginsEpoch = beginsEpoch;
-    return result;
-}
-
-const EpochBuilder::Part FIRST = part(0x0102030405060708, "$GPABC,1\n");
-const EpochBuilder::Part SECOND = part(0x1112131415161718, "$GPABC,2,longer\n");
-const EpochBuilder::Part THIRD = part(0x2122232425262728, "$GPABC,3,longest of all\n", false);
-
-string text(const std::vector<EpochBuilder::Part>& parts) {
-    string result;
-    for (const EpochBuilder::Part& p : parts) {
-        result.append(p.bytes.begin(), p.bytes.end());
-    }
-    return result;
-}
-
-// No file becomes longer than that while this lives.
-class SizeLimit {
-public:
-    explicit SizeLimit(size_t size) {
-        static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit limit = {size, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    SizeLimit(const SizeLimit&) = delete;
-    SizeLimit& operator=(const SizeLimit&) = delete;
-    ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &before); }
-
-private:
-    rlimit before = {};
-};
-
-class TraceOutputTest : public testing::Test {
-protected:
-    TraceOutputTest() {
-        write("log", "$GPABC\n");
-        write("other", "another log\n");
-    }
-
-    string path(const string& name) const { return folder.path(name); }
-    void write(const string& name, const string& content) const { folder.write(name, content); }
-    string content(const string& name) const { return folder.content(name); }
-    bool exists(const string& name) const { return folder.exists(name); }
-
-    // Writes the parts, and tells what was told.
-    string record(const string& name, ExistingTrace existing,
-                  const std::vector<EpochBuilder::Part>& parts) const {
-        const InputFile input(path("log"));
-        TraceOutput output(path(name), existing, input);
-        for (const EpochBuilder::Part& p : parts) {
-            output.write(p);
-        }
-        output.close();
-        return output.notice();
-    }
-
-    // What is said of an output that cannot be used, less its folder.
-    string refusal(const string& name, ExistingTrace existing) const {
-        const InputFile input(path("log"));
-        try {
-            const TraceOutput output(path(name), existing, input);
-        } catch (const UsageError& error) {
-            return string(error.what()).substr(folder.path().size() + 1);
-        }
-        return "none";
-    }
-
-    TemporaryFolder folder;
-};
-
-}  // namespace
 
 TEST_F(TraceOutputTest, HasEachPartInTheFileAtOnce) {
     const InputFile input(path("log"));
@@ -224,83 +130,6 @@ TEST_F(TraceOutputTest, LetsOneRecorderWriteAtATime) {
     EXPECT_EQ(refusal("trace", ExistingTrace::APPEND), "none");
 }
 
-TEST_F(TraceOutputTest, GoesOnBehindATrace) {
-    EXPECT_EQ(record("trace", ExistingTrace::APPEND, {FIRST}), "");
-    EXPECT_EQ(record("trace", ExistingTrace::APPEND, {SECOND}), "");
-    EXPECT_EQ(record("trace", ExistingTrace::APPEND, {}), "");
-    EXPECT_EQ(content("trace"), text({FIRST, SECOND}));
-    write("empty", "");
-    EXPECT_EQ(record("empty", ExistingTrace::APPEND, {FIRST}), "");
-    EXPECT_EQ(content("empty"), text({FIRST}));
-}
-
-TEST_F(TraceOutputTest, MovesATornMessageAside) {
-    const string second = text({SECOND});
-    for (size_t size = 1; size < second.size(); ++size) {
-        const string torn = second.substr(0, size);
-        write("trace", text({FIRST}) + torn);
-        fs::remove(path("trace.torn"));
-        EXPECT_EQ(record("trace", ExistingTrace::APPEND, {THIRD}),
-                  path("trace") + ": ended in a torn message; " + std::to_string(size) +
-                      (size == 1 ? " byte" : " bytes") + " from byte " +
-                      std::to_string(FIRST.bytes.size()) + " on moved to " + path("trace.torn"));
-        EXPECT_EQ(content("trace"), text({FIRST, THIRD}));
-        EXPECT_EQ(content("trace.torn"), torn);
-    }
-}
-
-TEST_F(TraceOutputTest, MovesATornMessageAsideThatIsAllThereIs) {
-    const string first = text({FIRST});
-    for (size_t size = 1; size < first.size(); ++size) {
-        write("trace", first.substr(0, size));
-        fs::remove(path("trace.torn"));
-        EXPECT_NE(record("trace", ExistingTrace::APPEND, {SECOND}), "");
-        EXPECT_EQ(content("trace"), text({SECOND}));
-        EXPECT_EQ(content("trace.torn"), first.substr(0, size));
-    }
-}
-
-TEST_F(TraceOutputTest, OverwritesNoTornMessageThatLiesAside) {
-    write("trace.torn", "one");
-    write("trace.torn-2", "two");
-    write("trace", text({FIRST}) + "\x01");
-    record("trace", ExistingTrace::APPEND, {SECOND});
-    EXPECT_EQ(content("trace.torn"), "one");
-    EXPECT_EQ(content("trace.torn-2"), "two");
-    EXPECT_EQ(content("trace.torn-3"), "\x01");
-    EXPECT_EQ(content("trace"), text({FIRST, SECOND}));
-}
-
-TEST_F(TraceOutputTest, MovesZerosAsideThatAPowerFailureLeft) {
-    const string zeros(100000, '\0');
-    write("trace", text({FIRST}) + zeros);
-    record("trace", ExistingTrace::APPEND, {SECOND});
-    EXPECT_EQ(content("trace.torn"), zeros);
-    EXPECT_EQ(content("trace"), text({FIRST, SECOND}));
-}
-
-TEST_F(TraceOutputTest, LeavesDamageInTheMiddleToOthers) {
-    const string damaged = text({FIRST}) + string(20, '\0') + text({SECOND});
-    write("trace", damaged);
-    EXPECT_EQ(record("trace", ExistingTrace::APPEND, {THIRD}), "");
-    EXPECT_EQ(content("trace"), damaged + text({THIRD}));
-}
-
-TEST_F(TraceOutputTest, GoesOnBehindMessagesOfOtherTypes) {
-    const string can = text(messageOf(MSGID_CAN, 5, string("\1\2\3\0", 4)));
-    write("trace", can);
-    EXPECT_EQ(record("trace", ExistingTrace::APPEND, {FIRST}), "");
-    EXPECT_EQ(content("trace"), can + text({FIRST}));
-}
-
-TEST_F(TraceOutputTest, DoesNotGoOnBehindWhatIsNoTrace) {
-    EXPECT_EQ(refusal("other", ExistingTrace::APPEND), "other: is no trace that could go on");
-    EXPECT_EQ(content("other"), "another log\n");
-    write("zeros", string(1000, '\0'));
-    EXPECT_EQ(refusal("zeros", ExistingTrace::APPEND), "zeros: is no trace that could go on");
-    EXPECT_FALSE(exists("zeros.torn"));
-}
-
 TEST_F(TraceOutputTest, TakesBackWhatDidNotFit) {
     const InputFile input(path("log"));
     const string whole = text({FIRST, SECOND});
@@ -344,33 +173,6 @@ TEST_F(TraceOutputTest, KeepsTheWholePartsOfThoseWrittenTogether) {
     }
 }
 
-TEST_F(TraceOutputTest, TakesNothingBackThatWasThereBefore) {
-    write("trace", text({FIRST}));
-    const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::APPEND, input);
-    const SizeLimit limit(FIRST.bytes.size() + 10);
-    EXPECT_THROW(output.write(SECOND), DataError);
-    EXPECT_EQ(content("trace"), text({FIRST}));
-}
-
-TEST_F(TraceOutputTest, LeavesTheTraceAloneWhenTheTornMessageCannotBeMoved) {
-    const string torn = text({FIRST}) + text({SECOND}).substr(0, 20);
-    write("trace", torn);
-    const SizeLimit limit(10);
-    EXPECT_EQ(refusal("trace", ExistingTrace::APPEND), "trace: cannot be written: File too large");
-    EXPECT_EQ(content("trace"), torn);
-    EXPECT_FALSE(exists("trace.torn"));
-}
-
-TEST_F(TraceOutputTest, TakesBackWhatDidNotFitBehindATornMessageThatWasMoved) {
-    write("trace", text({FIRST}) + text({SECOND}).substr(0, 20));
-    const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::APPEND, input);
-    const SizeLimit limit(FIRST.bytes.size() + 10);
-    EXPECT_THROW(output.write(THIRD), DataError);
-    EXPECT_EQ(content("trace"), text({FIRST}));
-}
-
 TEST_F(TraceOutputTest, EndsWhenTheTraceIsRemoved) {
     const InputFile input(path("log"));
     TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
@@ -379,27 +181,6 @@ TEST_F(TraceOutputTest, EndsWhenTheTraceIsRemoved) {
     EXPECT_THROW(output.write(SECOND), DataError);
     EXPECT_EQ(output.written().messages, 1U);
     EXPECT_FALSE(exists("trace"));
-}
-
-TEST_F(TraceOutputTest, DoesNotGoOnBehindShortTexts) {
-    for (const string& other : {string("a"), string("no"), string("$GP"), string("{}\n"),
-                                string("\n"), string("\r\n"), string("\x01\x10\x16", 3)}) {
-        write("other", other);
-        EXPECT_EQ(refusal("other", ExistingTrace::APPEND), "other: is no trace that could go on");
-        EXPECT_EQ(content("other"), other);
-        EXPECT_FALSE(exists("other.torn"));
-    }
-}
-
-TEST_F(TraceOutputTest, StopsReadingATraceWhenASignalComes) {
-    const string torn = text({FIRST, SECOND}) + "\x01";
-    write("trace", torn);
-    const StopSignals signals;
-    raise(SIGTERM);
-    EXPECT_EQ(refusal("trace", ExistingTrace::REPLACE), "none");
-    const InputFile input(path("log"));
-    EXPECT_THROW(TraceOutput(path("trace"), ExistingTrace::APPEND, input), Interrupted);
-    EXPECT_EQ(content("trace"), torn);
 }
 
 TEST_F(TraceOutputTest, WritesToDevicesAsTheyAre) {

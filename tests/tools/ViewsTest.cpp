@@ -281,5 +281,5 @@ TEST(ViewsTest, BytesStandInRowsOfSixteen) {
     EXPECT_EQ(shown(false, "", [&](Views& views) { views.showBytes({}); }), "");
     const std::vector<uint8_t> control = {'~', 0x7F, 0x80, 0x1F, ' '};
     EXPECT_EQ(shown(false, "", [&](Views& views) { views.showBytes(control); }),
-              "0000  7e 7f 80 1f 20  ~... \n");
+              "0000  7e 7f 80 1f 20                                   ~... \n");
 }

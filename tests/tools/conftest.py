@@ -1,10 +1,14 @@
 """What the end-to-end tests of the program share."""
+import contextlib
 import os
 import pathlib
+import pty
 import stat
 import subprocess
 
 import pytest
+
+from recorders import Recorder
 
 PROJECT = pathlib.Path(__file__).resolve().parents[2]
 DRIVE = PROJECT / "examples" / "data" / "drive.nmea"
@@ -73,3 +77,35 @@ def vextrace(request, tmp_path):
 
     run.program = program
     return run
+
+
+@pytest.fixture
+def start(vextrace, tmp_path):
+    """Starts recorders; none outlives its test."""
+    with contextlib.ExitStack() as stack:
+        def run(*options, **streams):
+            recorder = Recorder(vextrace.program, tmp_path, *options, **streams)
+            stack.callback(recorder.process.wait)
+            stack.callback(recorder.process.kill)
+            return recorder
+        yield run
+
+
+@pytest.fixture
+def pipe():
+    """(read end, write end), closed at the end where they are not."""
+    ends = os.pipe()
+    yield ends
+    for end in ends:
+        with contextlib.suppress(OSError):
+            os.close(end)
+
+
+@pytest.fixture
+def line():
+    """(receiver's end, serial line, its name)"""
+    receiver, serial = pty.openpty()
+    yield receiver, serial, os.ttyname(serial)
+    for end in (receiver, serial):
+        with contextlib.suppress(OSError):
+            os.close(end)

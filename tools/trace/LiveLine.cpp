@@ -50,7 +50,6 @@ void LiveLine::note(const Framer::Sentence& sentence) {
 void LiveLine::note(const EpochBuilder::Part& part) {
     MemorySource bytes(part.bytes);
     TraceReader messages(bytes);
-    FixReader fixes;
     for (TraceItem item = messages.next(); item.gps != nullptr; item = messages.next()) {
         std::optional<Fix> found = fixes.read(*item.gps);
         if (found && !found->repeats && !found->isDoubtful()) {

@@ -54,6 +54,7 @@ private:
     TerminalLine line;
     Clock::time_point nextUpdate;
     Clock::time_point lastByte;
+    FixReader fixes;
     std::optional<Fix> fix;
     std::string time;                                           // of the receiver, hhmmss
     std::deque<std::pair<Clock::time_point, uint64_t>> counts;  // of sentences, some seconds back
