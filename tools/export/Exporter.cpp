@@ -25,7 +25,7 @@ Exporter::Exporter(Format& document, const ExportChoice& chosen)
     : format(document),
       choice(chosen),
       content(document.content()),
-      fixes(chosen.unchecked ? FixSource::ALL : FixSource::NOT_WRONG) {}
+      chooser({.unchecked = chosen.unchecked}) {}
 
 void Exporter::add(const GpsView& message, uint64_t number) {
     if (content == Format::Content::SENTENCES) {
@@ -33,31 +33,28 @@ void Exporter::add(const GpsView& message, uint64_t number) {
     } else {
         addFixOf(message, number);
     }
-    lastMessage = message.getTimeStamp();
 }
 
 void Exporter::addOutside(const GpsView& message) {
     ++outside;
-    lastMessage = message.getTimeStamp();
     if (content == Format::Content::SENTENCES) {
         format.passOver(message);
     } else {
-        fixes.read(message);
+        chooser.passOver(message);
     }
 }
 
 void Exporter::addFixOf(const GpsView& message, uint64_t number) {
-    const std::optional<Fix> fix = fixes.read(message);
-    if (!fix) {
-        countWithoutFix(message.getTimeStamp());
-    } else if (fix->repeats) {
-        ++repeated;
-    } else if (fix->isDoubtful() && !choice.unchecked) {
-        ++doubtful;
-    } else if (content == Format::Content::ALL_FIXES) {
-        format.addFix(*fix, message, number);
-    } else if (fix->valid) {
-        addToLine(*fix, message, number);
+    const FixChooser::Outcome outcome = chooser.choose(message);
+    ++outcomes[static_cast<size_t>(outcome)];
+    if (outcome != FixChooser::Outcome::TAKEN) {
+        return;
+    }
+    const Fix& fix = chooser.fix();
+    if (content == Format::Content::ALL_FIXES) {
+        format.addFix(fix, message, number);
+    } else if (fix.valid) {
+        addToLine(fix, message, number);
     } else {
         ++invalid;
     }
@@ -75,27 +72,20 @@ void Exporter::addToLine(const Fix& fix, const GpsView& message, uint64_t number
     format.addFix(fix, message, number);
 }
 
-// What a message has no room for stands in others of the same stamp, which lack nothing.
-void Exporter::countWithoutFix(timeStamp_t stamp) {
-    if (stamp != lastMessage) {
-        ++withoutFix;
-    }
-}
-
 void Exporter::endTrace() {
     format.endLine();
     format.endTrace();
-    fixes.endTrace();
+    chooser.endTrace();
     lastOfLine.reset();
-    lastMessage.reset();
 }
 
 std::string Exporter::leftOut() const {
     std::string list;
-    appendCount(list, repeated, "repetition", "repetitions", "of a fix in its epoch");
-    appendCount(list, doubtful, "fix", "fixes", "with a wrong checksum");
+    appendCount(list, count(FixChooser::Outcome::REPEATED), "repetition", "repetitions",
+                "of a fix in its epoch");
+    appendCount(list, count(FixChooser::Outcome::WRONG), "fix", "fixes", "with a wrong checksum");
     appendCount(list, invalid, "fix", "fixes", "that the receiver does not call valid");
-    appendCount(list, withoutFix, "epoch", "epochs", "without RMC and GGA");
+    appendCount(list, count(FixChooser::Outcome::NO_FIX), "epoch", "epochs", "without RMC and GGA");
     appendCount(list, outside, "message", "messages", "from before or after the time asked for");
     appendCount(list, others, "message", "messages", "of other types");
     return list;

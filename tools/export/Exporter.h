@@ -1,9 +1,12 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "libvexstream/FixChooser.h"
 #include "tools/export/Format.h"
 
 namespace vextrace::tools {
@@ -41,19 +44,18 @@ public:
 private:
     void addFixOf(const GpsView& message, uint64_t number);
     void addToLine(const Fix& fix, const GpsView& message, uint64_t number);
-    void countWithoutFix(timeStamp_t stamp);
+    uint64_t count(FixChooser::Outcome outcome) const {
+        return outcomes[static_cast<size_t>(outcome)];
+    }
 
     Format& format;
     const ExportChoice choice;
     const Format::Content content;
     std::optional<timeStamp_t> lastOfLine;
-    std::optional<timeStamp_t> lastMessage;  // of the trace in hand
-    FixReader fixes;
-    // What was left out.
-    uint64_t repeated = 0;
-    uint64_t doubtful = 0;
+    FixChooser chooser;
+    std::array<uint64_t, FixChooser::OUTCOMES> outcomes = {};
+    // What was left out besides.
     uint64_t invalid = 0;
-    uint64_t withoutFix = 0;
     uint64_t outside = 0;
     uint64_t others = 0;
 };
