@@ -1,41 +1,45 @@
 # Installs the libraries, their public headers, a CMake package and pkg-config files. What a program
-# needs when it runs is one component, what a compiler needs is the other.
+# needs when it runs is one component, what a compiler needs is the other; libvexstream, whose
+# interface still moves, has two of its own.
 include(CMakePackageConfigHelpers)
 
 set(VEXTRACE_GENERATED_HEADERS ${PROJECT_BINARY_DIR}/include)
 set(VEXTRACE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/vextrace)
 
-# vextrace_install(KIND LIBRARY...): KIND is shared or static.
-function(vextrace_install kind)
-    install(TARGETS ${ARGN} EXPORT vextraceTargets_${kind}
+# vextrace_install_kind(NAME KIND TARGET...): KIND is shared or static.
+function(vextrace_install_kind name kind)
+    install(TARGETS ${ARGN} EXPORT ${name}Targets_${kind}
             LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-                    COMPONENT vextrace_runtime NAMELINK_COMPONENT vextrace_development
-            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT vextrace_development
-            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT vextrace_runtime)
-    install(EXPORT vextraceTargets_${kind} NAMESPACE vextrace::
-            DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT vextrace_development)
+                    COMPONENT ${name}_runtime NAMELINK_COMPONENT ${name}_development
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${name}_development
+            RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${name}_runtime)
+    install(EXPORT ${name}Targets_${kind} NAMESPACE vextrace::
+            DESTINATION ${VEXTRACE_PACKAGE_DIR} COMPONENT ${name}_development)
 endfunction()
 
-set(VEXTRACE_LIBRARIES vexutil vextrace)
-if(VEXTRACE_STREAM)
-    list(APPEND VEXTRACE_LIBRARIES vexstream)
-endif()
-if(BUILD_SHARED_LIBS)
-    vextrace_install(shared ${VEXTRACE_LIBRARIES})
-else()
-    vextrace_install(static ${VEXTRACE_LIBRARIES})
-endif()
-if(VEXTRACE_DEBIAN)
-    list(TRANSFORM VEXTRACE_LIBRARIES APPEND _static OUTPUT_VARIABLE static_libraries)
-    vextrace_install(static ${static_libraries})
-endif()
+# vextrace_install(NAME LIBRARY...): libraries in the kinds that are built, and their headers, of which
+# every one is public but those in folders named internal.
+function(vextrace_install name)
+    if(BUILD_SHARED_LIBS)
+        vextrace_install_kind(${name} shared ${ARGN})
+    else()
+        vextrace_install_kind(${name} static ${ARGN})
+    endif()
+    if(VEXTRACE_DEBIAN)
+        list(TRANSFORM ARGN APPEND _static OUTPUT_VARIABLE static_libraries)
+        vextrace_install_kind(${name} static ${static_libraries})
+    endif()
+    foreach(library ${ARGN})
+        install(DIRECTORY lib${library} ${VEXTRACE_GENERATED_HEADERS}/lib${library}
+                DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${name}_development
+                FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
+    endforeach()
+endfunction()
 
-# Every header is public but those in folders named internal.
-foreach(library ${VEXTRACE_LIBRARIES})
-    install(DIRECTORY lib${library} ${VEXTRACE_GENERATED_HEADERS}/lib${library}
-            DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT vextrace_development
-            FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
-endforeach()
+vextrace_install(vextrace vexutil vextrace)
+if(VEXTRACE_STREAM)
+    vextrace_install(vexstream vexstream)
+endif()
 
 configure_package_config_file(cmake/vextraceConfig.cmake.in vextraceConfig.cmake
                               INSTALL_DESTINATION ${VEXTRACE_PACKAGE_DIR}
@@ -65,8 +69,15 @@ else()
     set(PC_INCLUDEDIR "\${prefix}/${CMAKE_INSTALL_INCLUDEDIR}")
 endif()
 
-foreach(library ${VEXTRACE_LIBRARIES})
-    configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
-            DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT vextrace_development)
-endforeach()
+function(vextrace_install_pc name)
+    foreach(library ${ARGN})
+        configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
+        install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${library}.pc
+                DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${name}_development)
+    endforeach()
+endfunction()
+
+vextrace_install_pc(vextrace vexutil vextrace)
+if(VEXTRACE_STREAM)
+    vextrace_install_pc(vexstream vexstream)
+endif()

@@ -22,7 +22,8 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/libvexutil
-                                                ${PROJECT_BINARY_DIR}/libvextrace)
+                                                ${PROJECT_BINARY_DIR}/libvextrace
+                                                ${PROJECT_BINARY_DIR}/libvexstream)
 
 set(VEXTRACE_DEBIAN_VERSION ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})
 set(VEXTRACE_DEBIAN_DIR ${PROJECT_BINARY_DIR}/debian)
@@ -102,6 +103,27 @@ CMake package and the pkg-config files.")
 vextrace_package_needs(vextrace_development
                        "${VEXTRACE_RUNTIME_PACKAGE} (= ${VEXTRACE_DEBIAN_VERSION})")
 set(CPACK_DEBIAN_VEXTRACE_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkg-config")
+
+if(VEXTRACE_STREAM)
+    get_target_property(soversion vexstream SOVERSION)
+    set(VEXSTREAM_RUNTIME_PACKAGE libvexstream${soversion})
+    vextrace_package(vexstream_runtime ${VEXSTREAM_RUNTIME_PACKAGE} libs
+        "road from GPS receivers to traces of vehicle data loggers"
+        "This is the library that programs run with which find sentences in what a
+receiver sends, make messages of them, and read traces over damage.")
+    vextrace_package_links(vexstream_runtime
+                           "${VEXTRACE_RUNTIME_PACKAGE} (>= ${VEXTRACE_DEBIAN_VERSION})")
+    set(CPACK_DEBIAN_VEXSTREAM_RUNTIME_PACKAGE_CONTROL_EXTRA ${VEXTRACE_DEBIAN_DIR}/triggers)
+
+    vextrace_package(vexstream_development libvexstream-dev libdevel
+        "road from GPS receivers to traces of vehicle data loggers - development"
+        "This is what programs are built with: headers, the shared and the static
+library, the targets of the CMake package and the pkg-config file. The interface
+still moves.")
+    vextrace_package_needs(vexstream_development
+                           "${VEXSTREAM_RUNTIME_PACKAGE} (= ${VEXTRACE_DEBIAN_VERSION})"
+                           "libvextrace-dev (= ${VEXTRACE_DEBIAN_VERSION})")
+endif()
 
 if(VEXTRACE_TOOLS)
     configure_file(docs/vextrace.1 ${VEXTRACE_DEBIAN_DIR}/vextrace.1 COPYONLY)

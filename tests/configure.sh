@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Where something is missing, CMake says what it is and what to do.
-# Usage: configure.sh SOURCE_DIR COMPILER
+# Where something is missing, CMake says what it is and what to do. The presets can be configured.
+# Usage: configure.sh SOURCE_DIR COMPILER [presets], where there is all that they need
 set -euo pipefail
 source_dir=$1
 compiler=$2
@@ -33,3 +33,10 @@ refuses 'need std::thread, which' -DVEXTRACE_BENCHMARKS=ON -DVEXTRACE_HAS_THREAD
 mkdir "$work/empty"
 refuses "$work/empty, which holds no *.nmea" -DVEXTRACE_TESTS=ON -DVEXTRACE_LOG_DIR="$work/empty"
 echo "CMake says what is missing."
+
+[ "${3-}" = presets ] || exit 0
+for preset in developer release; do
+    (cd "$source_dir" && cmake --preset $preset -B "$work/$preset" >"$work/log" 2>&1) ||
+        { cat "$work/log" >&2; exit 1; }
+done
+echo "The presets can be configured."

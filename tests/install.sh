@@ -16,12 +16,13 @@ check_link_flags() {
     unset PKG_CONFIG_LIBDIR
 }
 
-# build_library NAME OPTION...: builds the library, with what CMake asks for at configuration.
+# build_library NAME OPTION...: builds the libraries, with what CMake asks for at configuration. How
+# they are taken does not depend on how they are optimised.
 build_library() {
     local build=$work/$1
     shift
     quietly cmake -S "$source_dir" -B "$build" -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_BUILD_TYPE=Release -DVEXTRACE_EXAMPLES=OFF "$@"
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DVEXTRACE_EXAMPLES=OFF "$@"
     quietly cmake --build "$build" -j2
 }
 
@@ -40,10 +41,10 @@ install_and_move() {
         "$(cd "$work/moved/$1/include" && find . -type f | sed 's|^\./||' | LC_ALL=C sort)"
 }
 
-# check_shared_library FOLDER LIBRARY: its name, and that it hides the internals.
+# check_shared_library FOLDER LIBRARY SOVERSION: its name, and that it hides the internals.
 check_shared_library() {
     local library=$1/lib$2.so shown
-    expect "SONAME" "lib$2.so.${version%%.*}" \
+    expect "SONAME" "lib$2.so.$3" \
         "$(readelf -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
     shown=$(nm -D --defined-only -C "$library")
     if grep 'vextrace::internal::' <<<"$shown" >&2; then
@@ -90,22 +91,24 @@ check_components() {
         fail "the component nonsense is found"
     fi
     tr -s ' \n' ' ' <"$work/log" | grep -qF "The components wanted are \"nonsense\". A component \
-is a kind of library, and installed here are \"$2\"." || { cat "$work/log" >&2; fail "no such hint"; }
+is a kind of libraries or vexstream, and installed here are \"$2\"." || { cat "$work/log" >&2; fail "no such hint"; }
 }
 
 install_and_move static
-check_components static static
-use_cmake package static -DCMAKE_PREFIX_PATH="$work/moved/static"
+check_components static "static;vexstream"
+use_cmake package static -DCMAKE_PREFIX_PATH="$work/moved/static" -DVEXTRACE_COMPONENTS=vexstream
 use_pkg_config static "$work/moved/static/lib"
 check_link_flags "$work/moved/static/lib"
 
 install_and_move shared
 for library in vexutil vextrace; do
-    check_shared_library "$work/moved/shared/lib64" $library
+    check_shared_library "$work/moved/shared/lib64" $library "${version%%.*}"
 done
+check_shared_library "$work/moved/shared/lib64" vexstream 0
 check_types "$work/moved/shared/lib64"
 # Not every system's CMake looks into lib64 by itself.
-use_cmake package shared -DCMAKE_PREFIX_PATH="$work/moved/shared/lib64/cmake"
+use_cmake package shared -DCMAKE_PREFIX_PATH="$work/moved/shared/lib64/cmake" \
+    -DVEXTRACE_WITH_STREAM=ON
 use_pkg_config shared "$work/moved/shared/lib64"
 check_link_flags "$work/moved/shared/lib64"
 
@@ -120,9 +123,10 @@ expect "flags of an absolute library folder" \
     "$(PKG_CONFIG_LIBDIR=$work/elsewhere/lib/pkgconfig pkg-config --cflags --libs vextrace | xargs)"
 [ -e "$work/elsewhere/lib/libvexutil.a" ] || fail "the absolute library folder is empty"
 
-for way in subdirectory fetch; do
-    use_cmake $way $way
-    quietly cmake --install "$work/cmake-$way" --prefix "$work/nothing"
-    [ ! -e "$work/nothing" ] || fail "a parent installs the library unasked"
-done
+# Fetched it is built and used; as a folder it takes the same road from there on.
+quietly cmake -S "$source_dir/tests/install" -B "$work/cmake-subdirectory" \
+    -DCMAKE_CXX_COMPILER="$compiler" -DVEXTRACE_WAY=subdirectory -DVEXTRACE_SOURCE="$source_dir"
+use_cmake fetch fetch -DVEXTRACE_STREAM=ON -DVEXTRACE_WITH_STREAM=ON
+quietly cmake --install "$work/cmake-fetch" --prefix "$work/nothing"
+[ ! -e "$work/nothing" ] || fail "a parent installs the library unasked"
 echo "The library works in every way it can be taken."

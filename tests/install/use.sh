@@ -19,6 +19,15 @@ expect() {
     [ "$2" = "$3" ] || fail "$1: $(diff <(echo "$2") <(echo "$3"))"
 }
 
+# positions FOLDER: runs the program with libvexstream there.
+positions() {
+    local bytes
+    (cd "$1" && echo "2026-05-17T10:00:00Z,48.1173,11.5167,545.4" | ./positionsToTrace log trace) ||
+        fail "$1/positionsToTrace does not run"
+    bytes=$(stat -c %s "$1/trace")
+    expect "bytes of the message and its sentences" 132 "$bytes"
+}
+
 # run FOLDER: runs the programs there.
 run() {
     local output
@@ -28,6 +37,7 @@ run() {
     output=$("$1/temperature") || fail "$1/temperature does not run"
     expect "$1/temperature" \
         "000000000000000a 00000000  TEMPERATURE | sensor 3 293.1 K" "$output"
+    [ ! -e "$1/positionsToTrace" ] || positions "$1"
 }
 
 # use_cmake WAY NAME OPTION...: builds and runs the programs with CMake.
@@ -35,7 +45,7 @@ use_cmake() {
     local way=$1 build=$work/cmake-$2
     shift 2
     quietly cmake -S "$source_dir/tests/install" -B "$build" -DCMAKE_CXX_COMPILER="$compiler" \
-        -DVEXTRACE_WAY="$way" -DVEXTRACE_SOURCE="$source_dir" "$@"
+        -DCMAKE_BUILD_TYPE=Debug -DVEXTRACE_WAY="$way" -DVEXTRACE_SOURCE="$source_dir" "$@"
     quietly cmake --build "$build" -j2
     run "$build"
 }
@@ -63,12 +73,15 @@ use_pkg_config() {
     if [ -n "$libdir" ]; then
         export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
     fi
-    for module in vextrace vexutil; do
+    for module in vextrace vexutil vexstream; do
         expect "version in $module.pc" "$version" "$(pkg-config --modversion $module)"
     done
     readme_line "$source_dir/examples/firstSteps.cpp" "$folder/firstSteps" "$@"
     readme_line "$source_dir/tests/install/consumer.cpp" "$folder/consumer" "$@"
     readme_line "$source_dir/tests/install/temperature.cpp" "$folder/temperature" "$@"
+    # shellcheck disable=SC2046 # these are words
+    quietly "$compiler" -std=c++20 "$source_dir/examples/positionsToTrace.cpp" \
+        $(pkg-config --cflags --libs vexstream) -o "$folder/positionsToTrace" "$@"
     LD_LIBRARY_PATH=$libdir run "$folder"
     unset PKG_CONFIG_LIBDIR
 }
