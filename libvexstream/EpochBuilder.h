@@ -43,10 +43,10 @@ public:
     /// Messages of one epoch: all that were collected since the last ones were given out.
     struct Part {
         std::vector<uint8_t> bytes;  ///< byte-array forms, back to back
-        size_t messages = 0;
-        size_t sentences = 0;
-        timeStamp_t stamp = 0;
-        bool beginsEpoch = false;  ///< false where the epoch goes on
+        size_t messages = 0;         ///< how many these are
+        size_t sentences = 0;        ///< how many are in them
+        timeStamp_t stamp = 0;       ///< of each of them
+        bool beginsEpoch = false;    ///< false where the epoch goes on
     };
 
     /// What a part holds of sentences at most. An epoch that is longer is given out in parts.
@@ -76,6 +76,7 @@ public:
     /// \return messages to write, often none; valid until the next call
     const Part& take();
 
+    /// Whether nothing is collected, so that take() gives no message.
     bool isEmpty() const { return entries.empty(); }
 
 private:

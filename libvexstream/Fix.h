@@ -27,9 +27,9 @@ struct VEXSTREAM_EXPORT Fix {
     std::optional<unsigned> quality;      ///< of GGA: 0 no fix, 1 GPS, 2 differential, ...; to 999
     std::optional<double> hdop;           ///< horizontal dilution of precision, 0 to 1e6
     std::optional<Checksum> rmcChecksum;  ///< nothing where there is no RMC sentence
-    std::optional<Checksum> ggaChecksum;
-    bool usesRmc = false;  ///< it is made of the RMC sentence
-    bool usesGga = false;  ///< it is made of the GGA sentence
+    std::optional<Checksum> ggaChecksum;  ///< nothing where there is no GGA sentence
+    bool usesRmc = false;                 ///< it is made of the RMC sentence
+    bool usesGga = false;                 ///< it is made of the GGA sentence
 
     /// Whether it says again what another message of its epoch said; see FixReader.
     bool repeats = false;
@@ -58,6 +58,7 @@ VEXSTREAM_EXPORT std::optional<Fix> fixOf(const GpsView& message,
 /// checksum, where that before is not, repeats none.
 class VEXSTREAM_EXPORT FixReader {
 public:
+    /// \param fixSource  which sentences the fixes are made of
     explicit FixReader(FixSource fixSource = FixSource::NOT_WRONG) : source(fixSource) {}
 
     /// As fixOf(). To be asked once for each message.

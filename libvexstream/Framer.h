@@ -28,6 +28,7 @@ namespace vextrace {
 /// The bytes may come in any pieces. Time is linear in their number, memory does not depend on it.
 class VEXSTREAM_EXPORT Framer {
 public:
+    /// A sentence that was found.
     struct Sentence {
         std::string_view text;  ///< as it was received, with its line end if it has one; valid
                                 ///< until the next call of next() or feed()
@@ -36,13 +37,18 @@ public:
                                 ///< it ends in "*hh", else NONE
     };
 
+    /// What was found, by its checksums, and in how many bytes.
     struct Counters {
-        uint64_t checked = 0;
-        uint64_t wrong = 0;
-        uint64_t unchecked = 0;
-        uint64_t bytesRead = 0;
+        uint64_t checked = 0;        ///< sentences with a right checksum
+        uint64_t wrong = 0;          ///< sentences with a wrong one
+        uint64_t unchecked = 0;      ///< sentences without any
+        uint64_t bytesRead = 0;      ///< all that were fed
         uint64_t bytesRecorded = 0;  ///< bytes of all sentences, line ends included
+
+        /// All of them.
         uint64_t sentences() const { return checked + wrong + unchecked; }
+
+        /// What belongs to no sentence.
         uint64_t bytesSkipped() const { return bytesRead - bytesRecorded; }
     };
 

@@ -24,7 +24,7 @@ class VEXSTREAM_EXPORT Recording {
 public:
     /// A sentence, and the messages that were complete before it; often none.
     struct Step {
-        Framer::Sentence sentence;
+        Framer::Sentence sentence;       ///< as the framer gives it
         const EpochBuilder::Part& part;  ///< valid until the next call
     };
 

@@ -17,6 +17,7 @@ namespace vextrace {
 
 /// What TraceReader found next.
 struct TraceItem {
+    /// What was found.
     enum class Kind {
         GPS,     ///< a GPS message
         OTHER,   ///< a message of another type, not decoded
@@ -24,7 +25,7 @@ struct TraceItem {
         END      ///< nothing more; for a growing trace: nothing more yet
     };
 
-    Kind kind = Kind::END;
+    Kind kind = Kind::END;           ///< what it is
     uint64_t offset = 0;             ///< of the first byte, in the trace
     std::span<const uint8_t> bytes;  ///< valid until the next call; of damage longer than any
                                      ///< message the front alone

@@ -35,7 +35,7 @@ VEXSTREAM_EXPORT Checksum receivedChecksum(std::string_view sentence);
 
 /// What is thought of a sentence that a message stores.
 struct Verdict {
-    Checksum checksum = Checksum::NONE;
+    Checksum checksum = Checksum::NONE;  ///< as the receiver sent it
     char talker = 'P';  ///< behind "$G" as it was sent, where the right checksum tells another
 };
 
@@ -62,7 +62,10 @@ struct VEXSTREAM_EXPORT TimeOfDay {
     std::string digits;    ///< hhmmss and the fraction without zeros at its end: equal numbers have
                            ///< equal digits
 
+    /// The time that a text is, whole; nothing where it is none.
     static std::optional<TimeOfDay> parse(std::string_view text);
+
+    /// Whether both are the same number, however many zeros were sent behind it.
     bool operator==(const TimeOfDay& other) const { return digits == other.digits; }
 };
 
