@@ -60,4 +60,7 @@ TEST(PathTest, AddsUpAndRestsBetweenPaths) {
     path.end();
     path.add(45, 90);
     EXPECT_EQ(path.metres(), 2 * there);
+    path.add(45, 91, true);
+    EXPECT_EQ(path.metres(), 2 * there);
+    EXPECT_NEAR(path.metresAcrossGaps(), 78846.335, 0.001);
 }
