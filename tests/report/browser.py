@@ -34,14 +34,16 @@ class Browser:
     def __init__(self, driver):
         self.driver = driver
 
-    def look(self, width=1366, height=900, dark=False, phone=False, media="screen"):
-        """Sets the size of the window and what the user prefers."""
+    def look(self, width=1366, height=900, dark=False, phone=False, media="screen", forced=False):
+        """Sets the size of the window, what the user prefers, and whether there are fingers."""
         self.driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
             "width": width, "height": height, "deviceScaleFactor": 2 if phone else 1,
             "mobile": phone})
         self.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {
-            "media": media, "features": [{"name": "prefers-color-scheme",
-                                          "value": "dark" if dark else "light"}]})
+            "media": media, "features": [
+                {"name": "prefers-color-scheme", "value": "dark" if dark else "light"},
+                {"name": "forced-colors", "value": "active" if forced else "none"}]})
+        self.driver.execute_cdp_cmd("Emulation.setTouchEmulationEnabled", {"enabled": phone})
 
     def open(self, page):
         """Opens the file; returns when its scripts have run and it has been drawn."""

@@ -128,10 +128,43 @@ def windows(screen):
         return [...document.querySelectorAll('.plot')].map(plot => plot.chart.xAxisRange());""")
 
 
-def page_of(program, data, name="drive.trace"):
-    trace = program.folder / name
-    trace.write_bytes(data)
-    return program.report(trace)
+def zoomed(screen):
+    """How many times the map is larger than at first."""
+    return screen.run("""
+        const scale = () => Number(document.querySelector('.drive-lines').getAttribute('transform')
+            .match(/scale\\((.*)\\)/)[1]);
+        window.atFirst = window.atFirst || scale();
+        return scale() / window.atFirst;""")
+
+
+def place_of(screen, selector):
+    """The middle of a mark in the picture, in the picture's units."""
+    return screen.run("""
+        const found = document.querySelector(arguments[0]).getAttribute('transform')
+            .match(/translate\\(([-.\\d]+) ([-.\\d]+)\\)/);
+        return [Number(found[1]), Number(found[2])];""", selector)
+
+
+def focus(screen, name):
+    screen.run("document.getElementById(arguments[0]).focus()", name)
+
+
+def select(screen, name, value):
+    """Chooses from a list as a hand would."""
+    screen.run("""
+        const [name, value] = arguments;
+        const list = document.getElementById(name);
+        list.value = value;
+        list.dispatchEvent(new Event('change'));""", name, value)
+    screen.settle()
+
+
+def page_of(program, *data):
+    traces = []
+    for number, bytes_of_trace in enumerate(data):
+        traces.append(program.folder / (f"drive{number or ''}.trace"))
+        traces[-1].write_bytes(bytes_of_trace)
+    return program.report(*traces)
 
 
 # ---- Real logs
@@ -163,24 +196,16 @@ def test_hovering_over_a_chart_marks_the_place_and_the_other_charts(screen, prog
             return [...document.querySelectorAll('.hair')].map(hair => hair.style.left);""")
         assert len(set(hairs)) == 1
         second = int(values(screen)["Speed"].split(".")[0]) / 1.852 * 4
-        place = screen.run("""
-            const mark = document.getElementById('here').dataset;
-            return [Number(mark.x), Number(mark.y)];""")
-        start, end = screen.run("""
-            return ['start', 'end'].map(id => document.getElementById(id).dataset)
-                .map(place => [Number(place.x), Number(place.y)]);""")
-        for here, first, last in zip(place, start, end):
+        ends = [place_of(screen, mark) for mark in ["#here", "#start0", "#end0"]]
+        for here, first, last in zip(*ends):
             assert here == pytest.approx(first + (last - first) * second / 299, abs=60)
 
 
 def test_hovering_over_the_track_marks_the_time(screen, program):
     screen.open(page_of(program, drive()))
     for part in [0.3, 0.45, 0.6]:
-        mark = screen.run("""
-            const [start, end] = ['start', 'end'].map(id => document.getElementById(id).dataset);
-            const at = part => [Number(start.x) + part * (end.x - start.x),
-                                Number(start.y) + part * (end.y - start.y)];
-            return at(arguments[0]);""", part)
+        start, end = place_of(screen, "#start0"), place_of(screen, "#end0")
+        mark = [a + part * (b - a) for a, b in zip(start, end)]
         hover(screen, "#track", mark[0] / 10000, mark[1] / 7600)
         found = values(screen)
         assert float(found["Altitude"].split(" ")[0]) == pytest.approx(500 + 29.9 * part, abs=0.4)
@@ -196,19 +221,20 @@ def test_hovering_over_the_track_marks_the_time(screen, program):
 def test_dragging_over_a_chart_zooms_all(screen, program):
     screen.open(page_of(program, drive()))
     whole = windows(screen)
+    assert zoomed(screen) == 1
     for index in range(4):
         drag(screen, 0.4, 0.6, index)
-        zoomed = windows(screen)
-        assert all(window == zoomed[0] for window in zoomed)
+        found = windows(screen)
+        assert all(window == found[0] for window in found)
         length = whole[0][1] - whole[0][0]
-        assert zoomed[0][1] - zoomed[0][0] == pytest.approx(length * 0.22, rel=0.1)
-        assert screen.run("return document.getElementById('track').viewBox.baseVal.width") < 4000
+        assert found[0][1] - found[0][0] == pytest.approx(length * 0.22, rel=0.1)
+        assert zoomed(screen) > 2.5
         if index % 2 == 0:
             press(screen, Keys.ESCAPE)
         else:
             ActionChains(screen.driver, duration=0).double_click().perform()
         assert windows(screen) == whole
-        assert screen.run("return document.getElementById('track').viewBox.baseVal.width") == 10000
+        assert zoomed(screen) == pytest.approx(1)
 
 
 def test_works_by_keyboard(screen, program):
@@ -239,9 +265,84 @@ def test_works_by_keyboard(screen, program):
     assert end - begin == pytest.approx(length / 4)
     press(screen, "-", "-", "-")
     assert windows(screen) == whole
+    for name in ["charts", "track"]:
+        focus(screen, name)
+        press(screen, Keys.HOME, Keys.ARROW_RIGHT)
+        assert time() == "12:35:20"
+        press(screen, "+")
+        assert windows(screen) != whole
+        press(screen, Keys.ESCAPE)
+        assert windows(screen) == whole
+
+
+def test_leaves_keys_to_the_browser_where_nothing_of_the_drive_has_the_focus(screen, program):
+    rows = b"".join(message((drives.START + i) * SECOND, b"$X%04d,1\r\n" % i, sentence(
+        b"GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,211126,,")) for i in range(60))
+    screen.look(width=390, height=500, phone=True)
+    screen.open(page_of(program, rows))
+    whole, time = windows(screen), values(screen)["time"]
+    keys = [Keys.ARROW_RIGHT, Keys.ARROW_LEFT, "+", "-", Keys.END, Keys.ARROW_RIGHT]
     screen.run("document.activeElement.blur()")
+    press(screen, *keys)
+    assert (windows(screen), values(screen)["time"]) == (whole, time)
+    # The table of sentences scrolls, and a text that was selected stays so.
+    screen.run("""
+        getSelection().selectAllChildren(document.getElementById('moment-time'));
+        document.querySelector('.scroll').focus();""")
+    before = screen.run("return document.querySelector('.scroll').scrollLeft")
+    press(screen, Keys.ARROW_RIGHT, Keys.ARROW_RIGHT)
+    screen.settle()
+    assert before == 0 < screen.run("return document.querySelector('.scroll').scrollLeft")
+    assert screen.run("return getSelection().toString()") == time
+    assert (windows(screen), values(screen)["time"]) == (whole, time)
+
+
+def test_a_click_gives_the_charts_and_the_track_their_keys(screen, program):
+    screen.open(page_of(program, drive()))
+    for selector in [".plot", "#track"]:
+        hover(screen, selector, 0.5)
+        ActionChains(screen.driver, duration=0).click().perform()
+        time = values(screen)["time"]
+        press(screen, Keys.ARROW_RIGHT, Keys.ARROW_RIGHT)
+        assert values(screen)["time"] > time
+
+
+def test_nothing_with_focus_hides_under_the_track(screen, program):
+    screen.look(width=390, height=700, phone=True)
+    screen.open(page_of(program, drive(), drive(200)))
+    place = "document.querySelector('.place').getBoundingClientRect()"
+    screen.run("window.scrollTo(0, document.documentElement.scrollHeight)")
+    seen = 0
+    for _ in range(40):
+        ActionChains(screen.driver, duration=0).key_down(Keys.SHIFT).send_keys(Keys.TAB).key_up(
+            Keys.SHIFT).perform()
+        screen.settle()
+        found = screen.run(f"""
+            const active = document.activeElement;
+            const box = active.getBoundingClientRect();
+            const place = {place};
+            return active === document.body || active.closest('.place') ? null
+                : [active.id || active.className || active.tagName, box.bottom - place.bottom,
+                   box.top >= place.bottom - 1 || box.height > innerHeight - place.height];""")
+        if found is not None:
+            seen += 1
+            # What is taller than the room below the track may begin above it.
+            assert found[1] > 20 and found[2], found
+    assert seen > 10
+
+
+def test_tells_those_who_listen_time_and_speed_at_a_step(screen, program):
+    screen.open(page_of(program, drive()))
+    focus(screen, "charts")
+    press(screen, Keys.HOME, Keys.ARROW_RIGHT)
+    assert screen.text("spoken") == "12:35:20, 0.46 km/h"
+    assert screen.run("return document.getElementById('spoken').getAttribute('aria-live')") == "polite"
+    focus(screen, "slider")
     press(screen, Keys.ARROW_RIGHT)
-    assert time() == "12:36:59"
+    # The slider is read aloud itself.
+    assert screen.run("return document.getElementById('slider').getAttribute('aria-valuetext')"
+                      ) == "12:35:21, 0.93 km/h"
+    assert screen.text("spoken") == "12:35:20, 0.46 km/h"
 
 
 def test_buttons_and_slider_work_without_a_mouse(screen, program):
@@ -257,9 +358,8 @@ def test_buttons_and_slider_work_without_a_mouse(screen, program):
         slider.value = 100;
         slider.dispatchEvent(new Event('input'));""")
     assert values(screen)["time"] == "2026-11-21 12:36:59 UTC"
-    spoken = screen.run("return document.getElementById('slider').getAttribute('aria-valuetext')")
-    assert spoken.startswith("2026-11-21 12:36:59 UTC, Position 48°6.600 N, 11°31.200 E, "
-                             "Speed 46.3 km/h, ")
+    assert screen.run("return document.getElementById('slider').getAttribute('aria-valuetext')"
+                      ) == "12:36:59, 46.3 km/h"
 
 
 def test_shows_the_trace_line_of_the_moment(screen, program):
@@ -274,10 +374,10 @@ def test_shows_the_trace_line_of_the_moment(screen, program):
 # ---- What is drawn
 
 
-def column_has_line(screen, chart, milliseconds):
+def column_has_line(screen, chart, milliseconds, colour="--line"):
     """Whether the chart's line stands at this time, by the points of its picture."""
     return screen.run("""
-        const [index, time] = arguments;
+        const [index, time, name] = arguments;
         const plot = document.querySelectorAll('.plot')[index];
         const chart = plot.chart;
         const area = chart.getArea();
@@ -285,14 +385,14 @@ def column_has_line(screen, chart, milliseconds):
         const scale = canvas.width / parseFloat(canvas.style.width);
         const x = Math.round(chart.toDomXCoord(time) * scale);
         const points = canvas.getContext('2d').getImageData(x, 0, 1, (area.h - 3) * scale).data;
-        const line = getComputedStyle(document.documentElement).getPropertyValue('--line').trim();
+        const line = getComputedStyle(document.documentElement).getPropertyValue(name).trim();
         const rgb = [1, 3, 5].map(i => parseInt(line.slice(i, i + 2), 16));
         for (let i = 0; i < points.length; i += 4) {
             if (points[i + 3] > 150 && rgb.every((c, k) => Math.abs(points[i + k] - c) < 40)) {
                 return true;
             }
         }
-        return false;""", chart, milliseconds)
+        return false;""", chart, milliseconds, colour)
 
 
 def test_leaves_gaps_open(screen, program):
@@ -303,9 +403,10 @@ def test_leaves_gaps_open(screen, program):
         assert column_has_line(screen, chart, (drives.START + 50) * 1000)
         assert not column_has_line(screen, chart, (drives.START + 130) * 1000)
         assert column_has_line(screen, chart, (drives.START + 250) * 1000)
-    dashed = screen.run("return document.querySelector('#track .gap').getTotalLength()")
-    whole = screen.run("return document.querySelector('#track').getBBox().height")
-    assert dashed == pytest.approx(61 / 299 * 5600, rel=0.02), whole
+    dashed, whole = screen.run("""
+        return ['.gap', '.drive-lines'].map(name =>
+            document.querySelector('#track ' + name).getBoundingClientRect().height);""")
+    assert dashed == pytest.approx(61 / 299 * whole, rel=0.04)
 
 
 def test_opens_the_line_of_a_value_that_is_missing(screen, program):
@@ -324,9 +425,8 @@ def test_crosses_the_180th_meridian(screen, program):
     data = b"".join(fix(i, -17, (179.99 + i * 0.0001 + 180) % 360 - 180)
                     for i in range(200))
     screen.open(page_of(program, data))
-    start, end = screen.run("""
-        return ['start', 'end'].map(id => Number(document.getElementById(id).dataset.x));""")
-    assert end - start == pytest.approx(8600, abs=2)
+    start, end = place_of(screen, "#start0"), place_of(screen, "#end0")
+    assert end[0] - start[0] == pytest.approx(8600, abs=2)
     assert screen.text("scale-length") == "500 m"
     assert screen.run("return document.querySelector('#track .gap')") is None
 
@@ -337,18 +437,21 @@ def test_shows_all_where_fixes_are_always_far_apart(screen, program):
     assert len(screen.driver.find_elements("css selector", "#parts option")) == 2
 
 
-def test_begins_with_the_drive_where_a_receiver_reports_another_year(screen, program):
+def test_leaves_years_out_that_a_receiver_made_up(screen, program):
     years = 20 * 365 * 86400
     early = b"".join(fix(i - years, status="V", quality=0) for i in range(30))
     screen.open(page_of(program, early + drive()))
     begin, end = windows(screen)[0]
-    assert begin == pytest.approx(drives.START * 1000, abs=5000)
-    assert end == pytest.approx((drives.START + 299) * 1000, abs=5000)
+    assert end - begin == pytest.approx(29000 + 299000, rel=0.05)
     assert len(screen.driver.find_elements("css selector", "#parts option")) == 3
-    press(screen, Keys.TAB)
-    screen.run("document.getElementById('slider').focus()")
+    select(screen, "parts", 1)
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx(299000, rel=0.03)
+    assert screen.text("shown") == "300 fixes"
+    focus(screen, "slider")
     press(screen, Keys.HOME)
     assert values(screen)["time"] == "2006-11-26 12:35:19 UTC"
+    assert screen.text("shown") == "330 fixes"
 
 
 @pytest.mark.parametrize("data", [
@@ -361,6 +464,165 @@ def test_begins_with_the_drive_where_a_receiver_reports_another_year(screen, pro
 def test_shows_little_as_well_as_much(screen, program, data):
     expect_sound(screen, page_of(program, data))
     press(screen, Keys.ARROW_RIGHT, Keys.ARROW_LEFT, "+", "-", Keys.ESCAPE)
+    assert screen.logs()[0] == []
+
+
+# ---- Several drives
+
+DAY = 86400
+
+
+def second_run(seconds=260, day=1):
+    """The road of drive() on another day, a quarter faster, and higher."""
+    return b"".join(fix(day * DAY + i, 48.1 + i * 0.000125, 11.5 + i * 0.00025, 40 + i / 4, 600 + i / 10)
+                    for i in range(seconds))
+
+
+def far_away(seconds=100):
+    return b"".join(fix(2 * DAY + i, -33.8 + i * 0.0001, 151.2 + i * 0.0001) for i in range(seconds))
+
+
+def test_gives_each_drive_a_colour_and_an_entry(screen, program):
+    screen.open(page_of(program, drive(), second_run()))
+    entries = screen.driver.find_elements("css selector", ".drives li")
+    assert [entry.text.replace("\n", " ") for entry in entries] == [
+        f"1: {program.folder}/drive.trace 2026-11-21 12:35:19 to 12:40:18 UTC, 4 min 59 s, "
+        "5.56 km, start in an online map",
+        f"2: {program.folder}/drive1.trace 2026-11-22 12:35:19 to 12:39:38 UTC, 4 min 19 s, "
+        "6.02 km, start in an online map"]
+    swatches, lines = screen.run("""
+        const swatches = [...document.querySelectorAll('.drives .swatch')].map(
+            swatch => getComputedStyle(swatch).backgroundColor);
+        return [swatches, swatches.map((_, drive) => getComputedStyle(document.querySelector(
+            '.drive-lines[data-drive="' + drive + '"] .lines use')).stroke)];""")
+    assert swatches == lines and len(set(swatches)) == 2
+    # No line leads from one to the other: each has a beginning, and nothing is dashed.
+    begins = screen.run("""
+        return [...document.querySelectorAll('#track path[id^=line]')].map(
+            path => path.getAttribute('d').split('M').length - 1);""")
+    assert begins == [1, 1]
+    assert screen.driver.find_elements("css selector", "#track .gap") == []
+
+
+def test_puts_drives_one_behind_the_other(screen, program):
+    screen.open(page_of(program, drive(), second_run()))
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx(299000 + 259000, rel=0.05)
+    first, gap, second = [begin + part * (end - begin) for part in [0.3, 0.539, 0.8]]
+    for chart in range(2):
+        assert [column_has_line(screen, chart, x, "--d0") for x in [first, gap, second]] == [
+            True, False, False]
+        assert [column_has_line(screen, chart, x, "--d1") for x in [first, gap, second]] == [
+            False, False, True]
+    assert [text for text, _, _ in labels(screen, "x")[3]] == [
+        "12:36", "12:37", "12:38", "12:39", "12:40", "12:36", "12:37", "12:38", "12:39"]
+    assert screen.run("return document.querySelector('.axis-name').textContent"
+                      ) == "UTC, 2026-11-21 to 2026-11-22"
+    hover(screen, ".plot", 0.8)
+    assert values(screen)["time"].startswith("2026-11-22 12:37:")
+    assert values(screen)["Message"].endswith(" of " + str(program.folder / "drive1.trace"))
+
+
+def readings(screen, chart):
+    return screen.run("""
+        return [...document.querySelectorAll('.reading')[arguments[0]].children].map(
+            reading => reading.textContent);""", chart)
+
+
+def test_compares_two_runs_by_time(screen, program):
+    screen.open(page_of(program, drive(), second_run()))
+    select(screen, "layout", "over")
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx(299000, rel=0.03)
+    assert all(column_has_line(screen, 0, 100000, colour) for colour in ["--d0", "--d1"])
+    assert [text for text, _, _ in labels(screen, "x")[3]] == [
+        "0:01:00", "0:02:00", "0:03:00", "0:04:00"]
+    # Where the upper line is, the second drive is pointed at.
+    chart = "document.querySelectorAll('.plot')[0].chart"
+    x, y = screen.run(f"""
+        const plot = document.querySelectorAll('.plot')[0].getBoundingClientRect();
+        return [{chart}.toDomXCoord(100000) / plot.width,
+                {chart}.toDomYCoord(65 * 1.852) / plot.height];""")
+    hover(screen, ".plot", x, y)
+    assert values(screen)["time"].startswith("2026-11-22 12:36:5")
+    second = int(values(screen)["time"][-6:-4]) + 60 - 19
+    assert readings(screen, 0) == [f"2: {round((40 + second / 4) * 1.852, 2):g} km/h",
+                                   f"1: {round(second / 4 * 1.852, 2):g} km/h"]
+    assert values(screen)["From the start"].startswith(f"0:01:{second - 60:02}, ")
+    rings = screen.run("""
+        return [...document.querySelectorAll('.here')].filter(ring => ring.style.display === '')
+            .map(ring => ring.getAttribute('transform'));""")
+    assert len(rings) == len(set(rings)) == 2
+
+
+def test_compares_two_runs_by_distance(screen, program):
+    screen.open(page_of(program, drive(), second_run()))
+    select(screen, "layout", "over")
+    select(screen, "along", "distance")
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx(6020, rel=0.03)
+    assert [text for text, _, _ in labels(screen, "x")[3]] == ["0", "1", "2", "3", "4", "5", "6"]
+    assert screen.run("return document.querySelector('.axis-name').textContent"
+                      ) == "km from each start"
+    hover(screen, ".plot", 0.5)
+    places = screen.run("""
+        return [...document.querySelectorAll('.here')].map(ring => {
+            const box = ring.getBoundingClientRect();
+            return [box.left, box.top];
+        });""")
+    # The drive that is pointed at lies above the other.
+    above = screen.run("""
+        return [...document.querySelectorAll('.drive-lines')].map(lines => lines.dataset.drive);""")
+    assert above[-1] == {"drive.trace": "0", "drive1.trace": "1"}[
+        values(screen)["Message"].split("/")[-1]]
+    # Both have come to the same place of the road.
+    assert places[0] == pytest.approx(places[1], abs=8)
+    assert len(readings(screen, 1)) == 2
+    press(screen, Keys.ESCAPE)
+    select(screen, "layout", "behind")
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx(5560 + 6020, rel=0.05)
+
+
+def test_takes_one_drive_by_distance(screen, program):
+    screen.open(page_of(program, drive()))
+    assert screen.run("return document.getElementById('layout-label').hidden")
+    select(screen, "along", "distance")
+    assert [text for text, _, _ in labels(screen, "x")[3]][-1] == "5"
+    hover(screen, ".plot", 0.5)
+    assert values(screen)["From the start"].split(", ")[1].endswith(" km")
+
+
+def test_begins_where_most_fixes_are_and_leads_to_the_others(screen, program):
+    screen.open(page_of(program, far_away(), drive(), second_run()))
+
+    def is_in_picture(mark):
+        x, y = place_of(screen, mark)
+        return 0 <= x <= 10000 and 0 <= y <= 7600
+
+    marks = ["#start0", "#start1", "#start2"]
+    assert [is_in_picture(mark) for mark in marks] == [False, True, True]
+    assert screen.text("scale-length") == "1 km"
+    screen.driver.find_element("css selector", ".drives button").click()
+    screen.settle()
+    assert [is_in_picture(mark) for mark in marks] == [True, False, False]
+    assert screen.text("scale-length") == "200 m"
+    assert values(screen)["time"].startswith("2026-11-23 ")
+    assert screen.text("shown") == "100 fixes"
+    select(screen, "parts", -1)
+    focus(screen, "slider")
+    press(screen, Keys.END)
+    assert [is_in_picture(mark) for mark in marks] == [False, True, True]
+
+
+def test_draws_many_drives(screen, program):
+    screen.open(page_of(program, *[b"".join(
+        fix(j * 1000 + i, 48 + j * 0.001, 11 + i * 0.0001, 30 + j) for i in range(50))
+        for j in range(100)]))
+    assert len(screen.driver.find_elements("css selector", ".drives button")) == 100
+    select(screen, "layout", "over")
+    hover(screen, ".plot", 0.5)
+    assert len(screen.driver.find_elements("css selector", ".here")) == 100
     assert screen.logs()[0] == []
 
 
@@ -582,29 +844,123 @@ def test_labels_of_the_time_stand_apart(screen, program, width, step):
 
 def test_a_finger_on_a_chart_marks_the_moment(screen, program):
     screen.look(width=390, height=800, phone=True)
-    screen.driver.execute_cdp_cmd("Emulation.setTouchEmulationEnabled", {"enabled": True})
-    try:
-        screen.open(page_of(program, drive()))
-        box = screen.run("""
-            const plot = document.querySelectorAll('.plot')[1];
-            plot.scrollIntoView({block: 'center'});
-            const box = plot.getBoundingClientRect();
-            return [box.left, box.top, box.width, box.height];""")
-        whole = windows(screen)
-        times = []
-        for part in [0.3, 0.5, 0.7]:
-            point = {"x": box[0] + part * box[2], "y": box[1] + box[3] / 2}
-            kind = "touchStart" if part == 0.3 else "touchMove"
-            screen.driver.execute_cdp_cmd("Input.dispatchTouchEvent",
-                                          {"type": kind, "touchPoints": [point]})
-            screen.settle()
-            times.append(values(screen)["time"])
+    screen.open(page_of(program, drive()))
+    box = screen.run("""
+        const plot = document.querySelectorAll('.plot')[1];
+        plot.scrollIntoView({block: 'center'});
+        const box = plot.getBoundingClientRect();
+        return [box.left, box.top, box.width, box.height];""")
+    whole = windows(screen)
+    times = []
+    for part in [0.3, 0.5, 0.7]:
+        point = {"x": box[0] + part * box[2], "y": box[1] + box[3] / 2}
+        kind = "touchStart" if part == 0.3 else "touchMove"
         screen.driver.execute_cdp_cmd("Input.dispatchTouchEvent",
-                                      {"type": "touchEnd", "touchPoints": []})
-        assert times == sorted(set(times)) and len(times) == 3
-        assert windows(screen) == whole
-    finally:
-        screen.driver.execute_cdp_cmd("Emulation.setTouchEmulationEnabled", {"enabled": False})
+                                      {"type": kind, "touchPoints": [point]})
+        screen.settle()
+        times.append(values(screen)["time"])
+    screen.driver.execute_cdp_cmd("Input.dispatchTouchEvent",
+                                  {"type": "touchEnd", "touchPoints": []})
+    assert times == sorted(set(times)) and len(times) == 3
+    assert windows(screen) == whole
+
+
+def touch(screen, kind, *points):
+    screen.driver.execute_cdp_cmd("Input.dispatchTouchEvent", {
+        "type": kind, "touchPoints": [{"x": x, "y": y, "id": number}
+                                      for number, (x, y) in enumerate(points)]})
+
+
+def pinch(screen, selector):
+    """Two fingers on the element move apart to twice their distance."""
+    left, top, width, height = screen.run("""
+        const element = document.querySelector(arguments[0]);
+        element.scrollIntoView({block: 'center'});
+        const box = element.getBoundingClientRect();
+        return [box.left, box.top, box.width, box.height];""", selector)
+    row = top + height / 2
+    touch(screen, "touchStart", (left + 0.4 * width, row), (left + 0.6 * width, row))
+    for part in [0.12, 0.16, 0.2]:
+        touch(screen, "touchMove", (left + (0.5 - part) * width, row),
+              (left + (0.5 + part) * width, row))
+        screen.settle()
+    touch(screen, "touchEnd")
+
+
+def test_two_fingers_zoom_a_chart_and_the_track(screen, program):
+    screen.look(width=390, height=800, phone=True)
+    screen.open(page_of(program, drive()))
+    whole = windows(screen)[0]
+    assert zoomed(screen) == 1
+    pinch(screen, ".plot")
+    begin, end = windows(screen)[0]
+    assert end - begin == pytest.approx((whole[1] - whole[0]) / 2, rel=0.02)
+    screen.run("document.getElementById('zoom-all').click()")
+    assert windows(screen)[0] == whole
+    assert zoomed(screen) == pytest.approx(1)
+    pinch(screen, "#track")
+    assert zoomed(screen) == pytest.approx(2, rel=0.02)
+    assert windows(screen)[0] == whole
+    assert screen.run("return visualViewport.scale") == 1
+
+
+def test_promises_what_fingers_can_do(screen, program):
+    page = page_of(program, drive())
+    for phone, drags, pinches in [(True, False, True), (False, True, False)]:
+        screen.look(width=390, height=800, phone=phone)
+        screen.open(page)
+        hint = screen.driver.find_element("id", "hint").text
+        assert ("Drag over a chart to zoom" in hint, "Two fingers zoom" in hint) == (drags, pinches)
+
+
+@pytest.mark.parametrize("forced", [False, True], ids=["own", "forced"])
+def test_shows_that_the_table_goes_on(screen, program, forced):
+    screen.look(width=390, height=800, phone=True, forced=forced)
+    screen.open(page_of(program, drive()))
+    goes_on, shadows = screen.run("""
+        const table = document.querySelector('.scroll');
+        return [table.scrollWidth > table.clientWidth,
+                getComputedStyle(table).backgroundImage.split('gradient').length - 1];""")
+    assert goes_on and shadows == 4
+
+
+@pytest.mark.parametrize("dark", [False, True], ids=["light", "dark"])
+def test_keeps_its_colours_where_colours_are_forced(screen, program, dark):
+    found = []
+    for forced in [False, True]:
+        screen.look(dark=dark, forced=forced)
+        colours = []
+        for traces in [[drive(), second_run()], [drive()]]:
+            screen.open(page_of(program, *traces))
+            colours += screen.run("""
+                return [...document.querySelectorAll('.swatch, .lines use')].map(element =>
+                    element.matches('.swatch') ? getComputedStyle(element).backgroundColor
+                        : getComputedStyle(element).stroke);""")
+        found.append(colours)
+        assert screen.logs()[0] == []
+    assert len(found[0]) > 10 and found[0] == found[1]
+    # What is no colour of a line is the user's.
+    assert screen.run("""
+        const user = document.createElement('p');
+        user.style.color = 'CanvasText';
+        document.body.append(user);
+        return getComputedStyle(document.querySelector('#track text')).fill
+            === getComputedStyle(user).color;""")
+    assert [pair for pair in contrasts(screen) if pair[0] < 4.5] == []
+
+
+@pytest.mark.parametrize("width", [390, 1400])
+@pytest.mark.parametrize("look", ["light", "dark", "forced"])
+def test_shows_two_drives(screen, program, pictures, width, look):
+    screen.look(width=width, height=900, dark=look != "light", phone=width < 600,
+                forced=look == "forced")
+    page = page_of(program, drive(), second_run())
+    expect_sound(screen, page)
+    assert screen.run("return document.documentElement.scrollWidth") <= width
+    assert [pair for pair in contrasts(screen) if pair[0] < 4.5] == []
+    select(screen, "layout", "over")
+    if pictures:
+        screen.picture(pictures / f"two-{width}-{look}.png", width)
 
 
 def test_can_be_read_without_scripts(screen, program):
@@ -637,8 +993,10 @@ def test_prints(screen, program):
 
 def test_needs_no_browser_newer_than_five_years():
     """Nothing of the language that is newer than 2020, and of the page no newer functions."""
-    folder = pathlib.Path(__file__).resolve().parents[2] / "tools" / "report"
-    script = (folder / "page.js").read_text()
+    folder = pathlib.Path(__file__).resolve().parents[2] / "tools" / "report" / "page"
+    scripts = sorted(folder.glob("*.js"))
+    assert len(scripts) == 6
+    script = "".join(file.read_text() for file in scripts)
     for newer in [r"\?\?=", r"\|\|=", r"&&=", r"\.replaceAll\(", r"\.at\(", r"\.hasOwn\(",
                   r"\d_\d", r"structuredClone", r"\.findLast", r"\.toSorted\(", r"WeakRef",
                   r"DecompressionStream", r"Promise\.any", r"\bstatic\b"]:
@@ -666,9 +1024,10 @@ def test_shows_a_second_of_a_week(screen, program, request, pictures):
     assert values(screen)["time"].startswith("2026-11-20 00:01:18")
     assert values(screen)["Speed"] == "234.5 km/h"
     assert "6,047,400 fixes" in screen.text("over-time")
+    assert screen.text("shown") == ""
     drawn = int(screen.run("return document.getElementById('slider').max")) + 1
     assert 2000 < drawn < 20000
-    assert f"{drawn:,} of 6,047,400" in screen.text("over-time")
+    assert f"{drawn:,} of the 6,047,400" in screen.text("over-time")
     # A column of the chart reaches up to it.
     assert column_has_line(screen, 0, (1794787200 + 345678) * 1000)
 

@@ -50,12 +50,22 @@ std::string text(const Fact& fact) {
     return fact.name + ": " + fact.value + " (" + fact.detail + ")";
 }
 
+// From one second behind noon to another.
+SurveyedTrace trace(const std::string& name, timeStamp_t first, timeStamp_t last,
+                    uint64_t bytes = 0) {
+    return {name, bytes, 0, NOON + first * SECOND, NOON + last * SECOND};
+}
+
+std::string durationOf(const std::vector<SurveyedTrace>& traces) {
+    return text(factsOf(someSummary(), traces)[1]);
+}
+
 }  // namespace
 
 TEST(HeadTextTest, TellsTheNumbersOfADrive) {
-    const auto facts = factsOf(someSummary(), {{"drive.trace", 53326}});
+    const auto facts = factsOf(someSummary(), {trace("drive.trace", 0, 63, 53326)});
     ASSERT_EQ(facts.size(), 11U);
-    EXPECT_EQ(text(facts[0]), "Distance: 371 m ()");
+    EXPECT_EQ(text(facts[0]), "Distance: 0 m (371 m more across gaps)");
     EXPECT_EQ(text(facts[1]),
               "Duration: 1 min 03 s (1 gap between messages, the longest 1 min 00 s)");
     EXPECT_EQ(text(facts[2]), "Moving: 2 s (2 km/h or more)");
@@ -63,23 +73,35 @@ TEST(HeadTextTest, TellsTheNumbersOfADrive) {
     EXPECT_EQ(text(facts[4]), "Mean speed: 41.5 km/h (while moving; with stops 41.5 km/h)");
     EXPECT_EQ(text(facts[5]), "Altitude: 545.4 to 560.4 m (range 15.0 m)");
     EXPECT_EQ(text(facts[6]), "Satellites: 8 to 11 (median 9.5)");
-    EXPECT_EQ(text(facts[7]), "Fixes: 4 (valid; 0 not valid, 1 with a wrong checksum)");
+    EXPECT_EQ(text(facts[7]), "Fixes: 4 (4 valid, 0 not; 1 more with a wrong checksum)");
     EXPECT_EQ(text(facts[8]), "Messages: 5 (1 of other types)");
     EXPECT_EQ(text(facts[9]), "Sentences: 9 (1 with a wrong checksum, 8 with none)");
     EXPECT_EQ(text(facts[10]), "File: drive.trace (53 kB) ()");
 }
 
+TEST(HeadTextTest, SumsUpDrivesAndNamesThePausesBetweenThem) {
+    EXPECT_EQ(durationOf({trace("a", 0, 60), trace("b", 86460, 86490)}),
+              "Duration: 1 min 30 s (sum of 2 drives; 1 gap between messages, the longest 1 min "
+              "00 s; 1 d 0 h 00 min 00 s between the drives)");
+    EXPECT_EQ(durationOf({trace("b", 100, 110), trace("c", 140, 141), trace("a", 0, 60)}),
+              "Duration: 1 min 11 s (sum of 3 drives; 1 gap between messages, the longest 1 min "
+              "00 s; 2 pauses between the drives, the longest 40 s)");
+    EXPECT_EQ(durationOf({trace("a", 0, 60), trace("b", 30, 90), SurveyedTrace{"none"}}),
+              "Duration: 2 min 00 s (sum of 3 drives; 1 gap between messages, the longest 1 min "
+              "00 s)");
+}
+
 TEST(HeadTextTest, TellsThatThereIsNothing) {
-    const auto facts = factsOf(Summary(SECOND), {{"a", 0}});
+    const auto facts = factsOf(Summary(SECOND), {SurveyedTrace{"a"}});
     for (size_t i = 1; i < 7; ++i) {
         EXPECT_TRUE(facts[i].value == "none" || facts[i].value == "not known") << facts[i].name;
     }
-    EXPECT_EQ(spanOf(Summary(SECOND)), "No time is known.");
+    EXPECT_EQ(spanOf(Summary(SECOND)), "No date is known.");
     EXPECT_TRUE(notesOf(Summary(SECOND)).empty());
 }
 
 TEST(HeadTextTest, NamesTheFirstFilesAndCountsTheOthers) {
-    std::vector<TraceFile> files(1025, {"b.trace", 1000});
+    std::vector<SurveyedTrace> files(1025, {"b.trace", 1000});
     files[0].name = "folder/a.trace";
     EXPECT_EQ(titleOf({files[0]}), "a.trace");
     EXPECT_EQ(titleOf(files), "a.trace and 1,024 more");

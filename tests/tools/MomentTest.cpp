@@ -5,20 +5,20 @@
 
 #include <string>
 
+#include "libvextrace/serialise.h"
+
 using namespace vextrace;
 using namespace vextrace::tools;
 
 namespace {
 
-Moment settledMoment(const std::string& first, const std::string& second = "") {
-    auto message = std::make_unique<GPSTraceMessage>(258, first);
+Moment::Texts textsOfMessage(const std::string& first, const std::string& second = "",
+                             size_t longest = Moment::LONGEST_LINE) {
+    GPSTraceMessage message(258, first);
     if (!second.empty()) {
-        message->addRecord(second);
+        message.addRecord(second);
     }
-    const Fix fix = fixOf(*message).value();
-    Moment moment(fix, std::move(message), 7, 0);
-    moment.settle();
-    return moment;
+    return textsOf(serialise(message), fixOf(message).value(), longest);
 }
 
 const std::string RMC = "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5F\r\n";
@@ -27,53 +27,46 @@ const std::string GGA = "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,4
 }  // namespace
 
 TEST(MomentTest, HasTheTraceLineOfItsMessage) {
-    const Moment moment = settledMoment(RMC, GGA);
-    EXPECT_EQ(moment.texts().traceLine,
+    const Moment::Texts texts = textsOfMessage(RMC, GGA);
+    EXPECT_EQ(texts.traceLine,
               "0000000000000102 00000000  GPS         | "
               "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*47 "
               "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5F");
 }
 
-TEST(MomentTest, HasTheSameTextsBeforeItIsSettled) {
-    auto message = std::make_unique<GPSTraceMessage>(258, RMC);
-    const Fix fix = fixOf(*message).value();
-    Moment moment(fix, std::move(message), 7, 0);
-    const Moment::Texts before = moment.texts();
-    moment.settle();
-    EXPECT_EQ(moment.texts().traceLine, before.traceLine);
-    EXPECT_EQ(moment.texts().position, "48°7.038 N, 11°31.000 W");
-    EXPECT_EQ(before.position, "48°7.038 N, 11°31.000 W");
-}
-
 TEST(MomentTest, EscapesItsTraceLine) {
-    const Moment moment = settledMoment("$GPRMC,\x1b[31m\xff,<\u2028");
-    EXPECT_EQ(moment.texts().traceLine,
+    const Moment::Texts texts = textsOfMessage("$GPRMC,\x1b[31m\xff,<\u2028");
+    EXPECT_EQ(texts.traceLine,
               "0000000000000102 00000000  GPS         | $GPRMC,\\x1b[31m\\xff,<\u2028");
 }
 
 TEST(MomentTest, CutsALongTraceLine) {
     const std::string sentence = fmt::format("$GPRMC,{}", std::string(Moment::LONGEST_LINE, 'x'));
-    const Moment moment = settledMoment(sentence);
+    const Moment::Texts texts = textsOfMessage(sentence);
     const size_t front = std::string("0000000000000102 00000000  GPS         | ").size();
-    EXPECT_EQ(moment.texts().traceLine, "0000000000000102 00000000  GPS         | " +
-                                            sentence.substr(0, Moment::LONGEST_LINE - front) +
-                                            " ... (48 bytes more)");
+    EXPECT_EQ(texts.traceLine, "0000000000000102 00000000  GPS         | " +
+                                   sentence.substr(0, Moment::LONGEST_LINE - front) +
+                                   " ... (48 bytes more)");
+}
+
+TEST(MomentTest, CutsATraceLineWhereItIsToldTo) {
+    EXPECT_EQ(textsOfMessage(RMC, "", 50).traceLine,
+              "0000000000000102 00000000  GPS         | $GPRMC,12 ... (56 bytes more)");
 }
 
 // That of its fix, to the digit of the library's RDB text.
 TEST(MomentTest, HasThePositionAsTheRdbTextWritesIt) {
-    EXPECT_EQ(settledMoment(RMC, GGA).texts().position, "48°7.038 N, 11°31.000 W");
-    EXPECT_EQ(settledMoment(GGA).texts().position, "48°7.044 S, 11°31.009 E");
+    EXPECT_EQ(textsOfMessage(RMC, GGA).position, "48°7.038 N, 11°31.000 W");
+    EXPECT_EQ(textsOfMessage(GGA).position, "48°7.044 S, 11°31.009 E");
 }
 
 TEST(MomentTest, HasAPositionWithoutSatellites) {
     const std::string none = "$GPGGA,123519,4807.044,S,01131.009,E,1,00,0.9,545.4,M,46.9,M,,";
-    EXPECT_EQ(settledMoment(none).texts().position, "48°7.044 S, 11°31.009 E");
+    EXPECT_EQ(textsOfMessage(none).position, "48°7.044 S, 11°31.009 E");
 }
 
 TEST(MomentTest, HasNoPositionThatIsNotValid) {
-    EXPECT_EQ(settledMoment("$GPRMC,123519,V,4807.038,N,01131.000,E,,,230394,,").texts().position,
-              "");
+    EXPECT_EQ(textsOfMessage("$GPRMC,123519,V,4807.038,N,01131.000,E,,,230394,,").position, "");
 }
 
 TEST(MomentTest, WritesPositionsOfAllHemispheres) {

@@ -34,12 +34,12 @@ TEST(PageTest, HasAPlaceForEachOfItsTexts) {
     page.notes = {"<note>"};
     page.facts = {{"<name>", "<value>", "<detail>", true}};
     page.track = "<svg>";
-    page.thinned = {"<thinned>"};
+    page.extent = "<extent>";
     page.sentences = {{"<code>", "<count>", "<wrong>", "<first>", "<last>", true}};
     page.sentencesLeftOut = "<rest>";
     page.data = "[1]";
     const std::string text = page.text();
-    for (const std::string name : {"title", "span", "note", "name", "value", "detail", "thinned",
+    for (const std::string name : {"title", "span", "note", "name", "value", "detail", "extent",
                                    "code", "count", "wrong", "first", "last", "rest"}) {
         EXPECT_TRUE(holds(text, "&lt;" + name + "&gt;")) << name;
     }

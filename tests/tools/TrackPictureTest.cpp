@@ -1,25 +1,32 @@
 #include "tools/report/TrackPicture.h"
 
-#include <fmt/core.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <regex>
 #include <string>
+#include <vector>
+
+#include "drawnDrives.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;
 
 namespace {
 
-using Points = std::vector<TrackPoint>;
+using Fixes = std::vector<Fix>;
 
-TrackPoint at(double latitude, double longitude, std::optional<double> speed = std::nullopt) {
-    return {latitude, longitude, speed, false};
+Fix at(double latitude, double longitude, std::optional<double> speed = std::nullopt) {
+    return placeAt(latitude, longitude, speed);
 }
 
-TrackPoint behindGap(double latitude, double longitude) {
-    return {latitude, longitude, std::nullopt, true};
+// Each gap is longer than the one that is allowed.
+Fixes withGaps(Fixes fixes, const std::vector<size_t>& behindGaps) {
+    for (const size_t first : behindGaps) {
+        for (size_t i = first; i < fixes.size(); ++i) {
+            fixes[i].stamp += 10'000'000'000;
+        }
+    }
+    return fixes;
 }
 
 bool holds(const std::string& text, const std::string& part) {
@@ -31,37 +38,30 @@ std::string found(const std::string& text, const std::string& pattern) {
     return std::regex_search(text, match, std::regex(pattern)) ? match[1].str() : "";
 }
 
-// The lengths of a kilometre to the north and to the east, in units of the picture.
-void expectEqualScales(double latitude, double longitude) {
-    constexpr double METRES_OF_DEGREE = 111195;
-    const double north = 1000 / METRES_OF_DEGREE;
-    const double east = north / std::cos(latitude * 3.14159265358979 / 180);
-    const Points points = {at(latitude, longitude), at(latitude + north, longitude + east)};
-    const TrackPicture picture(points);
-    const auto [x0, y0] = picture.spot(latitude, longitude);
-    const auto [x1, y1] = picture.spot(latitude + north, longitude + east);
-    EXPECT_NEAR(x1 - x0, y0 - y1, (x1 - x0) * 0.002);
-    EXPECT_GT(x1, x0);
-    EXPECT_LT(y1, y0);
-    EXPECT_NEAR((x1 - x0) * picture.metresPerUnit(), 1000, 10);
+std::string svgOf(const std::vector<Fixes>& drives, const std::string& description = "") {
+    const auto all = drawn(drives);
+    std::vector<uint64_t> counts;
+    for (const Fixes& fixes : drives) {
+        counts.push_back(fixes.size());
+    }
+    return TrackPicture(all, neighbourhoods(all, counts)).svg(description);
+}
+
+std::string legendOf(const Fixes& fixes) {
+    const auto all = drawn({fixes});
+    return TrackPicture(all, {0}).speedLegend();
 }
 
 }  // namespace
 
-TEST(TrackPictureTest, HasTheSameScaleInBothDirections) {
-    expectEqualScales(0, 0);
-    expectEqualScales(48, 11);
-    expectEqualScales(-33, 151);
-    expectEqualScales(69, -179.99);
-}
-
 TEST(TrackPictureTest, FitsTheTrackIntoThePicture) {
-    for (const Points& points :
-         {Points{at(48, 11), at(48.5, 11.01)}, Points{at(48, 11), at(48.01, 12)},
-          Points{at(-89.9, 0), at(89.9, 400)}, Points{at(48, 11)}}) {
-        const TrackPicture picture(points);
-        for (const TrackPoint& point : points) {
-            const auto [x, y] = picture.spot(point.latitude, point.longitude);
+    for (const Fixes& fixes : {Fixes{at(48, 11), at(48.5, 11.01)}, Fixes{at(48, 11), at(48.01, 12)},
+                               Fixes{at(-89.9, 0), at(89.9, 40)}, Fixes{at(48, 11)}}) {
+        const std::string svg = svgOf({fixes});
+        for (const std::string end : {"start0", "end0"}) {
+            const std::string place = "id=\"" + end + "\"[^>]*translate\\(";
+            const int x = std::stoi(found(svg, place + "(-?\\d+) "));
+            const int y = std::stoi(found(svg, place + "-?\\d+ (-?\\d+)\\)"));
             EXPECT_GE(x, 600);
             EXPECT_LE(x, TrackPicture::WIDTH - 600);
             EXPECT_GE(y, 600);
@@ -70,62 +70,53 @@ TEST(TrackPictureTest, FitsTheTrackIntoThePicture) {
     }
 }
 
-TEST(TrackPictureTest, CrossesThe180thMeridianWithoutAJump) {
-    const Points points = {at(-17, 179.999), at(-17, continued(-179.999, 179.999))};
-    const TrackPicture picture(points);
-    EXPECT_NEAR(
-        (picture.spot(-17, 180.001).x - picture.spot(-17, 179.999).x) * picture.metresPerUnit(),
-        213, 1);
-}
-
 TEST(TrackPictureTest, DrawsLinesGapsAndSinglePoints) {
-    const Points points = {at(48, 11),
-                           at(48, 11.001),
-                           at(48.001, 11.001),
-                           behindGap(48, 11.002),
-                           behindGap(48, 11.003),
-                           at(48, 11.004)};
-    const TrackPicture picture(points);
-    const auto spot = [&](size_t i) {
-        return picture.spot(points[i].latitude, points[i].longitude);
-    };
-    const auto text = [&](size_t i) { return fmt::format("{} {}", spot(i).x, spot(i).y); };
-    const auto right = [&](size_t i) { return spot(i).x - spot(i - 1).x; };
-    const std::string svg = picture.svg("");
-    EXPECT_EQ(found(svg, "id=\"line1\" d=\"([^\"]*)\""),
-              fmt::format("M{}l{} 0 0{}M{}l0 0M{}l{} 0", text(0), right(1), spot(2).y - spot(1).y,
-                          text(3), text(4), right(5)));
+    const std::string svg = svgOf({withGaps(
+        {at(0, 11), at(0, 11.001), at(0.001, 11.001), at(0, 11.002), at(0, 11.003), at(0, 11.004)},
+        {3, 4})});
+    // Four thousandths of a degree are 10,000 units; north is up.
+    EXPECT_EQ(found(svg, "id=\"line0-1\" d=\"([^\"]*)\""),
+              "M0 2500l2500 0 0-2500M5000 2500l0 0M7500 2500l2500 0");
     EXPECT_EQ(found(svg, "class=\"stroke gap\" d=\"([^\"]*)\""),
-              fmt::format("M{}L{}M{}L{}", text(2), text(3), text(3), text(4)));
+              "M2500 0L5000 2500M5000 2500L7500 2500");
     EXPECT_TRUE(holds(svg, "class=\"unknown\""));
-    EXPECT_EQ(picture.legend(), "");
+    EXPECT_EQ(legendOf({at(48, 11)}), "");
 }
 
 TEST(TrackPictureTest, ColoursAPieceByItsFasterEnd) {
-    const Points points = {at(48, 11, 10), at(48, 11.001, 130), at(48, 11.002, 10),
-                           at(48, 11.003, 10)};
-    const TrackPicture picture(points);
-    const std::string svg = picture.svg("");
-    const auto x = [&](size_t i) { return picture.spot(48, points[i].longitude).x; };
-    EXPECT_EQ(found(svg, "id=\"line6\" d=\"M(\\d+) "), std::to_string(x(0)));
-    EXPECT_EQ(found(svg, "id=\"line0\" d=\"M(\\d+) "), std::to_string(x(2)));
-    EXPECT_TRUE(holds(svg, "<use href=\"#line0\" class=\"s0\"/>"));
-    EXPECT_TRUE(holds(svg, "<use href=\"#line6\" class=\"s7\"/>"));
-    EXPECT_TRUE(holds(picture.legend(), "s7\"></span>120 to 140</li>"));
+    const Fixes fixes = {at(0, 11, 10), at(0, 11.001, 130), at(0, 11.002, 10), at(0, 11.004, 10)};
+    const std::string svg = svgOf({fixes});
+    EXPECT_EQ(found(svg, "id=\"line0-6\" d=\"M(\\d+) "), "0");
+    EXPECT_EQ(found(svg, "id=\"line0-0\" d=\"M(\\d+) "), "5000");
+    EXPECT_TRUE(holds(svg, "<use href=\"#line0-0\" class=\"s0\"/>"));
+    EXPECT_TRUE(holds(svg, "<use href=\"#line0-6\" class=\"s7\"/>"));
+    EXPECT_TRUE(holds(legendOf(fixes), "s7\"></span>120 to 140</li>"));
 }
 
-TEST(TrackPictureTest, ExplainsDashedLinesWhereThereAreSome) {
-    const Points line = {at(48, 11, 10), at(48, 11.001, 20)};
-    EXPECT_FALSE(holds(TrackPicture(line).legend(), "dashed"));
-    Points withGap = line;
-    withGap[1].followsGap = true;
-    EXPECT_TRUE(holds(TrackPicture(withGap).legend(), "dashed\"></span>no fix</li>"));
+TEST(TrackPictureTest, GivesEachOfSeveralDrivesAColourAndANumber) {
+    const std::string svg = svgOf({{at(48, 11, 10), at(48, 11.01, 130)}, {at(48, 11.02)}});
+    EXPECT_TRUE(holds(svg, "<use href=\"#line0-0\" class=\"d0 p0\"/>"));
+    EXPECT_TRUE(holds(svg, "<use href=\"#line1-1\" class=\"d1 p0\"/>"));
+    EXPECT_EQ(found(svg, "id=\"start1\".*>(.*)</text>"), "2");
+    EXPECT_FALSE(holds(svg, "Start"));
+    EXPECT_FALSE(holds(svg, "stroke gap"));
+    EXPECT_EQ(driveColour(9), "d1 p1");
+    EXPECT_EQ(driveColour(24), "d0 p0");
+}
+
+TEST(TrackPictureTest, TellsWhetherThereAreGaps) {
+    const auto hasGaps = [](const Fixes& fixes) {
+        const auto all = drawn({fixes});
+        return TrackPicture(all, {0}).hasGaps();
+    };
+    const Fixes line = {at(48, 11, 10), at(48, 11.001, 20)};
+    EXPECT_FALSE(hasGaps(line));
+    EXPECT_TRUE(hasGaps(withGaps(line, {1})));
 }
 
 TEST(TrackPictureTest, HasAScaleBarOfRoundLength) {
     const auto bar = [](double degrees) {
-        const Points points = {at(0, 0), at(0, degrees)};
-        return found(TrackPicture(points).svg(""), "id=\"scale-length\">([^<]*)<");
+        return found(svgOf({{at(0, 0), at(0, degrees)}}), "id=\"scale-length\">([^<]*)<");
     };
     EXPECT_EQ(bar(0), "5 m");
     EXPECT_EQ(bar(0.01), "200 m");
@@ -134,9 +125,32 @@ TEST(TrackPictureTest, HasAScaleBarOfRoundLength) {
 }
 
 TEST(TrackPictureTest, DescribesItself) {
-    const Points points = {at(48, 11)};
-    EXPECT_TRUE(
-        holds(TrackPicture(points).svg("\"A\" drive"), "aria-label=\"&quot;A&quot; drive\""));
+    EXPECT_TRUE(holds(svgOf({{at(48, 11)}}, "\"A\" drive"), "aria-label=\"&quot;A&quot; drive\""));
+}
+
+TEST(TrackPictureTest, ShowsNeighboursTogether) {
+    const Fixes town = {at(48, 11), at(48.01, 11.01)};
+    const Fixes road = {at(48.1, 11.1), at(48.2, 11.1), at(48.2, 11.2)};
+    const Fixes overseas = {at(-33, 151), at(-33, 151.01)};
+    const Fixes also = {at(-33.01, 151)};
+    const Fixes none = {Fix()};
+    const auto groups = [](const std::vector<Fixes>& drives, const std::vector<uint64_t>& counts) {
+        return neighbourhoods(drawn(drives), counts);
+    };
+    using Groups = std::vector<size_t>;
+    EXPECT_EQ(groups({town, overseas, road, also}, {9, 8, 7, 6}), (Groups{0, 1, 0, 1}));
+    EXPECT_EQ(groups({town, overseas, road, also}, {7, 8, 6, 9}), (Groups{1, 0, 1, 0}));
+    EXPECT_EQ(groups({none, town}, {5, 5}), (Groups{0, 0}));
+    EXPECT_EQ(groups({{at(-17, 179.999)}, {at(-17, -179.999)}}, {1, 1}), (Groups{0, 0}));
+}
+
+TEST(TrackPictureTest, BeginsWithTheFirstNeighbourhood) {
+    const Fixes town = {at(48, 11), at(48.01, 11)};
+    const Fixes overseas = {at(-33, 151), at(-33.01, 151)};
+    const auto all = drawn({town, overseas});
+    const std::string svg = TrackPicture(all, {1, 0}).svg("");
+    EXPECT_EQ(found(svg, "id=\"start1\"[^>]*translate\\(\\d+ (\\d+)\\)"), "700");
+    EXPECT_EQ(found(svg, "id=\"end1\"[^>]*translate\\(\\d+ (\\d+)\\)"), "6300");
 }
 
 TEST(TrackPictureTest, DividesSpeedsByRoundSteps) {

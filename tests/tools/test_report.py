@@ -6,6 +6,7 @@ import os
 import pty
 import re
 import resource
+import signal
 import subprocess
 
 import pytest
@@ -80,10 +81,13 @@ def lasting(seconds):
 
 
 def expect_what_info_says(vextrace, *traces):
-    info = json.loads(vextrace("info", "--json", *traces).stdout)["all"]
+    infos = json.loads(vextrace("info", "--json", *traces).stdout)
+    info = infos["all"]
     page = vextrace("report", *traces).stdout
     facts = facts_of(page)
-    assert facts["Distance"] == (distance(info["distance_m"]), "")
+    across = info["distance_across_gaps_m"]
+    assert facts["Distance"] == (distance(info["distance_m"]),
+                                 f"{distance(across)} more across gaps" if across else "")
     speed = info["highest_speed_kmh"]
     assert facts["Highest speed"][0] == ("none" if speed is None else f"{speed:.1f} km/h")
     low, high = info["altitude_m"]["lowest"], info["altitude_m"]["highest"]
@@ -98,8 +102,10 @@ def expect_what_info_says(vextrace, *traces):
         assert facts["Satellites"] == (" to ".join(map(str, span)), "median %g" % satellites["median"])
     fixes = info["fixes"]
     wrong = fixes["wrong_checksum"]
-    assert facts["Fixes"] == (grouped(fixes["valid"]), "valid; " + grouped(fixes["not_valid"]) +
-                              " not valid" + (f", {wrong} with a wrong checksum" if wrong else ""))
+    assert facts["Fixes"] == (
+        grouped(fixes["valid"] + fixes["not_valid"]),
+        f"{fixes['valid']:,} valid, {fixes['not_valid']:,} not" +
+        (f"; {wrong} more with a wrong checksum" if wrong else ""))
     assert facts["Messages"] == (grouped(info["messages"]["gps"]),
                                  grouped(info["messages"]["other"]) + " of other types")
     sentences = info["sentences"]
@@ -114,15 +120,20 @@ def expect_what_info_says(vextrace, *traces):
         assert facts["Duration"] == ("none", "")
         return
     begin, end = (time[name].replace("T", " ").removesuffix("Z") for name in ["first", "last"])
-    if time["last_ns"]:
+    if time["last_ns"] >= 365 * 86400 * SECOND:
         assert (f"<p>{begin} to {end} UTC</p>" if begin[:10] != end[:10]
                 else f"<p>{begin} to {end[11:]} UTC</p>") in page.decode()
+    times = [each["time"] for each in infos["files"] if each["time"]["first_ns"] is not None]
     assert lasting(facts["Duration"][0]) == pytest.approx(
-        (time["last_ns"] - time["first_ns"]) / SECOND, abs=0.51)
-    gaps = facts["Duration"][1]
-    assert gaps.split(" ")[0] == (grouped(info["gaps"]["count"]) if info["gaps"]["count"] else "no")
+        sum(each["last_ns"] - each["first_ns"] for each in times) / SECOND, abs=0.51)
+    gaps = facts["Duration"][1].split("; ")
+    if len(traces) > 1:
+        assert gaps.pop(0) == f"sum of {len(traces)} drives"
+    assert gaps[0].split(" ")[0] == (
+        grouped(info["gaps"]["count"]) if info["gaps"]["count"] else "no")
     if info["gaps"]["count"]:
-        assert lasting(gaps.split("longest ")[1]) == pytest.approx(info["gaps"]["longest_s"], abs=0.51)
+        assert lasting(gaps[0].split("longest ")[1]) == pytest.approx(info["gaps"]["longest_s"],
+                                                                      abs=0.51)
 
 
 def test_says_what_info_says(vextrace, tmp_path):
@@ -161,14 +172,139 @@ def test_writes_no_page_of_what_is_no_trace(vextrace, tmp_path):
     assert os.listdir(tmp_path) == ["log.nmea"]
 
 
-def test_takes_several_traces_as_one_drive(vextrace, tmp_path):
+def drives_of(page):
+    """The list of drives."""
+    return [html.unescape(re.sub(r"<[^>]*>", "", entry)) for entry in re.findall(
+        r'<li><span class="swatch d\d p\d"></span>(.*?)</li>', page.decode())]
+
+
+def test_takes_each_trace_for_a_drive(vextrace, tmp_path):
     names = [put(tmp_path, f"{i}.trace", fix(10 * i) + fix(10 * i + 1)) for i in (2, 0, 1)]
-    data = data_of(vextrace("report", *names).stdout)
-    assert data["traces"] == ["0.trace", "1.trace", "2.trace"]
-    assert data["trace"] == [0, 0, 1, 1, 2, 2]
+    page = vextrace("report", *names).stdout
+    data = data_of(page)
+    assert [(drive["name"], drive["count"], drive["first"]) for drive in data["drives"]] == [
+        (f"{i}.trace", 2, str(NOON + 10 * i * SECOND)) for i in (2, 0, 1)]
     assert data["message"] == [1, 2] * 3
-    assert data["steps"] == [0, 1, 9, 1, 9, 1] and data["unit"] == str(SECOND)
-    assert data["breaks"] == [[2, 63], [4, 63]]
+    assert data["steps"] == [0, 1] * 3 and data["unit"] == str(SECOND)
+    assert data["breaks"] == []
+    # 1/1000 minute of latitude and a second each.
+    assert drives_of(page) == [
+        f"{n}: {i}.trace 1994-03-23 12:00:{10 * i:02} to 12:00:{10 * i + 1:02} UTC, 1 s, 2 m, "
+        "start in an online map" for n, i in [(1, 2), (2, 0), (3, 1)]]
+
+
+def test_names_the_time_between_drives_and_counts_it_nowhere(vextrace, tmp_path):
+    put(tmp_path, "a.trace", b"".join(fix(i) for i in range(11)))
+    put(tmp_path, "b.trace", b"".join(fix(i) for i in range(3600, 3611)))
+    facts = facts_of(vextrace("report", "a.trace", "b.trace").stdout)
+    assert facts["Duration"] == ("20 s", "sum of 2 drives; no gap over 5 s between messages; "
+                                 "59 min 50 s between the drives")
+    assert facts["Moving"] == ("20 s", "2 km/h or more")
+    # Even where the gap is allowed.
+    facts = facts_of(vextrace("report", "--gap", "100000", "a.trace", "b.trace").stdout)
+    assert facts["Moving"] == ("20 s", "2 km/h or more")
+
+
+def undated(seconds):
+    """As of a receiver that has not learnt the date: the stamp is a time of day."""
+    time = "0000%02d" % seconds
+    return message(seconds * SECOND, sentence(
+        f"GPRMC,{time},A,4807.{seconds:03},N,01131.000,E,022.4,084.4,,,,A".encode()))
+
+
+def test_takes_traces_without_a_date(vextrace, tmp_path):
+    put(tmp_path, "a.trace", b"".join(undated(i) for i in range(1, 7)))
+    put(tmp_path, "b.trace", b"".join(undated(i) for i in range(31, 37)))
+    page = vextrace("report", "--gap", "100", "a.trace", "b.trace").stdout
+    facts = facts_of(page)
+    assert facts["Duration"][0] == "10 s" and facts["Moving"][0] == "10 s"
+    assert "No date is known." in text_of(page) and "1970" not in text_of(page).replace(
+        "12 messages have no date: their times count from 1970-01-01.", "")
+    assert drives_of(page)[1] == "2: b.trace no date, 5 s, 9 m, start in an online map"
+    assert "12 messages have no date" in text_of(page)
+    data = data_of(page)
+    assert [drive["first"] for drive in data["drives"]] == [str(SECOND), str(31 * SECOND)]
+    assert data["steps"] == [0, 1, 1, 1, 1, 1] * 2 and data["breaks"] == []
+
+
+def test_draws_a_hundred_drives_and_tells_of_more(vextrace, tmp_path):
+    names = [put(tmp_path, f"{i}.trace", fix(i)) for i in range(102)]
+    page = vextrace("report", *names).stdout
+    assert len(drives_of(page)) == len(data_of(page)["drives"]) == 100
+    assert facts_of(page)["Fixes"][0] == "102"
+    assert ("The first 100 of 102 drives are drawn; the numbers are those of all. 100 of the 102 "
+            "fixes are drawn") in text_of(page)
+    assert "are drawn; the numbers" not in text_of(vextrace("report", *names[:100]).stdout)
+
+
+def test_tells_the_number_of_fixes_once(vextrace, tmp_path):
+    invalid = message(NOON, sentence(b"GPRMC,120000,V,,,,,,,230394,,,N"))
+    same = [message(NOON, sentence(
+        f"GPRMC,12000{i},A,4807.038,N,01131.000,E,{i},084.4,230394,,,A".encode())) for i in (7, 8, 9)]
+    put(tmp_path, "drive.trace", fix(0) + b"".join(same) + invalid)
+    page = vextrace("report", "drive.trace").stdout
+    assert facts_of(page)["Fixes"] == ("5", "4 valid, 1 not")
+    assert "All 5 fixes are drawn." in text_of(page) and len(data_of(page)["steps"]) == 5
+    put(tmp_path, "long.trace", b"".join(fix(i, i % 90) for i in range(9000)))
+    page = vextrace("report", "long.trace").stdout
+    drawn = len(data_of(page)["steps"])
+    assert 2000 < drawn < 9000
+    assert (f"{drawn:,} of the 9,000 fixes are drawn, and with them every peak and every gap that a "
+            "screen can show; ") in text_of(page)
+    assert re.findall(r"(\d\S*) fix", text_of(page)) == ["9,000"]
+
+
+@pytest.mark.parametrize("way", ["pipe", "file", "fifo"])
+def test_reads_what_can_be_read_once(vextrace, tmp_path, way):
+    trace = b"".join(fix(i) for i in range(2000)) + b"\xff" * 9
+    put(tmp_path, "a.trace", trace)
+    folder = tmp_path / "temporary"
+    folder.mkdir()
+    environment = {**os.environ, "TMPDIR": str(folder)}
+    name = "standard input"
+    if way == "pipe":
+        done = vextrace("report", "-", input=trace, env=environment)
+    elif way == "file":
+        with open(tmp_path / "a.trace", "rb") as file:
+            done = vextrace("report", "-", stdin=file, env=environment)
+    else:
+        name = "fifo"
+        os.mkfifo(tmp_path / name)
+        with subprocess.Popen(["sh", "-c", "cat a.trace > fifo"], cwd=tmp_path):
+            done = vextrace("report", name, env=environment)
+    assert done.returncode == 1
+    assert done.stdout.replace(name.encode(), b"a.trace") == vextrace("report", "a.trace").stdout
+    assert os.listdir(folder) == []
+
+
+def test_tells_where_there_is_no_room_for_what_is_read_once(vextrace, tmp_path):
+    environment = {**os.environ, "TMPDIR": str(tmp_path)}
+
+    def limit_files():
+        resource.setrlimit(resource.RLIMIT_FSIZE, (100000, 100000))
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+
+    done = vextrace("report", "-o", "drive.html", "-", input=b"".join(map(fix, range(3000))),
+                    env=environment, preexec_fn=limit_files)
+    assert done.returncode == 1
+    assert done.stderr.decode() == (
+        f"vextrace: standard input: cannot be kept in a temporary file in {tmp_path}: "
+        "File too large\n")
+    assert os.listdir(tmp_path) == []
+
+
+def test_draws_what_was_there_when_it_was_counted(vextrace, tmp_path):
+    """The first trace grows while the second is awaited, between its two readings."""
+    trace = b"".join(fix(i) for i in range(100))
+    put(tmp_path, "grown.trace", trace)
+    os.mkfifo(tmp_path / "fifo")
+    with subprocess.Popen([vextrace.program, "report", "grown.trace", "fifo"], cwd=tmp_path,
+                          stdout=subprocess.PIPE) as reporter:
+        with open(tmp_path / "fifo", "wb") as second, open(tmp_path / "grown.trace", "ab") as first:
+            second.write(trace)
+            first.write(trace)
+        page = reporter.stdout.read()
+    assert [drive["count"] for drive in data_of(page)["drives"]] == [100, 100]
 
 
 def test_numbers_messages_as_show_does(vextrace, tmp_path):
@@ -183,7 +319,7 @@ def test_shows_a_part_of_the_time(vextrace, tmp_path):
     put(tmp_path, "drive.trace", b"".join(fix(i) for i in range(10)))
     page = vextrace("report", "--from", "1994-03-23T12:00:03", "--until", "1994-03-23T12:00:05Z",
                     "drive.trace").stdout
-    assert data_of(page)["first"] == str(NOON + 3 * SECOND)
+    assert data_of(page)["drives"][0]["first"] == str(NOON + 3 * SECOND)
     assert len(data_of(page)["steps"]) == 3
     assert ("Only a part of the time was asked for, from 1994-03-23 12:00:03 UTC, up to 1994-03-23 "
             "12:00:05 UTC.") in text_of(page)

@@ -11,10 +11,12 @@
 #include "tools/commands/commands.h"
 #include "tools/io/FileStatus.h"
 #include "tools/io/OutputFile.h"
+#include "tools/io/Spool.h"
 #include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
-#include "tools/report/Drive.h"
 #include "tools/report/Page.h"
+#include "tools/report/Pictures.h"
+#include "tools/report/Survey.h"
 #include "tools/report/headText.h"
 #include "tools/report/shownTexts.h"
 #include "tools/trace/Summary.h"
@@ -27,40 +29,48 @@ namespace {
 // Of the page.
 constexpr size_t MOST_BYTES = 1'990'000;
 constexpr size_t BYTES_OF_TRACK = 400'000;
-constexpr size_t BYTES_OF_NOTES = 2'000;  // on what is left out
 
+// Reads the traces twice: what stands in them is told, and what must be known of the drives; then
+// they are drawn.
 class Report : public TraceVisitor {
 public:
     explicit Report(const ReportCommand& given);
 
     int run();
 
+    ByteSource& sourceOf(InputFile& input, const std::string& path) override;
     void beginTrace(const std::string& path) override;
-    void addMessage(const TraceItem& message, uint64_t number) override;
+    void addMessage(const TraceItem& message, uint64_t) override { survey.add(message); }
     void addDamage(const TraceItem& damage) override;
     void addFailure(const std::string& reason) override { damageNotes.add(shortName(reason)); }
-    void endTrace(uint64_t bytes) override;
+    void endTrace(uint64_t bytes) override { survey.endTrace(bytes); }
 
 private:
-    Page page();
+    // How a trace is read again.
+    struct Again {
+        std::string path;
+        std::unique_ptr<Spool> spool;  // of what cannot be opened again
+    };
+
+    Page page() const;
     void addPictures(Page& page);
+    Pictures pictures(uint64_t precision);
+    void draw(size_t trace, Drawing& drawing);
+    void drawItems(ByteSource& source, uint64_t end, Drawing& drawing);
 
     const ReportCommand& options;
     const Span span;
-    Summary summary;
+    Survey survey;
     OutputFile output;
-    FixReader fixes;
-    Drive drive;
-    std::vector<TraceFile> files;
+    std::vector<Again> inputs;
     DamageNotes damageNotes;
 };
 
 Report::Report(const ReportCommand& given)
     : options(given),
       span(spanArgument(given.from, given.until)),
-      summary(secondsArgument("--gap", given.gap)),
-      output(given.output, given.force, inputStatuses(given.traces)),
-      drive(summary.gapLimit()) {
+      survey(secondsArgument("--gap", given.gap)),
+      output(given.output, given.force, inputStatuses(given.traces)) {
     if (given.output == "-" && outputIsTerminal()) {
         throw UsageError(
             "-o: name a file for the page, such as drive.html; it is not for a terminal");
@@ -70,43 +80,37 @@ Report::Report(const ReportCommand& given)
 int Report::run() {
     const Walked walked = walkTraces({options.traces, span}, *this);
     if (walked.foundTrace) {
-        output.write(page().text());
+        Page whole = page();
+        addPictures(whole);
+        output.write(whole.text());
         output.commit();
     }
     return walked.status;
 }
 
-void Report::beginTrace(const std::string& path) {
-    files.push_back({shortName(shownName(path)), 0});
+// Standard input would be at its end when it is opened again.
+ByteSource& Report::sourceOf(InputFile& input, const std::string& path) {
+    inputs.push_back({path, nullptr});
+    if (path != "-" && input.size()) {
+        return input;
+    }
+    inputs.back().spool = std::make_unique<Spool>(input, input.name());
+    return *inputs.back().spool;
 }
 
-void Report::addMessage(const TraceItem& message, uint64_t number) {
-    if (message.kind != TraceItem::Kind::GPS) {
-        summary.add(message, std::nullopt);
-        return;
-    }
-    const std::optional<Fix> fix = fixes.read(*message.gps);
-    summary.add(message, fix);
-    if (fix) {
-        drive.add(*fix, std::make_unique<GPSTraceMessage>(message.gps->message()), number,
-                  files.size() - 1);
-    }
+void Report::beginTrace(const std::string& path) {
+    survey.beginTrace(shortName(shownName(path)));
 }
 
 void Report::addDamage(const TraceItem& damage) {
-    summary.add(damage, std::nullopt);
-    damageNotes.add(files.back().name, damage);
+    survey.add(damage);
+    damageNotes.add(survey.traces().back().name, damage);
 }
 
-void Report::endTrace(uint64_t bytes) {
-    summary.endTrace();
-    fixes.endTrace();
-    files.back().bytes = bytes;
-}
-
-Page Report::page() {
+Page Report::page() const {
+    const Summary& summary = survey.summary();
     Page page;
-    page.title = titleOf(files);
+    page.title = titleOf(survey.traces());
     page.span = spanOf(summary);
     page.notes = damageNotes.texts();
     const std::vector<std::string> notes = notesOf(summary);
@@ -117,25 +121,67 @@ Page Report::page() {
                         options.from.empty() ? "" : ", from " + shownUtc(span.from),
                         options.until.empty() ? "" : ", up to " + shownUtc(span.until)));
     }
-    page.facts = factsOf(summary, files);
+    page.facts = factsOf(summary, survey.traces());
     page.sentences = rowsOf(summary.sentences);
     page.sentencesLeftOut = furtherCodes(summary.sentences);
-    addPictures(page);
     return page;
 }
 
-// They take what the rest of the page leaves.
+// They take what the rest of the page leaves. How many bytes they have is known when they are
+// drawn; hardly ever they are too many, and are drawn again.
 void Report::addPictures(Page& page) {
-    std::vector<std::string> names;
-    for (const TraceFile& file : files) {
-        names.push_back(file.name);
+    const size_t room = MOST_BYTES - page.text().size();
+    uint64_t precision = Drawing::precisionFor(survey, room - BYTES_OF_TRACK);
+    Pictures drawn = pictures(precision);
+    while (drawn.track.size() + drawn.data.size() > room && precision > 0) {
+        precision /= 2;
+        drawn = pictures(precision);
     }
-    const size_t rest = page.text().size() + BYTES_OF_NOTES;
-    Drive::Pictures pictures =
-        drive.pictures(names, BYTES_OF_TRACK, MOST_BYTES - BYTES_OF_TRACK - rest);
-    page.track = std::move(pictures.track);
-    page.data = std::move(pictures.data);
-    page.thinned = std::move(pictures.leftOut);
+    page.track = std::move(drawn.track);
+    page.data = std::move(drawn.data);
+    page.extent = std::move(drawn.extent);
+}
+
+Pictures Report::pictures(uint64_t precision) {
+    Drawing drawing(survey, precision);
+    for (size_t i = 0; i < inputs.size() && drawing.beginTrace(); ++i) {
+        draw(i, drawing);
+        drawing.endTrace();
+    }
+    return drawing.finish(BYTES_OF_TRACK);
+}
+
+void Report::draw(size_t trace, Drawing& drawing) {
+    const uint64_t end = survey.traces()[trace].bytes;
+    const Again& again = inputs[trace];
+    if (again.spool) {
+        again.spool->rewind();
+        drawItems(*again.spool, end, drawing);
+    } else {
+        InputFile input(again.path);
+        drawItems(input, end, drawing);
+    }
+}
+
+// A file may have grown meanwhile. Where it cannot be read on it was told.
+void Report::drawItems(ByteSource& source, uint64_t end, Drawing& drawing) {
+    TraceReader reader(source);
+    FixReader fixes;
+    uint64_t number = 0;
+    try {
+        for (TraceItem item = reader.next();
+             item.kind != TraceItem::Kind::END && item.offset + item.length <= end;
+             item = reader.next()) {
+            number += item.kind == TraceItem::Kind::DAMAGE ? 0 : 1;
+            const bool isChosen = item.gps != nullptr && span.holds(item.gps->getTimeStamp());
+            const auto fix = isChosen ? fixes.read(*item.gps) : std::nullopt;
+            if (fix && isDrawn(*fix)) {
+                drawing.add(*fix, item.bytes, number);
+            }
+        }
+    } catch (const ReadError&) {
+        return;
+    }
 }
 
 }  // namespace

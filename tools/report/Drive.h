@@ -1,52 +1,77 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "libvextrace/GPSTraceMessage.h"
-#include "tools/report/Series.h"
+#include "tools/report/Frame.h"
+#include "tools/report/Moment.h"
+#include "tools/report/Outline.h"
+#include "tools/report/Stretches.h"
 #include "tools/report/Track.h"
+#include "tools/trace/Path.h"
 
 namespace vextrace::tools {
 
-/// The pictures of a drive: its fixes over time and the way it took, in bounded memory.
-class Drive {
+/// Tells which stretch a fix belongs to: fixes and recorded time are divided alike, so that neither
+/// a long time nor many fixes fall into one.
+class Division {
 public:
-    /// \param gap  nanoseconds; lines are open where fixes are farther apart
-    explicit Drive(timeStamp_t gap);
+    /// \param drives  all that will be divided
+    /// \param most    fixes that have a stretch each; where there are more, a fifth as many
+    ///                stretches are made, for of each some five fixes are kept
+    Division(const std::vector<Outline>& drives, uint64_t most);
 
-    /// Adds the fix of a message. One with a wrong checksum, or that repeats another, is passed
-    /// over.
-    /// \param number  of the message in its trace
-    /// \param trace   which one, counted from 0
-    void add(const Fix& fix, std::unique_ptr<GPSTraceMessage> message, uint64_t number,
-             size_t trace);
-
-    /// What the page shows of it.
-    struct Pictures {
-        std::string track;                 ///< HTML
-        std::string data;                  ///< JSON
-        std::vector<std::string> leftOut;  ///< what is not on the page, for people
-    };
-
-    /// Takes at most so many bytes for each. Precision is let go until they suffice.
-    /// \param traces  their names, as they are shown
-    Pictures pictures(const std::vector<std::string>& traces, size_t bytesOfTrack,
-                      size_t bytesOfData);
+    /// \param recorded  since the fix before
+    uint64_t next(timeStamp_t recorded);
 
 private:
-    void follow(Moment& moment);
-    void draw(Pictures& pictures, const std::vector<std::string>& traces, size_t bytesOfTrack,
-              size_t bytesOfData);
-    std::string drawnText(size_t drawn) const;
+    uint64_t fixes = 0;
+    double ofFix = 0;
+    double ofNanosecond = 0;
+    double position = 0;
+};
 
-    timeStamp_t gap;
-    Series series;
+/// A drive as it is drawn.
+struct DrawnDrive {
     Track track;
-    MomentPtr first, last;  ///< of the track
+    std::optional<Frame> frame;   ///< nothing where no fix is valid
+    std::vector<Moment> moments;  ///< in order of time
+    std::string start, end;       ///< place and time, for people
+    Fix first;                    ///< the first valid one
+};
+
+/// Draws a drive whose outline is known, in memory that depends on the precision alone.
+class Drive {
+public:
+    /// What may be drawn of it.
+    struct Limits {
+        size_t points;  ///< of the track
+        size_t line;    ///< bytes of a trace line
+    };
+
+    /// \param division  shared by all drives
+    Drive(const Outline& outline, Division& division, timeStamp_t gap, const Limits& limits);
+
+    /// \param message  in its byte-array form
+    /// \param number   of the message in its trace
+    void add(const Fix& fix, std::span<const uint8_t> message, uint64_t number);
+
+    /// To be called once, behind all fixes.
+    DrawnDrive finish();
+
+private:
+    void follow(const Follower::Step& step, Moment& moment, std::span<const uint8_t> message);
+
+    Division& division;
+    Follower follower;
+    Stretches stretches;
+    Path path;
+    DrawnDrive drawn;
+    Fix last;  // valid one
+    std::vector<uint8_t> lastMessage;
 };
 
 }  // namespace vextrace::tools

@@ -3,7 +3,6 @@
 #include <fmt/core.h>
 
 #include <cmath>
-#include <utility>
 
 #include "libvextrace/serialise.h"
 #include "tools/io/escape.h"
@@ -12,13 +11,13 @@ namespace vextrace::tools {
 
 namespace {
 
-std::string shownLine(const GPSTraceMessage& message) {
+std::string shownLine(const GPSTraceMessage& message, size_t longest) {
     const std::string line = static_cast<const MessageBase&>(message).toString();
-    if (line.size() <= Moment::LONGEST_LINE) {
+    if (line.size() <= longest) {
         return escaped(line);
     }
-    return fmt::format("{} ... ({} bytes more)", escaped(line.substr(0, Moment::LONGEST_LINE)),
-                       line.size() - Moment::LONGEST_LINE);
+    return fmt::format("{} ... ({} bytes more)", escaped(line.substr(0, longest)),
+                       line.size() - longest);
 }
 
 // The RDB text up to its altitude.
@@ -38,10 +37,6 @@ std::string placeOf(const GPSTraceMessage& message, const Fix& fix) {
                        : escaped(withoutAltitude(rdb));
 }
 
-Moment::Texts textsOf(const GPSTraceMessage& message, const Fix& fix) {
-    return {placeOf(message, fix), shownLine(message)};
-}
-
 std::string coordinateText(double degrees, char positive, char negative) {
     const double size = std::fabs(degrees);
     const double whole = std::floor(size);
@@ -51,36 +46,11 @@ std::string coordinateText(double degrees, char positive, char negative) {
 
 }  // namespace
 
-Moment::Moment(Fix ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
-               size_t ofTrace)
-    : fix(std::move(ofFix)), number(ofNumber), trace(ofTrace), message(std::move(ofMessage)) {}
-
-void Moment::settle() {
-    if (message) {
-        bytes = serialise(*message);
-        if (bytes.size() > LONGEST_LINE) {
-            ready = textsOf(*message, fix);
-            bytes = {};
-        }
-        message.reset();
-    }
-}
-
-size_t Moment::footprint() const {
-    return sizeof(Moment) + bytes.capacity() + ready.traceLine.capacity() +
-           ready.position.capacity();
-}
-
-Moment::Texts Moment::texts() const {
-    if (message) {
-        return textsOf(*message, fix);
-    }
-    if (bytes.empty()) {
-        return ready;
-    }
+Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix, size_t longest) {
     GPSTraceMessage::registerMessage();
-    const DecodedMessage decoded = MessageFactory::decode(bytes.data(), bytes.size());
-    return textsOf(dynamic_cast<const GPSTraceMessage&>(*decoded.message), fix);
+    const DecodedMessage decoded = MessageFactory::decode(message.data(), message.size());
+    const auto& gps = dynamic_cast<const GPSTraceMessage&>(*decoded.message);
+    return {placeOf(gps, fix), shownLine(gps, longest)};
 }
 
 std::string positionText(double latitude, double longitude) {

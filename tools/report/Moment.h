@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,45 +12,32 @@
 
 namespace vextrace::tools {
 
-/// A fix that can be pointed at on the page, with what is shown beside it.
-class Moment {
-public:
-    /// A longer trace line is cut: a page has room for thousands of ordinary ones.
-    static constexpr size_t LONGEST_LINE = 1500;
-
-    /// \param ofMessage  that the fix is of; kept until settle()
-    /// \param ofNumber   of the message in its trace
-    /// \param ofTrace    which one, counted from 0
-    Moment(Fix ofFix, std::unique_ptr<GPSTraceMessage> ofMessage, uint64_t ofNumber,
-           size_t ofTrace);
-
-    /// Keeps what the texts are made of, in as little memory as there may be many moments.
-    void settle();
-
-    /// Bytes of memory, once settled.
-    size_t footprint() const;
-
-    /// What is shown of the message.
+/// A fix that can be pointed at on the page.
+struct Moment {
+    /// What is shown of its message.
     struct Texts {
         std::string position;   ///< as the RDB text has it, without altitude; empty if not valid
         std::string traceLine;  ///< escaped
     };
 
-    /// Made when they are asked for, because most moments of a long drive are never shown.
-    Texts texts() const;
+    /// A longer trace line is cut: a page has room for thousands of ordinary ones.
+    static constexpr size_t LONGEST_LINE = 1500;
 
-    const Fix fix;
-    const uint64_t number;
-    const size_t trace;
-    double eastward = 0;  ///< its longitude, without a jump at the 180th meridian
-
-private:
-    std::unique_ptr<GPSTraceMessage> message;  ///< until settle()
-    std::vector<uint8_t> bytes;                ///< then its byte-array form
-    Texts ready;                               ///< or, where that is long, its texts
+    Fix fix;
+    uint64_t number = 0;  ///< of the message in its trace
+    double way = 0;       ///< metres from the first position of the drive
+    double x = 0, y = 0;  ///< in the drive's frame, where the fix is valid
+    /// Whether the line of a value (a bit each, 1 << Followed) begins anew here: behind a gap.
+    unsigned breaks = 0;
+    unsigned run = 0;  ///< counts up where time goes back
+    Texts texts;       ///< of those that are drawn
 };
 
-using MomentPtr = std::shared_ptr<Moment>;
+/// \param message  in its byte-array form, sound
+/// \param fix      its fix
+/// \param longest  bytes of the trace line; what is beyond is counted
+Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix,
+                      size_t longest = Moment::LONGEST_LINE);
 
 /// A position in the form of the RDB text: "48°7.038 N, 11°31.000 E".
 std::string positionText(double latitude, double longitude);

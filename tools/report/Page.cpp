@@ -26,14 +26,6 @@ std::string notesHtml(const std::vector<std::string>& notes) {
         "<div class=\"notes\" role=\"note\">\n<p>To be known:</p>\n<ul>\n{}</ul>\n</div>", items);
 }
 
-std::string thinnedHtml(const std::vector<std::string>& texts) {
-    std::string result;
-    for (const std::string& text : texts) {
-        result += fmt::format("<p class=\"thinned\">{}</p>\n", html(text));
-    }
-    return result;
-}
-
 std::string factsHtml(const std::vector<Fact>& facts) {
     std::string text;
     for (const Fact& fact : facts) {
@@ -104,7 +96,7 @@ std::string Page::text() const {
                                    {"notes", notesHtml(notes)},
                                    {"facts", factsHtml(facts)},
                                    {"track", track},
-                                   {"thinned", thinnedHtml(thinned)},
+                                   {"extent", html(extent)},
                                    {"sentences", sentencesHtml(*this)},
                                    {"data", data}});
 }

@@ -26,8 +26,8 @@ struct Page {
     std::string span;                ///< of time
     std::vector<std::string> notes;  ///< what somebody must know: damage, what was left out
     std::vector<Fact> facts;
-    std::string track;                 ///< HTML: the picture and what belongs to it
-    std::vector<std::string> thinned;  ///< what is left out of the pictures
+    std::string track;   ///< HTML: the picture and what belongs to it
+    std::string extent;  ///< how many fixes the pictures show
     std::vector<SentenceRow> sentences;
     std::string sentencesLeftOut;  ///< below the table; may be empty
     std::string data;              ///< of pageData(): JSON that is safe in HTML

@@ -1,60 +1,54 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <vector>
+
+#include "tools/report/Frame.h"
 
 namespace vextrace::tools {
 
-/// A corner of the track.
-struct TrackPoint {
-    double latitude;              ///< degrees
-    double longitude;             ///< degrees, without a jump at the 180th meridian: may exceed 180
-    std::optional<double> speed;  ///< km/h
-    bool followsGap;              ///< no line of fixes leads here
-};
-
-/// The longitude that is the same place as \p longitude and nearest to \p before.
-double continued(double longitude, double before);
-
-/// The way of a drive, thinned to what can be seen in a picture of it, in bounded memory. While
-/// there are few points all are kept. Then those are left out that lie on the straight line between
-/// their neighbours, or nearly so, measured by the size of the whole picture, and whose speed does
-/// not change the colour.
+/// The way of a drive, without the points that lie on the straight line between their neighbours,
+/// or nearly so, and whose speed does not change the colour.
 class Track {
 public:
-    /// A thousandth of the picture's width is about a point of a screen.
-    static constexpr double FINEST = 1.0 / 4000;
+    /// A point of a screen is ten units or more of a picture that is not zoomed.
+    static constexpr double FINEST = 1;
     /// Colours are about an eighth of the highest speed apart.
     static constexpr double FINEST_SPEED = 1.0 / 64;
 
-    /// \param mostPoints  kept; another number for tests
-    explicit Track(size_t mostPoints = 40000) : limit(mostPoints) {}
+    /// \param fastest     km/h, of the drive
+    /// \param mostPoints  kept; where there would be more, more is left out
+    Track(double fastest, size_t mostPoints);
 
-    /// \param longitude  as continued() from the point before
     void add(const TrackPoint& point);
 
-    /// Leaves out what can be seen a little, at half the precision as the last time. Nothing
-    /// happens to a track of two points.
+    /// Leaves out what can be seen a little, at half the precision as before.
     void coarsen();
 
+    /// The last point among them.
     const std::vector<TrackPoint>& points() const { return kept; }
 
-    /// Points added.
-    size_t size() const { return added; }
-
 private:
-    void thin();
-
-    struct Bounds {
-        double south = 0, north = 0, west = 0, east = 0, fastest = 0;
+    // Where the next corner may lie, seen from the last one, so that the line passes near all the
+    // points between them.
+    struct Sight {
+        double direction = 0;  // of the first point that is not near
+        double left = 0, right = 0;
+        double farthest = 0;
+        double slowest = 0, fastest = 0;
     };
 
+    bool isNear(const TrackPoint& point) const;
+    bool follows(const TrackPoint& point);
+    bool narrow(double distance, double direction);
+    void begin(const TrackPoint& corner);
+
+    double tolerance = FINEST;
+    double speedTolerance;
     size_t limit;
-    size_t added = 0;
-    double tolerance = 1;
-    Bounds bounds;
-    std::vector<TrackPoint> kept;
+    std::vector<TrackPoint> kept;  // up to the last corner, and the point that came last
+    bool hasOpen = false;          // whether the last of them is no corner yet
+    Sight sight;
 };
 
 }  // namespace vextrace::tools

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/report/Track.h"
+#include "tools/report/Drive.h"
 
 namespace vextrace::tools {
 
@@ -30,45 +30,53 @@ private:
     size_t count = 1;
 };
 
-/// A track drawn as SVG: north is up, and at each place the scale is the same in both directions
-/// (Mercator's projection).
+/// Name of a drive's colour and of its kind of line in the page's style.
+std::string driveColour(size_t drive);
+
+/// Which drives are shown together, a number for each: those with the most fixes first, and with
+/// them all that are so near that they can be seen in one picture.
+/// \param drives  with a frame or without; the latter are with the first ones
+std::vector<size_t> neighbourhoods(const std::vector<DrawnDrive>& drives,
+                                   const std::vector<uint64_t>& fixes);
+
+/// The tracks of drives drawn as SVG: north is up, and at each place the scale is the same in both
+/// directions (Mercator's projection). One drive is coloured by its speed, several have a colour
+/// each.
 class TrackPicture {
 public:
     /// Size of the picture. Its units are tenths of what a large screen can show.
     static constexpr int WIDTH = 10000;
     static constexpr int HEIGHT = 7600;
 
-    /// \param ofTrack  at least one
-    explicit TrackPicture(const std::vector<TrackPoint>& ofTrack);
-
-    struct Spot {
-        int x, y;
-    };
-
-    /// Where a place is in the picture; its longitude as continued() from those of the track.
-    Spot spot(double latitude, double longitude) const;
-
-    /// At the middle of the picture.
-    double metresPerUnit() const { return metres; }
+    /// \param drives  at least one has a frame; must outlive the picture
+    /// \param groups  their neighbourhoods(); the first is what is to be seen
+    TrackPicture(const std::vector<DrawnDrive>& drives, const std::vector<size_t>& groups);
 
     /// The whole picture, with the marks that the page's script moves.
     /// \param description  for those who cannot see it
     std::string svg(const std::string& description) const;
 
-    /// What the colours mean, as HTML; empty when no speed is known.
-    std::string legend() const;
+    /// What the colours of speed mean, as HTML; empty when none is known.
+    std::string speedLegend() const;
+
+    /// Whether fixes are missing in a line.
+    bool hasGaps() const;
 
 private:
-    std::string lines() const;
-    std::string gaps() const;
-    std::string endMarks() const;
-    std::string scaleBar() const;
+    struct Spot {
+        double x, y;
+    };
 
-    const std::vector<TrackPoint>& points;
+    Spot spot(const DrawnDrive& drive, const TrackPoint& point) const;
+    std::string lines(size_t index) const;
+    std::string endMarks(size_t index) const;
+    std::string scaleBar() const;
+    bool isOne() const { return drives.size() == 1; }
+
+    const std::vector<DrawnDrive>& drives;
     SpeedScale speeds;
-    double middleX = 0, middleY = 0;  ///< of the track, in the units of the projection
-    double scale = 1;                 ///< of the picture per unit of the projection
-    double metres = 1;
+    Area shown = {};
+    double scale = 1;  ///< units of the picture of a radian
 };
 
 }  // namespace vextrace::tools

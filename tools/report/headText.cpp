@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
+#include "libvexstream/utc.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
 #include "tools/report/shownTexts.h"
@@ -28,7 +30,7 @@ std::string rangeText(const std::string& least, const std::string& greatest) {
     return least == greatest ? least : fmt::format("{} to {}", least, greatest);
 }
 
-std::string filesText(const std::vector<TraceFile>& traces) {
+std::string filesText(const std::vector<SurveyedTrace>& traces) {
     std::string text;
     for (size_t i = 0; i < std::min(traces.size(), LISTED_FILES); ++i) {
         text += fmt::format("{}{} ({})", i == 0 ? "" : ", ", traces[i].name,
@@ -40,18 +42,65 @@ std::string filesText(const std::vector<TraceFile>& traces) {
     return text;
 }
 
-Fact durationFact(const Summary& summary) {
+Fact distanceFact(const Path& path) {
+    const double across = path.metresAcrossGaps();
+    return {"Distance", shownDistance(path.metres()),
+            across > 0 ? fmt::format("{} more across gaps", shownDistance(across)) : ""};
+}
+
+std::string gapsText(const Summary& summary) {
     const TimeSpan& times = summary.times();
-    if (!times.first) {
+    return times.longestGap
+               ? fmt::format("{} between messages, the longest {}",
+                             countedGrouped(times.gapCount, "gap"),
+                             shownDuration(times.longestGap->length()))
+               : fmt::format("no gap over {} between messages", shownDuration(summary.gapLimit()));
+}
+
+// The times in which none of the drives was.
+std::vector<timeStamp_t> pausesBetween(const std::vector<SurveyedTrace>& traces) {
+    std::vector<std::pair<timeStamp_t, timeStamp_t>> spans;
+    for (const SurveyedTrace& trace : traces) {
+        if (trace.first) {
+            spans.emplace_back(*trace.first, *trace.last);
+        }
+    }
+    std::sort(spans.begin(), spans.end());
+    std::vector<timeStamp_t> pauses;
+    timeStamp_t end = spans.empty() ? 0 : spans.front().second;
+    for (const auto& [first, last] : spans) {
+        if (first > end) {
+            pauses.push_back(first - end);
+        }
+        end = std::max(end, last);
+    }
+    return pauses;
+}
+
+std::string pausesText(const std::vector<timeStamp_t>& pauses) {
+    if (pauses.empty()) {
+        return "";
+    }
+    const std::string longest = shownDuration(*std::max_element(pauses.begin(), pauses.end()));
+    return pauses.size() == 1 ? fmt::format("; {} between the drives", longest)
+                              : fmt::format("; {} between the drives, the longest {}",
+                                            countedGrouped(pauses.size(), "pause"), longest);
+}
+
+Fact durationFact(const Summary& summary, const std::vector<SurveyedTrace>& traces) {
+    if (!summary.times().first) {
         return {"Duration", "none", ""};
     }
-    const std::string gaps =
-        times.longestGap
-            ? fmt::format("{} between messages, the longest {}",
-                          countedGrouped(times.gapCount, "gap"),
-                          shownDuration(times.longestGap->length()))
-            : fmt::format("no gap over {} between messages", shownDuration(summary.gapLimit()));
-    return {"Duration", shownDuration(*times.last - *times.first), gaps};
+    timeStamp_t duration = 0;
+    for (const SurveyedTrace& trace : traces) {
+        duration += trace.duration();
+    }
+    if (traces.size() == 1) {
+        return {"Duration", shownDuration(duration), gapsText(summary)};
+    }
+    return {"Duration", shownDuration(duration),
+            fmt::format("sum of {} drives; {}{}", grouped(traces.size()), gapsText(summary),
+                        pausesText(pausesBetween(traces)))};
 }
 
 Fact movingFact(const Motion& motion) {
@@ -92,11 +141,12 @@ Fact satellitesFact(const SatelliteCounts& satellites) {
 }
 
 Fact fixesFact(const Summary& summary) {
-    std::string detail = fmt::format("valid; {} not valid", grouped(summary.invalidFixes));
+    std::string detail =
+        fmt::format("{} valid, {} not", grouped(summary.validFixes), grouped(summary.invalidFixes));
     if (summary.doubtfulFixes != 0) {
-        detail += fmt::format(", {} with a wrong checksum", grouped(summary.doubtfulFixes));
+        detail += fmt::format("; {} more with a wrong checksum", grouped(summary.doubtfulFixes));
     }
-    return {"Fixes", grouped(summary.validFixes), detail};
+    return {"Fixes", grouped(summary.validFixes + summary.invalidFixes), detail};
 }
 
 Fact sentencesFact(const Summary& summary) {
@@ -150,7 +200,7 @@ std::vector<std::string> DamageNotes::texts() const {
     return result;
 }
 
-std::string titleOf(const std::vector<TraceFile>& traces) {
+std::string titleOf(const std::vector<SurveyedTrace>& traces) {
     const std::string& first = traces.front().name;
     const std::string name = first.substr(first.find_last_of('/') + 1);
     return traces.size() == 1 ? name
@@ -159,16 +209,16 @@ std::string titleOf(const std::vector<TraceFile>& traces) {
 
 std::string spanOf(const Summary& summary) {
     const TimeSpan& times = summary.times();
-    if (!times.first || *times.last == 0) {
-        return "No time is known.";
+    if (!times.first || !hasDate(*times.last)) {
+        return "No date is known.";
     }
     return shownSpan(*times.first, *times.last);
 }
 
-std::vector<Fact> factsOf(const Summary& summary, const std::vector<TraceFile>& traces) {
+std::vector<Fact> factsOf(const Summary& summary, const std::vector<SurveyedTrace>& traces) {
     return {
-        {"Distance", shownDistance(summary.path.metres()), ""},
-        durationFact(summary),
+        distanceFact(summary.path),
+        durationFact(summary, traces),
         movingFact(summary.motion),
         {"Highest speed", speedText(summary.speed.greatest), ""},
         meanSpeedFact(summary.motion),

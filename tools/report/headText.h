@@ -6,15 +6,10 @@
 
 #include "libvexstream/TraceReader.h"
 #include "tools/report/Page.h"
+#include "tools/report/Survey.h"
 #include "tools/trace/Summary.h"
 
 namespace vextrace::tools {
-
-/// A file that was read, as the page names it.
-struct TraceFile {
-    std::string name;  ///< escaped, and cut where it is long
-    uint64_t bytes = 0;
-};
 
 /// The name of a file in at most some 200 bytes.
 std::string shortName(const std::string& name);
@@ -39,12 +34,12 @@ private:
 // The texts of the page's head and of its table, from the numbers of the traces.
 
 /// "drive.trace", or "drive.trace and 2 more": the names without their folders.
-std::string titleOf(const std::vector<TraceFile>& traces);
+std::string titleOf(const std::vector<SurveyedTrace>& traces);
 
 /// From the earliest to the latest time, or that there is none.
 std::string spanOf(const Summary& summary);
 
-std::vector<Fact> factsOf(const Summary& summary, const std::vector<TraceFile>& traces);
+std::vector<Fact> factsOf(const Summary& summary, const std::vector<SurveyedTrace>& traces);
 
 /// What else must be known of the numbers.
 std::vector<std::string> notesOf(const Summary& summary);

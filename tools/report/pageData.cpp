@@ -1,10 +1,8 @@
 #include "tools/report/pageData.h"
 
 #include <cmath>
-#include <map>
 #include <numeric>
 #include <optional>
-#include <utility>
 
 #include "tools/io/json.h"
 #include "tools/report/squeeze.h"
@@ -13,7 +11,7 @@ namespace vextrace::tools {
 
 namespace {
 
-using Drawn = Series::Drawn;
+using Moments = std::vector<const Moment*>;
 
 // Scripts hold larger numbers with loss, and read them from texts without.
 constexpr uint64_t LARGEST_NUMBER = uint64_t{1} << 53;
@@ -33,24 +31,26 @@ Json shown(const std::optional<unsigned>& value) {
 }
 
 template <class Value>
-Json column(const std::vector<Drawn>& drawn, Value value) {
+Json column(const Moments& moments, Value value) {
     Json result = Json::array();
-    for (const Drawn& point : drawn) {
-        result.add(value(*point.moment));
+    for (const Moment* moment : moments) {
+        result.add(value(*moment));
     }
     return result;
 }
 
-// Time stamps: the first, and how far each is from the one before, in the largest unit that fits.
-void addTimes(const std::vector<Drawn>& drawn, Json& data) {
+// Time stamps: how far each is from the one before in its drive, in the largest unit that fits. The
+// first of a drive stands with the drive.
+void addTimes(const std::vector<DrawnDrive>& drives, Json& data) {
     std::vector<timeStamp_t> steps;
-    timeStamp_t before = drawn.empty() ? 0 : drawn.front().moment->fix.stamp;
-    data.add("first", std::to_string(before));
     timeStamp_t unit = 0;
-    for (const Drawn& point : drawn) {
-        steps.push_back(point.moment->fix.stamp - before);
-        unit = std::gcd(unit, steps.back());
-        before = point.moment->fix.stamp;
+    for (const DrawnDrive& drive : drives) {
+        timeStamp_t before = drive.moments.empty() ? 0 : drive.moments.front().fix.stamp;
+        for (const Moment& moment : drive.moments) {
+            steps.push_back(moment.fix.stamp - before);
+            unit = std::gcd(unit, steps.back());
+            before = moment.fix.stamp;
+        }
     }
     unit = std::max<timeStamp_t>(unit, 1);
     data.add("unit", std::to_string(unit));
@@ -61,37 +61,19 @@ void addTimes(const std::vector<Drawn>& drawn, Json& data) {
     data.add("steps", inUnits);
 }
 
-void addPlaces(const std::vector<Drawn>& drawn, const TrackPicture& picture, Json& data) {
-    std::vector<int> x;
-    std::vector<int> y;
-    for (const Drawn& point : drawn) {
-        const Moment& moment = *point.moment;
-        const auto spot = moment.fix.valid ? picture.spot(*moment.fix.latitude, moment.eastward)
-                                           : TrackPicture::Spot{0, 0};
-        x.push_back(spot.x);
-        y.push_back(spot.y);
+Json driveData(const DrawnDrive& drive, const std::string& name, uint64_t fixes, size_t group) {
+    const timeStamp_t first = drive.moments.empty() ? 0 : drive.moments.front().fix.stamp;
+    Json data = {{"name", name},
+                 {"count", drive.moments.size()},
+                 {"fixes", fixes},
+                 {"group", group},
+                 {"first", std::to_string(first)}};
+    if (drive.frame) {
+        const Area& area = drive.frame->area();
+        data.add("area", std::vector<double>{area.left, area.top, area.width, area.height});
+        data.add("scale", drive.frame->unit());
     }
-    data.add("x", x);
-    data.add("y", y);
-    data.add("metresPerUnit", picture.metresPerUnit());
-}
-
-// The names of those that a moment is from, and which one each is from.
-void addTraces(const std::vector<Drawn>& drawn, const std::vector<std::string>& traces,
-               Json& data) {
-    std::map<size_t, size_t> used;
-    Json names = Json::array();
-    const Json trace = column(drawn, [&](const Moment& moment) {
-        const auto [place, isNew] = used.try_emplace(moment.trace, used.size());
-        if (isNew) {
-            names.add(traces[moment.trace]);
-        }
-        return place->second;
-    });
-    data.add("traces", names);
-    if (used.size() > 1) {
-        data.add("trace", trace);
-    }
+    return data;
 }
 
 // Each byte as the character of its number: in JSON there are no bytes.
@@ -110,11 +92,10 @@ std::string asCharacters(const std::string& bytes) {
     return result;
 }
 
-void addTexts(const std::vector<Drawn>& drawn, Json& data) {
+void addTexts(const Moments& moments, Json& data) {
     std::string texts;
-    for (const Drawn& point : drawn) {
-        const Moment::Texts shown = point.moment->texts();
-        texts += shown.position + '\n' + shown.traceLine + '\n';
+    for (const Moment* moment : moments) {
+        texts += moment->texts.position + '\n' + moment->texts.traceLine + '\n';
     }
     data.add("texts", asCharacters(squeezed(texts)));
     data.add("textLength", texts.size());
@@ -124,35 +105,41 @@ void addTexts(const std::vector<Drawn>& drawn, Json& data) {
 
 }  // namespace
 
-std::string pageData(const std::vector<Drawn>& drawn, const TrackPicture* picture,
-                     const std::vector<std::string>& traces) {
+std::string pageData(const std::vector<DrawnDrive>& drives, const std::vector<std::string>& names,
+                     const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups) {
+    constexpr double TENTHS = 10;
     constexpr double HUNDREDTHS = 100;
     constexpr double THOUSANDTHS = 1000;
-    Json data = Json::object();
-    addTimes(drawn, data);
-    if (picture != nullptr) {
-        addPlaces(drawn, *picture, data);
+    Json listed = Json::array();
+    Moments all;
+    for (size_t i = 0; i < drives.size(); ++i) {
+        listed.add(driveData(drives[i], names[i], fixes[i], groups[i]));
+        for (const Moment& moment : drives[i].moments) {
+            all.push_back(&moment);
+        }
     }
-    data.add("valid", column(drawn, [](const Moment& m) { return m.fix.valid ? 1 : 0; }));
-    data.add("speed",
-             column(drawn, [](const Moment& m) { return shown(m.fix.speed, HUNDREDTHS); }));
-    data.add("course",
-             column(drawn, [](const Moment& m) { return shown(m.fix.course, HUNDREDTHS); }));
-    data.add("altitude",
-             column(drawn, [](const Moment& m) { return shown(m.fix.altitude, THOUSANDTHS); }));
-    data.add("satellites", column(drawn, [](const Moment& m) { return shown(m.fix.satellites); }));
-    data.add("quality", column(drawn, [](const Moment& m) { return shown(m.fix.quality); }));
-    data.add("hdop", column(drawn, [](const Moment& m) { return shown(m.fix.hdop, HUNDREDTHS); }));
-    data.add("message", column(drawn, [](const Moment& m) { return m.number; }));
-    addTraces(drawn, traces, data);
+    Json data = {{"drives", listed}};
+    addTimes(drives, data);
+    const auto add = [&](const char* name, auto value) { data.add(name, column(all, value)); };
+    add("x", [](const Moment& m) { return std::lround(m.x); });
+    add("y", [](const Moment& m) { return std::lround(m.y); });
+    add("way", [](const Moment& m) { return shown(std::optional(m.way), TENTHS); });
+    add("valid", [](const Moment& m) { return m.fix.valid ? 1 : 0; });
+    add("speed", [](const Moment& m) { return shown(m.fix.speed, HUNDREDTHS); });
+    add("course", [](const Moment& m) { return shown(m.fix.course, HUNDREDTHS); });
+    add("altitude", [](const Moment& m) { return shown(m.fix.altitude, THOUSANDTHS); });
+    add("satellites", [](const Moment& m) { return shown(m.fix.satellites); });
+    add("quality", [](const Moment& m) { return shown(m.fix.quality); });
+    add("hdop", [](const Moment& m) { return shown(m.fix.hdop, HUNDREDTHS); });
+    add("message", [](const Moment& m) { return m.number; });
     Json breaks = Json::array();
-    for (size_t i = 0; i < drawn.size(); ++i) {
-        if (drawn[i].breaks != 0) {
-            breaks.add(std::vector<uint64_t>{i, drawn[i].breaks});
+    for (size_t i = 0; i < all.size(); ++i) {
+        if (all[i]->breaks != 0) {
+            breaks.add(std::vector<uint64_t>{i, all[i]->breaks});
         }
     }
     data.add("breaks", breaks);
-    addTexts(drawn, data);
+    addTexts(all, data);
     return data.text();
 }
 

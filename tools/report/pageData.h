@@ -3,17 +3,17 @@
 #include <string>
 #include <vector>
 
-#include "tools/report/Series.h"
-#include "tools/report/TrackPicture.h"
+#include "tools/report/Drive.h"
 
 namespace vextrace::tools {
 
-/// The moments as the page's script reads them: JSON, an array per value, safe to stand in the
-/// page.
+/// The moments as the page's script reads them: JSON, an array per value, drive behind drive, safe
+/// to stand in the page.
 ///
-/// \param picture  where the moments are in it; null when there is none
-/// \param traces   names of the files, as they are shown
-std::string pageData(const std::vector<Series::Drawn>& drawn, const TrackPicture* picture,
-                     const std::vector<std::string>& traces);
+/// \param names   of the drives, as they are shown
+/// \param fixes   how many each of them has, drawn or not
+/// \param groups  their neighbourhoods()
+std::string pageData(const std::vector<DrawnDrive>& drives, const std::vector<std::string>& names,
+                     const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups);
 
 }  // namespace vextrace::tools

@@ -59,7 +59,7 @@ Walked Walker::run() {
 
 void Walker::readTrace(const std::string& path) {
     InputFile input(path);
-    TraceReader trace(input);
+    TraceReader trace(visitor.sourceOf(input, path));
     DamageLog damage(input.name());
     number = 0;
     visitor.beginTrace(path);

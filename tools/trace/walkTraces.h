@@ -19,6 +19,10 @@ public:
     TraceVisitor& operator=(const TraceVisitor&) = delete;
     virtual ~TraceVisitor() = default;
 
+    /// What the next trace is read from: the input, or what passes its bytes on.
+    /// \param path  as it was given
+    virtual ByteSource& sourceOf(InputFile& input, const std::string& /*path*/) { return input; }
+
     /// \param path  as it was given
     virtual void beginTrace(const std::string& /*path*/) {}
 

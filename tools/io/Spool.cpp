@@ -1,0 +1,83 @@
+#include "tools/io/Spool.h"
+
+#include <fmt/core.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "tools/io/errors.h"
+#include "tools/io/escape.h"
+#include "tools/io/writeSome.h"
+
+namespace vextrace::tools {
+
+Spool::Spool(ByteSource& source, std::string name) : input(&source), inputName(std::move(name)) {
+    std::error_code none;
+    folder = std::filesystem::temp_directory_path(none).string();
+    std::string path = folder + "/vextrace-XXXXXX";
+    kept = mkstemp(path.data());
+    if (kept < 0 || unlink(path.c_str()) != 0) {
+        fail();
+    }
+}
+
+Spool::~Spool() {
+    close(kept);
+}
+
+void Spool::rewind() {
+    input = nullptr;
+    position = 0;
+}
+
+size_t Spool::read(uint8_t* dest, size_t room) {
+    if (input == nullptr) {
+        const size_t count = readKept(dest, room);
+        position += count;
+        return count;
+    }
+    const size_t count = input->read(dest, room);
+    for (size_t done = 0; done < count;) {
+        done += keep(dest + done, count - done);
+    }
+    return count;
+}
+
+bool Spool::goBack(size_t count) {
+    if (input != nullptr) {
+        return false;
+    }
+    position -= count;
+    return true;
+}
+
+size_t Spool::readKept(uint8_t* dest, size_t room) const {
+    ssize_t count = 0;
+    do {
+        count = pread(kept, dest, room, static_cast<off_t>(position));
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        fail();
+    }
+    return static_cast<size_t>(count);
+}
+
+size_t Spool::keep(const uint8_t* bytes, size_t count) const {
+    const ssize_t written = writeSome(kept, bytes, count);
+    if (written < 0 && errno != EINTR) {
+        fail();
+    }
+    return written < 0 ? 0 : static_cast<size_t>(written);
+}
+
+void Spool::fail() const {
+    throw DataError(fmt::format("{}: cannot be kept in a temporary file in {}: {}", inputName,
+                                shownName(folder), std::strerror(errno)));
+}
+
+}  // namespace vextrace::tools
