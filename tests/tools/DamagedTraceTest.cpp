@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -149,6 +150,26 @@ bool saysNothing(const Place& place, uint8_t value) {
     return isReserved || isTalker;
 }
 
+// The first sentence of a code tells the talker. With this one bit pattern changed its checksum is
+// that of GN, and the next one, of GP, counts as wrong: another talker counts from its second
+// sentence on.
+std::optional<size_t> behindAnotherTalker(size_t position, uint8_t value) {
+    const Place place = placeOf(position);
+    const string& payload = PARTS[place.part].payload;
+    const size_t inPayload = place.byte - MessageBase::MO_BASE_DERIVED;
+    if (place.byte < MessageBase::MO_BASE_DERIVED || inPayload >= payload.size() ||
+        (static_cast<uint8_t>(payload[inPayload]) ^ value) != ('P' ^ 'N')) {
+        return std::nullopt;
+    }
+    const string code = payload.substr(payload.rfind('$', inPayload), 6);
+    for (size_t i = place.part + 1; i < PARTS.size(); ++i) {
+        if (PARTS[i].payload.find(code) != string::npos) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
 DamagedTrace change(size_t position, uint8_t value) {
     DamagedTrace damaged{fmt::format("byte {} is {}", position, value), soundTrace(), {}};
     damaged.bytes[position] = value;
@@ -158,6 +179,9 @@ DamagedTrace change(size_t position, uint8_t value) {
         if (i < place.part || i >= behind) {
             damaged.untouched.push_back(i);
         }
+    }
+    if (const std::optional<size_t> next = behindAnotherTalker(position, value)) {
+        std::erase(damaged.untouched, *next);
     }
     damaged.saysTheSame = behind == place.part + 1 && saysNothing(place, value);
     return damaged;

@@ -94,12 +94,13 @@ TEST(DriveTest, TellsPlacesAndTheWay) {
     first.stamp = 1795264519 * SECOND;
     Fix none = placeAt(0, 0);
     none.valid = false;
+    none.stamp = first.stamp + SECOND;
     Fix last = placeAt(48.01, 11);
-    last.stamp = 2;
+    last.stamp = first.stamp + 2 * SECOND;
     const DrawnDrive drive = drawn({{first, none, last}})[0];
     ASSERT_EQ(drive.moments.size(), 3U);
     EXPECT_EQ(drive.start, "48°0.000 N, 11°0.000 E at 2026-11-21 12:35:19 UTC");
-    EXPECT_EQ(drive.end, "48°0.600 N, 11°0.000 E");
+    EXPECT_EQ(drive.end, "48°0.600 N, 11°0.000 E at 2026-11-21 12:35:21 UTC");
     EXPECT_EQ(drive.moments[0].way, 0);
     EXPECT_EQ(drive.moments[1].way, 0);
     EXPECT_NEAR(drive.moments[2].way, 1112, 1);

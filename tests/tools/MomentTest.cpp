@@ -21,8 +21,8 @@ Moment::Texts textsOfMessage(const std::string& first, const std::string& second
     return textsOf(serialise(message), fixOf(message).value(), longest);
 }
 
-const std::string RMC = "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5F\r\n";
-const std::string GGA = "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n";
+const std::string RMC = "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5B\r\n";
+const std::string GGA = "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*58\r\n";
 
 }  // namespace
 
@@ -30,8 +30,8 @@ TEST(MomentTest, HasTheTraceLineOfItsMessage) {
     const Moment::Texts texts = textsOfMessage(RMC, GGA);
     EXPECT_EQ(texts.traceLine,
               "0000000000000102 00000000  GPS         | "
-              "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*47 "
-              "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5F");
+              "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*58 "
+              "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5B");
 }
 
 TEST(MomentTest, EscapesItsTraceLine) {

@@ -34,8 +34,8 @@ json dataOf(const std::vector<Moment>& moments) {
     return json::parse(pageData({driveOf(moments)}, {"a.trace"}, {1}, {0}));
 }
 
-const std::string RMC = "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*4C";
-const std::string GGA = "$GPGGA,123519,,,,,0,08,0.94,-12.3456,M,46.9,M,,*47";
+const std::string RMC = "$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*7C";
+const std::string GGA = "$GPGGA,123519,,,,,0,08,0.94,-12.3456,M,46.9,M,,*61";
 
 }  // namespace
 
