@@ -31,10 +31,14 @@ static_assert(ENOUGH_TO_BEGIN + LEAST >= ENOUGH_TO_LEAD_ON,
 // expected.
 constexpr int LEAST_IN_PLACE = -4;
 
+// Of a message that is found behind damage: only with a near time is it asked what it holds.
+constexpr int ENOUGH_TO_HOLD = 20;
+
 // A trace has one damage in 2^26 bytes at most, and behind it a message begins within some 2^14.
 constexpr int COST_OF_DAMAGE = 26;
 constexpr int COST_OF_BEGINNING = 14;
 
+constexpr uint64_t ANYWHERE = std::numeric_limits<uint64_t>::max();
 constexpr int IMPOSSIBLE = std::numeric_limits<int>::min() / 2;
 
 }  // namespace
@@ -50,29 +54,65 @@ void Division::setBefore(uint64_t offset) {
 
 bool Division::keeps(uint64_t offset, size_t length) {
     const Chain chain = follow(offset);
-    if (chain.leadsOn) {
-        return true;
-    }
     const uint64_t end = offset + length;
-    if (chain.regained) {
-        return !anyBegins(offset + 1, end) ||
-               ofChain(offset, *chain.regained) >=
-                   within(offset + 1, *chain.regained) - COST_OF_DAMAGE;
+    if (chain.leadsOn && !chain.regained) {
+        return !swallows(offset, length);
     }
     const int history = ofHistory(offset);
-    if (history + evidence.ofMessage(offset, length) + Evidence::OF_NOTHING_BEHIND <
-        LEAST_IN_PLACE) {
+    if (chain.regained) {
+        const uint64_t again = *chain.regained;
+        const int other = mostIn(offset + 1, end, ANYWHERE).bits;
+        if (other == 0) {
+            return true;
+        }
+        const int bits = ofChain(offset, again);
+        return bits >= within(offset + 1, again) - COST_OF_DAMAGE &&
+               bits + ofStart(again, ANYWHERE) >= other - COST_OF_BEGINNING - COST_OF_DAMAGE;
+    }
+    const int alone = evidence.ofMessage(offset, length) + Evidence::OF_NOTHING_BEHIND;
+    if (std::min(history, 0) + alone < LEAST ||
+        history + std::max(evidence.inChain(offset, length), alone) < LEAST_IN_PLACE) {
         return false;
     }
-    const int other = mostIn(offset + 1, end).bits;
-    return history + ofStart(offset) >= other - COST_OF_BEGINNING - COST_OF_DAMAGE ||
+    const int other = mostIn(offset + 1, end, ANYWHERE).bits;
+    return history + ofStart(offset, ANYWHERE) >= other - COST_OF_BEGINNING - COST_OF_DAMAGE ||
            holdsChain(offset, length);
 }
 
-// Of the messages from this one on, as long as each has evidence.
-int Division::ofStart(uint64_t offset) {
+// Whether messages lead exactly to the end of this one, whose type holds none, and are not its
+// payload: its size field is wrong.
+bool Division::swallows(uint64_t offset, size_t length) {
+    if (length < 3 * MessageBase::MO_BASE_DERIVED || evidence.mayHold(offset) ||
+        evidence.ofMessage(offset, length) >= ENOUGH_TO_BEGIN) {
+        return false;
+    }
+    return ofChainTo(offset + MessageBase::MO_BASE_DERIVED + 1, offset + length) >=
+           ENOUGH_TO_LEAD_ON;
+}
+
+// The most evidence of a chain from anywhere behind an offset exactly to an end, whatever is there.
+int Division::ofChainTo(uint64_t begin, uint64_t end) {
+    const auto count = static_cast<size_t>(end - begin);
+    inSequence.assign(count + 1, IMPOSSIBLE);
+    inSequence[count] = 0;
+    int most = 0;
+    for (size_t i = count; i-- > 0;) {
+        const size_t length = evidence.lengthAt(begin + i);
+        if (length == 0 || length > count - i || inSequence[i + length] == IMPOSSIBLE) {
+            continue;
+        }
+        const int bits = length == count - i ? evidence.ofMessage(begin + i, length)
+                                             : evidence.inChain(begin + i, length);
+        inSequence[i] = bits < 0 ? IMPOSSIBLE : bits + inSequence[i + length];
+        most = std::max(most, inSequence[i]);
+    }
+    return most;
+}
+
+// Of the messages from this one on that begin before the end, as long as each has evidence.
+int Division::ofStart(uint64_t offset, uint64_t end) {
     int bits = 0;
-    for (unsigned i = 0; i < MOST_MESSAGES; ++i) {
+    for (unsigned i = 0; i < MOST_MESSAGES && offset < end; ++i) {
         const size_t length = evidence.lengthAt(offset);
         const int more = length == 0 ? -1 : evidence.inChain(offset, length);
         if (more < 0) {
@@ -84,11 +124,11 @@ int Division::ofStart(uint64_t offset) {
     return bits;
 }
 
-// The beginning with the most evidence within [from, to).
-Division::Beginning Division::mostIn(uint64_t from, uint64_t to) {
+// The beginning within [from, to) with the most evidence before the end.
+Division::Beginning Division::mostIn(uint64_t from, uint64_t to, uint64_t end) {
     Beginning most = {to, 0};
     for (; from < to; ++from) {
-        const int bits = isBeginning(from) == Verdict::SOUND ? ofStart(from) : 0;
+        const int bits = isBeginning(from) == Verdict::SOUND ? ofStart(from, end) : 0;
         if (bits > most.bits) {
             most = {from, bits};
         }
@@ -96,16 +136,19 @@ Division::Beginning Division::mostIn(uint64_t from, uint64_t to) {
     return most;
 }
 
-// Within a message may begin another with more evidence, which it does not hold.
+// Within a message may begin others with more evidence, which it does not hold.
 uint64_t Division::bestFrom(uint64_t offset) {
-    const uint64_t end = offset + evidence.lengthAt(offset);
+    const uint64_t limit = offset + evidence.lengthAt(offset);
     for (;;) {
         const size_t length = evidence.lengthAt(offset);
-        if (evidence.ofMessage(offset, length) >= ENOUGH_TO_BEGIN) {
+        const int bits = evidence.inChain(offset, length);
+        if (evidence.ofMessage(offset, length) >= ENOUGH_TO_BEGIN ||
+            evidence.ofHeld(offset, length) > 0) {
             return offset;
         }
-        const Beginning other = mostIn(offset + 1, std::min(offset + length, end));
-        if (other.bits <= ofStart(offset) || holdsChain(offset, length)) {
+        const uint64_t end = offset + length;
+        const Beginning other = mostIn(offset + 1, std::min(end, limit), end);
+        if (other.bits <= bits || (bits >= ENOUGH_TO_HOLD && holdsChain(offset, length))) {
             return offset;
         }
         offset = other.offset;
@@ -122,28 +165,27 @@ bool Division::endsAt(uint64_t offset) {
 
 // What the message before says counts against alone: it knows nothing of the length.
 Division::Chain Division::follow(uint64_t offset) {
+    Chain chain = {true, std::nullopt};
     int bits = std::min(ofHistory(offset), 0);
     const uint64_t begin = offset;
-    bool leadsOn = true;
-    for (unsigned i = 0; i < MOST_MESSAGES; ++i) {
-        if (!leadsOn && offset - begin > REACH) {
-            return {false, std::nullopt};
-        }
-        if (endsAt(offset) || (!leadsOn && isBeginning(offset) == Verdict::SOUND)) {
-            return {leadsOn, offset};
+    for (unsigned i = 0; i < MOST_MESSAGES && offset - begin <= REACH; ++i) {
+        if (endsAt(offset) || (!chain.leadsOn && isBeginning(offset) == Verdict::SOUND)) {
+            return {chain.leadsOn, chain.leadsOn ? chain.regained : offset};
         }
         const size_t length = evidence.lengthAt(offset);
         if (length == 0) {
             return {false, std::nullopt};
         }
-        bits += evidence.inChain(offset, length);
-        if (leadsOn && bits >= ENOUGH_TO_LEAD_ON) {
-            return {true, std::nullopt};
-        }
-        leadsOn = leadsOn && bits >= LEAST;
+        const int more = evidence.inChain(offset, length);
+        bits += more;
         offset += length;
+        if (chain.leadsOn && bits >= ENOUGH_TO_LEAD_ON) {
+            return chain;
+        }
+        chain.leadsOn = chain.leadsOn && bits >= LEAST;
+        chain.regained = more < 0 ? offset : chain.regained;
     }
-    return {leadsOn, std::nullopt};
+    return chain.leadsOn ? chain : Chain{false, std::nullopt};
 }
 
 Verdict Division::isBeginning(uint64_t offset) {
@@ -197,9 +239,17 @@ bool Division::anyBegins(uint64_t from, uint64_t to) {
     return from < to;
 }
 
-// Whether messages within this one lead exactly to its end: then it holds them.
+// Whether messages within this one lead exactly to its end: then it holds them, if any.
 bool Division::holdsChain(uint64_t offset, size_t length) {
-    return within(offset + MessageBase::MO_BASE_DERIVED, offset + length) > 0;
+    return evidence.mayHold(offset) &&
+           within(offset + MessageBase::MO_BASE_DERIVED, offset + length) > 0;
+}
+
+// Of what a message holds: messages that are its payload, or lie there where its type has others.
+int Division::ofHeld(uint64_t offset, size_t length) {
+    const uint64_t payload = offset + MessageBase::MO_BASE_DERIVED;
+    return evidence.mayHold(offset) ? std::max(within(payload, offset + length), 0)
+                                    : evidence.ofHeld(offset, length);
 }
 
 // Of the messages from this one to the end of the chain, and of what they hold.
@@ -207,8 +257,7 @@ int Division::ofChain(uint64_t offset, uint64_t end) {
     int bits = before ? std::min(ofHistory(offset), 0) : Evidence::OF_NOTHING_BEHIND;
     while (offset < end) {
         const size_t length = evidence.lengthAt(offset);
-        bits += evidence.inChain(offset, length) +
-                std::max(within(offset + MessageBase::MO_BASE_DERIVED, offset + length), 0);
+        bits += evidence.inChain(offset, length) + ofHeld(offset, length);
         offset += length;
     }
     return bits;

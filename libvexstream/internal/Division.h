@@ -54,7 +54,7 @@ public:
 private:
     struct Chain {
         bool leadsOn;
-        std::optional<uint64_t> regained;  // where it leads on again
+        std::optional<uint64_t> regained;  // behind what is in doubt
     };
 
     struct Beginning {
@@ -66,10 +66,13 @@ private:
     Verdict isBeginning(uint64_t offset);
     bool endsAt(uint64_t offset);
     int ofHistory(uint64_t offset);
+    bool swallows(uint64_t offset, size_t length);
+    int ofChainTo(uint64_t begin, uint64_t end);
     bool holdsChain(uint64_t offset, size_t length);
+    int ofHeld(uint64_t offset, size_t length);
     int ofChain(uint64_t offset, uint64_t end);
-    int ofStart(uint64_t offset);
-    Beginning mostIn(uint64_t from, uint64_t to);
+    int ofStart(uint64_t offset, uint64_t end);
+    Beginning mostIn(uint64_t from, uint64_t to, uint64_t end);
     uint64_t bestFrom(uint64_t offset);
     int within(uint64_t begin, uint64_t end);
 

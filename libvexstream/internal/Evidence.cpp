@@ -26,7 +26,7 @@ constexpr int MOST_OF_LENGTH = 6;
 
 // Of two stamps 31 of 64 bits are the same by chance where they are within eight seconds of
 // nanoseconds, and 25 where they are within nine minutes, but what counts is like that, too; so is
-// what repeats. Small numbers, 0 above all, are near one another everywhere. The clock of a
+// what repeats. Small numbers are near one another everywhere, and 0 is no time. The clock of a
 // recorder jumps once in tens of thousands of messages at most.
 constexpr timeStamp_t NEAR = timeStamp_t{1} << 33;
 constexpr timeStamp_t FAR = timeStamp_t{1} << 39;
@@ -105,6 +105,9 @@ int ofLength(size_t length) {
 
 int ofTimes(timeStamp_t a, timeStamp_t b) {
     const auto [low, high] = std::minmax(a, b);
+    if (low == 0) {
+        return 0;
+    }
     if (high - low >= FAR) {
         return OF_FAR_TIME;
     }
@@ -243,10 +246,43 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     // Ids that change from message to message are no types, whatever else is like messages.
     const bool isType =
         idOf(header) > OF_FREE_ID || (leadsOn && haveSameId(header, window.at(next)));
+    if (bits < 0 && isType && mayHold(offset)) {
+        bits += ofHeld(offset, length);
+    }
     if (!isType || bits <= 0) {
         return std::min(bits, 0);
     }
     return isRepetition(header) ? OF_REPETITION : bits;
+}
+
+bool Evidence::mayHold(uint64_t offset) {
+    const auto type = messageId(window.at(offset));
+    switch (type) {
+        case MSGID_CONTAINER:
+        case MSGID_WRAPPER:
+        case MSGID_CASCADE:
+        case MSGID_BYTESTREAM:
+        case MSGID_ETHERNET_RX:
+        case MSGID_ETHERNET_TX:
+            return true;
+        default:
+            return messageName(type).empty();
+    }
+}
+
+// Of the messages that are the payload of this one.
+int Evidence::ofHeld(uint64_t offset, size_t length) {
+    const uint64_t end = offset + length;
+    int bits = 0;
+    for (uint64_t inner = offset + HEADER; inner < end;) {
+        const size_t innerLength = lengthAt(inner);
+        if (innerLength == 0 || innerLength > end - inner) {
+            return 0;
+        }
+        bits = std::min(bits + ofMessage(inner, innerLength), OF_SENTENCES);
+        inner += innerLength;
+    }
+    return std::max(bits, 0);
 }
 
 // The cheapest question, which settles nearly all places of nearly all bytes.

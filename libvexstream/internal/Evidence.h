@@ -33,8 +33,14 @@ public:
     /// Whether whatever is at \p offset has evidence below 0. False says nothing.
     bool isHopeless(uint64_t offset);
 
+    /// Whether a message of this type may hold others.
+    bool mayHold(uint64_t offset);
+
     /// Of a message by its own bytes: its id, its length, its payload.
     int ofMessage(uint64_t offset, size_t length);
+
+    /// Of the messages that are the whole payload of one; 0 where it is something else.
+    int ofHeld(uint64_t offset, size_t length);
 
     /// Of a message by its own bytes and by the header behind it.
     int inChain(uint64_t offset, size_t length);
