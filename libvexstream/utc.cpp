@@ -50,10 +50,13 @@ char* writeFraction(char* place, uint64_t nanoseconds) {
 }
 
 std::optional<TimeOfDay> parseTime(std::string_view text) {
-    if (text.size() < TIME_SIZE || text[2] != ':' || text[5] != ':') {
+    std::string digits(text);
+    if (digits.size() == TIME_SIZE - 3) {
+        digits += ":00";
+    }
+    if (digits.size() < TIME_SIZE || digits[2] != ':' || digits[5] != ':') {
         return std::nullopt;
     }
-    std::string digits(text);
     digits.erase(5, 1).erase(2, 1);
     return TimeOfDay::parse(digits);
 }
@@ -85,7 +88,7 @@ std::optional<timeStamp_t> parseUtc(std::string_view text) {
     if (!day || text.size() == DATE_SIZE) {
         return day ? std::optional(stampOf(*day, 0)) : std::nullopt;
     }
-    if (text[DATE_SIZE] != 'T') {
+    if (text[DATE_SIZE] != 'T' && text[DATE_SIZE] != ' ') {
         return std::nullopt;
     }
     std::string_view rest = text.substr(DATE_SIZE + 1);

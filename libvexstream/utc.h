@@ -23,7 +23,8 @@ constexpr size_t LONGEST_UTC = std::string_view("2554-07-21T23:34:33.709551615Z"
 /// \return behind the last character
 VEXSTREAM_EXPORT char* writeUtc(char* dest, timeStamp_t stamp);
 
-/// A time that a user gave: YYYY-MM-DD, or YYYY-MM-DDThh:mm:ss with a fraction or none, Z or none.
+/// A time that a user gave: YYYY-MM-DD, or YYYY-MM-DDThh:mm or YYYY-MM-DDThh:mm:ss, with a fraction
+/// or none, Z or none; the T may be a blank.
 VEXSTREAM_EXPORT std::optional<timeStamp_t> parseUtc(std::string_view text);
 
 /// A day that a user gave: YYYY-MM-DD, of those that calendarDay() has.

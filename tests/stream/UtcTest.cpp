@@ -56,6 +56,13 @@ TEST(UtcTest, ReadsTimesWithAndWithoutFractionAndZ) {
     EXPECT_EQ(stampOfText("1994-03-23T23:59:60Z"), stampOfText("1994-03-24T00:00:00Z"));
 }
 
+TEST(UtcTest, ReadsMinutesAloneAndABlankForTheT) {
+    for (const char* const text : {"1994-03-23T12:35", "1994-03-23T12:35Z", "1994-03-23 12:35",
+                                   "1994-03-23 12:35Z", "1994-03-23 12:35:00"}) {
+        EXPECT_EQ(stampOfText(text), 764426100 * SECOND) << text;
+    }
+}
+
 TEST(UtcTest, RefusesWhatIsNoTime) {
     for (const char* const text : {"",
                                    "1994",
@@ -73,14 +80,19 @@ TEST(UtcTest, RefusesWhatIsNoTime) {
                                    "9999-12-31",
                                    "1994-03-23T",
                                    "1994-03-23T12",
-                                   "1994-03-23T12:35",
+                                   "1994-03-23T12:3",
+                                   "1994-03-23T1235",
+                                   "1994-03-23T12:35:",
+                                   "1994-03-23T24:00",
+                                   "1994-03-23T12:60Z",
                                    "1994-03-23T12:35:1",
                                    "1994-03-23T12:35:19.",
                                    "1994-03-23T12:35:19.Z",
                                    "1994-03-23T12:35:19ZZ",
                                    "1994-03-23T12:35:19z",
                                    "1994-03-23t12:35:19",
-                                   "1994-03-23 12:35:19",
+                                   "1994-03-23  12:35:19",
+                                   "1994-03-23_12:35:19",
                                    "1994-03-23T24:00:00",
                                    "1994-03-23T12:60:00",
                                    "1994-03-23T12:35:60",

@@ -354,7 +354,7 @@ protected:
 
     TemporaryFile file;
     const string trace = file.path();
-    Command repair{[this] { return tools::repair({trace, "-"}); }};
+    Command repair{[this] { return tools::repair({{trace, "-"}, "", false, 0}); }};
 
 private:
     void tryWith(const DamagedTrace& damaged,
@@ -506,7 +506,7 @@ TEST_F(DamagedTraceTest, CheckFindsEveryChangeOfWhatWasSent) {
 // Where a trace is taken for a log, no sentence that stands in it is lost.
 TEST_F(DamagedTraceTest, RecordFindsTheSentencesInATrace) {
     RecordCommand options;
-    options.input = trace;
+    options.inputs = {trace};
     Command record([&] { return tools::record(options); });
     forEachFault([&](const DamagedTrace& damaged) {
         const CommandResult result = run(record);
@@ -522,7 +522,7 @@ TEST_F(DamagedTraceTest, RecordFindsTheSentencesInATrace) {
 TEST_F(DamagedTraceTest, RecordGoesOnBehindATraceAndLosesNothingOfIt) {
     const TemporaryFile sent(bytesOf(log()));
     RecordCommand options;
-    options.input = sent.path();
+    options.inputs = {sent.path()};
     const string recorded = Command([&] { return tools::record(options); }).run().output;
     ASSERT_EQ(recorded.size(), soundTrace().size() - PARTS[1].bytes.size());
     const Folder folder;

@@ -389,7 +389,7 @@ TEST(SummaryTest, IsSaidInWords) {
                                               messageOf(22, NOON, "$P\x1B\n"),
                                               messageOf(1, 0, ""),
                                               {0}};
-    EXPECT_EQ(summaryText(summaryOf(messages)),
+    EXPECT_EQ(summaryText(summaryOf(messages), true),
               fmt::format("  bytes           {}\n", joined(messages).size()) +
                   "  messages        5 GPS, 2 of other types: MSGID_CAN (1) 1, unnamed (18193) 1\n"
                   "  damage          1 place, 1 byte passed over\n"
@@ -408,7 +408,7 @@ TEST(SummaryTest, IsSaidInWords) {
 }
 
 TEST(SummaryTest, SaysNoneOfWhatIsMissing) {
-    EXPECT_EQ(summaryText(summaryOf({}, 1'250'000'000)),
+    EXPECT_EQ(summaryText(summaryOf({}, 1'250'000'000), true),
               "  bytes           0\n"
               "  messages        0 GPS, 0 of other types\n"
               "  damage          none\n"

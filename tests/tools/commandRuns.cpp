@@ -2,8 +2,7 @@
 
 #include <unistd.h>
 
-#include "tools/io/errors.h"
-#include "tools/io/standardStreams.h"
+#include "tools/io/outcome.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;
@@ -37,22 +36,9 @@ CommandResult Command::run() {
     {
         const Redirection toOutput(STDOUT_FILENO, output);
         const Redirection toTold(STDERR_FILENO, told);
-        result.status = runForStatus();
+        result.status = outcomeOf(command);
     }
     result.output = output.take();
     result.told = told.take();
     return result;
-}
-
-// As the program does.
-int Command::runForStatus() {
-    try {
-        return command();
-    } catch (const DataError& error) {
-        tell(error.what());
-        return STATUS_DATA;
-    } catch (const UsageError& error) {
-        tell(error.what());
-        return STATUS_USAGE;
-    }
 }

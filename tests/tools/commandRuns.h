@@ -25,8 +25,6 @@ public:
     CommandResult run();
 
 private:
-    int runForStatus();
-
     std::function<int()> command;
     TemporaryFile output;
     TemporaryFile told;

@@ -973,7 +973,7 @@ def test_a_reader_that_goes_ends_the_export_quietly(vextrace, trace):
 
 def test_outputs_that_cannot_be_written(vextrace, trace, tmp_path):
     name = trace(*SMALL)
-    for output, reason in ((".", "is a directory"),
+    for output, reason in ((f"{name}/", "cannot be made: File exists"),
                            ("missing/out", "cannot be written: No such file or directory"),
                            (f"{name}/out", "cannot be written: Not a directory")):
         result = vextrace("export", "--to", "gpx", "-o", output, name)
@@ -1041,7 +1041,7 @@ def test_file_names_of_any_bytes(vextrace, tmp_path, name):
 
 def test_wrong_use(vextrace, trace):
     name = trace(*SMALL)
-    for arguments, text in (([], "--to is required"), (["--to", "gpx"], "TRACE is required"),
+    for arguments, text in (([name], "--to: name a format, one of gpx,"), (["--to", "gpx"], "TRACE is required"),
                             (["--to", "gpz", name], "--to: gpz not in {gpx,"),
                             (["--to", "gpx", "--nonsense", name], "--nonsense")):
         result = vextrace("export", *arguments)
@@ -1054,7 +1054,7 @@ def test_help_shows_an_example_first(vextrace):
     result = vextrace("export", "--help")
     assert (result.returncode, result.stderr) == (0, b"")
     text = result.stdout.decode()
-    assert text.index("Example: vextrace export --to gpx ") < text.index("--gap")
+    assert text.index("Example: vextrace export -o drive.gpx ") < text.index("--gap")
 
 
 # --- Memory

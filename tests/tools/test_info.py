@@ -140,7 +140,7 @@ def test_several_traces_one_by_one_and_in_all(info, vextrace):
     # No gap and no distance lead from one trace to the next.
     assert said["all"]["gaps"]["count"] == 1
     assert said["all"]["distance_m"] == said["files"][0]["distance_m"]
-    words = vextrace("info", "0.trace", "1.trace", "2.trace").stdout.decode().splitlines()
+    words = vextrace("info", "--long", "0.trace", "1.trace", "2.trace").stdout.decode().splitlines()
     assert [line for line in words if line[0] != " "] == ["0.trace", "1.trace", "2.trace",
                                                           "all 3 traces"]
     assert vextrace("info", "0.trace").stdout.count(b"\n") == 14
@@ -163,7 +163,8 @@ def test_what_cannot_be_read_keeps_nothing_else_back(vextrace, tmp_path):
 def test_what_is_no_trace_is_called_that(info):
     status, said, told = info(GGA + RMC, SMALL)
     assert status == 1
-    assert told == b"vextrace: 0.trace: no trace: 142 bytes without any message\n"
+    assert told == (b"vextrace: 0.trace: no trace: 142 bytes without any message; it looks like NMEA: "
+                    b"vextrace record first\n")
     assert said["files"][0]["damage"] == {"places": 1, "bytes": 142}
     assert said["all"]["messages"]["gps"] == 2
 
@@ -194,7 +195,7 @@ def test_names_are_any_bytes_in_words_and_in_json(vextrace, tmp_path):
     for name in (b"\xff\x01\n", "späce \\".encode()):
         with open(os.path.join(os.fsencode(tmp_path), name), "wb") as file:
             file.write(SMALL)
-    done = subprocess.run([vextrace.program, "info", b"\xff\x01\n", "späce \\"], cwd=tmp_path,
+    done = subprocess.run([vextrace.program, "info", "--long", b"\xff\x01\n", "späce \\"], cwd=tmp_path,
                           check=False, capture_output=True)
     assert done.returncode == 0
     assert done.stdout.splitlines()[0] == b"\\xff\\x01\\x0a"
@@ -219,7 +220,7 @@ def test_a_full_device_is_named(vextrace):
 
 def test_a_broken_pipe_ends_quietly(vextrace, tmp_path):
     (tmp_path / "a").write_bytes(SMALL)
-    done = subprocess.run(["sh", "-c", 'yes a | head -n 2000 | xargs "$0" info | head -n 1',
+    done = subprocess.run(["sh", "-c", 'yes a | head -n 2000 | xargs "$0" info --long | head -n 1',
                            vextrace.program], cwd=tmp_path, capture_output=True, check=False)
     assert (done.stdout, done.stderr) == (b"a\n", b"")
 
@@ -311,3 +312,37 @@ def test_a_span_leaves_out_what_is_before_and_behind(info):
 def test_a_span_that_ends_before_it_begins_is_refused(vextrace):
     done = vextrace("info", "--from", "1994-03-24", "--until", "1994-03-23", "-", input=SMALL)
     assert (done.returncode, done.stdout, done.stderr) == (2, b"", b"vextrace: --from: is later than --until\n")
+
+
+def test_several_traces_make_a_table(info, vextrace, tmp_path):
+    info(DRIVEN, fix(STAMP) + b"\0\0junk" + fix(STAMP + NANOSECONDS), CAN, b"")
+    (tmp_path / "späce.trace").write_bytes(fix(STAMP))
+    done = vextrace("info", "0.trace", "1.trace", "2.trace", "3.trace", "späce.trace")
+    assert done.returncode == 1
+    assert done.stdout.decode() == """\
+trace         begin                    h:mm:ss      fixes           km     km/h  damage
+0.trace       1994-03-23T12:35:19Z     0:00:09          2      111.319     37.0  none
+1.trace       1994-03-23T12:35:19Z     0:00:01          2        0.000     41.5  1 place
+2.trace       -                        0:00:00          0        0.000        -  none
+3.trace       -                        0:00:00          0        0.000        -  none
+späce.trace   1994-03-23T12:35:19Z     0:00:00          1        0.000     41.5  none
+all 5 traces  1994-03-23T12:35:19Z     0:00:10          5      111.319     41.5  1 place
+"""
+
+
+def test_the_table_takes_what_can_be_read(vextrace, tmp_path):
+    (tmp_path / "a").write_bytes(SMALL)
+    done = vextrace("info", "a", "missing", "a")
+    assert (done.returncode, len(done.stdout.splitlines())) == (2, 4)
+    assert done.stdout.splitlines()[-1].startswith(b"all 2 traces ")
+    assert done.stderr == b"vextrace: missing: cannot be read: No such file or directory\n"
+
+
+def test_rare_codes_are_folded_unless_all_is_asked_for(info, vextrace):
+    trace = b"".join(fix(STAMP + second * NANOSECONDS) for second in range(999))
+    garbled = b"".join(message(STAMP, b"$PXAA%d,1\n" % number) for number in range(2))
+    info(trace + garbled)
+    said = vextrace("info", "0.trace").stdout.decode()
+    assert "  sentences       2000: $GPGGA 999, $GPRMC 999, 2 rare codes 2\n" in said
+    said = vextrace("info", "--long", "0.trace").stdout.decode()
+    assert "  sentences       2000: $GPGGA 999, $GPRMC 999, $PXAA0 1, $PXAA1 1\n" in said

@@ -7,6 +7,7 @@
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
 #include "tools/trace/TraceProof.h"
+#include "tools/trace/kinds.h"
 
 namespace vextrace::tools {
 
@@ -47,6 +48,14 @@ std::string reportOf(const ProofCounters& counters, const RecordingRules& rules)
     return text;
 }
 
+void refuseSwapped(const CheckCommand& options) {
+    if (looksLikeTrace(frontOf(options.log)) && looksLikeLog(frontOf(options.trace))) {
+        throw UsageError(
+            fmt::format("LOG and TRACE are swapped: {} is a trace, and {} looks like NMEA",
+                        shownName(options.log), shownName(options.trace)));
+    }
+}
+
 }  // namespace
 
 int check(const CheckCommand& options) {
@@ -54,6 +63,7 @@ int check(const CheckCommand& options) {
     if (options.log == "-" && options.trace == "-") {
         throw UsageError("LOG and TRACE cannot both be standard input");
     }
+    refuseSwapped(options);
     InputFile log(options.log);
     InputFile trace(options.trace);
     OutputFile out("-", false, {log.identity(), trace.identity()});

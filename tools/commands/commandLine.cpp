@@ -34,7 +34,7 @@ void addOption(CLI::App& command, const OptionEntry& entry) {
         option->type_name(entry.value);
     }
     if (!entry.choices.empty()) {
-        option->check(CLI::IsMember(entry.choices));
+        option->transform(CLI::IsMember(entry.choices, CLI::ignore_case));
     }
 }
 
@@ -86,9 +86,40 @@ void takeMarks(const CommandEntry& command) {
     }
 }
 
+// What is wrong, with the first name that is.
+std::string refusalOf(const CLI::App& app, const CLI::ParseError& error,
+                      const std::vector<CommandEntry>& commands,
+                      const std::vector<std::string>& arguments) {
+    if (const std::optional<std::string> unknown = unknownName(commands, arguments)) {
+        return *unknown;
+    }
+    if (const std::optional<std::string> doubled = doubledOption(commands, arguments)) {
+        return *doubled;
+    }
+    const std::vector<std::string> rest = app.remaining(true);
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) && !rest.empty()) {
+        return escaped(rest.front()) + ": is one name too many";
+    }
+    return escaped(error.what());
+}
+
+// "vextrace" and "vextrace help COMMAND" as options.
+std::vector<std::string> withoutHelp(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
+        return {"--help"};
+    }
+    if (arguments.size() > 2 || arguments[0] != "help") {
+        return arguments;
+    }
+    std::vector<std::string> others(arguments.begin() + 1, arguments.end());
+    others.emplace_back("--help");
+    return others;
+}
+
 }  // namespace
 
-int runCommandLine(const std::vector<std::string>& arguments) {
+int runCommandLine(const std::vector<std::string>& given) {
+    const std::vector<std::string> arguments = withoutHelp(given);
     CLI::App app(
         "Records GPS receivers as traces, and looks at, converts, checks and mends them.\n"
         "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
@@ -100,13 +131,16 @@ int runCommandLine(const std::vector<std::string>& arguments) {
     for (const CommandEntry& command : commands) {
         addCommand(app, command);
     }
+    app.add_subcommand("help",
+                       "Shows the help of the program, or of a command.\n"
+                       "Example: vextrace help record");
     try {
         app.parse(forParser(arguments));
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) {
+        if (error.get_exit_code() == 0 && !unknownName(commands, arguments)) {
             return showHelp(app, error);
         }
-        throw UsageError(unknownName(commands, arguments).value_or(escaped(error.what())));
+        throw UsageError(refusalOf(app, error, commands, arguments));
     }
     for (const CommandEntry& command : commands) {
         if (app.got_subcommand(command.name)) {

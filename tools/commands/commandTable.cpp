@@ -11,6 +11,11 @@ namespace {
 
 constexpr bool REQUIRED = true;
 
+OptionEntry jobs(unsigned* to) {
+    return {"--jobs", "N", "for a folder: do so many at a time, instead of one for each processor",
+            to};
+}
+
 CommandEntry recordEntry() {
     const auto to = std::make_shared<RecordCommand>();
     return {
@@ -21,13 +26,16 @@ CommandEntry recordEntry() {
         "Example: vextrace record -o drive.trace --baud 9600 /dev/ttyACM0",
         {
             {"IN", "", "a log, a FIFO or a serial line; standard input unless given, or -",
-             &to->input},
-            {"-o,--output", "TRACE", "the trace; standard output unless given, or -", &to->output},
+             &to->inputs},
+            {"-o,--output", "TRACE",
+             "the trace; standard output unless given, or -; a folder/ takes one of each log",
+             &to->output},
             {"--append", "",
              "go on behind an existing trace; a torn message at its end is moved to a file "
              "beside it",
              &to->append},
             {"--force", "", "replace an existing file", &to->force},
+            jobs(&to->jobs),
             {"--baud", "RATE", "bits a second of a serial line; what it is set to unless given",
              &to->baud},
             {"--idle", "MILLISECONDS", "silence that ends an epoch, 500 unless given", &to->idle},
@@ -79,7 +87,9 @@ CommandEntry showEntry() {
 CommandEntry infoEntry() {
     const auto to = std::make_shared<InfoCommand>();
     return {"info",
-            "Sums up traces: what is in them, when and where it was recorded, how good it is.\n"
+            "Sums up traces: what is in them, when and where it was recorded, how good it is. Of "
+            "several\n"
+            "a table with a line each.\n"
             "Example: vextrace info drive.trace",
             {
                 {"--gap", "SECONDS", "call a longer pause a gap (5)", &to->gap},
@@ -87,6 +97,8 @@ CommandEntry infoEntry() {
                  "leave out what is before this time, such as 2026-11-21T12:35:19Z", &to->from},
                 {"--until", "UTC", "leave out what is behind this time", &to->until},
                 {"--json", "", "write JSON, for programs", &to->json},
+                {"--long", "", "write all of each trace where there are several, and rare codes",
+                 &to->longForm},
                 {"TRACE", "", "traces; - is standard input", &to->traces, REQUIRED},
             },
             [to] { return info(*to); }};
@@ -97,11 +109,15 @@ CommandEntry exportEntry() {
     return {
         "export",
         "Writes the fixes of traces, or their sentences, in a format that other programs read.\n"
-        "Example: vextrace export --to gpx -o drive.gpx drive.trace",
+        "Example: vextrace export -o drive.gpx drive.trace",
         {
-            {"--to", "FORMAT", "the format", &to->format, REQUIRED, exportFormats()},
-            {"-o,--output", "FILE", "file to write; standard output is -", &to->output},
+            {"--to,--format", "FORMAT",
+             "the format, where the name of the output does not end in it", &to->format, !REQUIRED,
+             exportFormats()},
+            {"-o,--output", "FILE",
+             "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
             {"--force", "", "replace the output where it exists", &to->force},
+            jobs(&to->jobs),
             {"--gap", "SECONDS", "begin a new line behind so long a time without a fix (5)",
              &to->gap},
             {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
@@ -137,20 +153,45 @@ CommandEntry checkEntry() {
             [to] { return check(*to); }};
 }
 
+CommandEntry cutEntry() {
+    const auto to = std::make_shared<CutCommand>();
+    return {"cut",
+            "Copies the messages of a span of time, of all types, byte for byte; of several traces "
+            "one\n"
+            "behind the other.\n"
+            "Example: vextrace cut --from 2026-11-21T12:35 --until 2026-11-21T12:40 -o part.trace "
+            "drive.trace",
+            {
+                {"--from", "UTC",
+                 "leave out what is before this time, such as 2026-11-21T12:35:19Z", &to->from},
+                {"--until", "UTC", "leave out what is behind this time", &to->until},
+                {"-o,--output", "TRACE", "file to write; standard output is -", &to->output},
+                {"--force", "", "replace the output where it exists", &to->force},
+                {"TRACE", "", "traces, in this order; standard input is -", &to->traces, REQUIRED},
+            },
+            [to] { return cut(*to); }};
+}
+
 CommandEntry repairEntry() {
     const auto to = std::make_shared<RepairCommand>();
-    return {"repair",
-            "Copies every message of a damaged trace that can be found, byte for byte, and names "
-            "the\n"
-            "bytes passed over. The status is 1 where there were any: OUT is whole, something is "
-            "lost.\n"
-            "Example: vextrace repair broken.trace mended.trace",
-            {
-                {"IN", "", "the trace; - is standard input", &to->input, REQUIRED},
-                {"OUT", "", "the file to write; - is standard output", &to->output, REQUIRED},
-                {"--force", "", "replace OUT where it exists", &to->force},
-            },
-            [to] { return repair(*to); }};
+    return {
+        "repair",
+        "Copies every message of a damaged trace that can be found, byte for byte, and names "
+        "the\n"
+        "bytes passed over. The status is 1 where there were any: OUT is whole, something is "
+        "lost.\n"
+        "Example: vextrace repair broken.trace mended.trace",
+        {
+            {"IN", "",
+             "the trace, and behind it OUT, the file to write; - is standard input or output",
+             &to->names, REQUIRED},
+            {"-o,--output", "OUT",
+             "the file to write, behind which all names are traces; a folder/ takes one of each",
+             &to->output},
+            {"--force", "", "replace OUT where it exists", &to->force},
+            jobs(&to->jobs),
+        },
+        [to] { return repair(*to); }};
 }
 
 CommandEntry reportEntry() {
@@ -160,8 +201,10 @@ CommandEntry reportEntry() {
         "Writes a page for the browser that shows a drive: track, speed, altitude, satellites.\n"
         "Example: vextrace report -o drive.html drive.trace",
         {
-            {"-o,--output", "FILE", "file to write; standard output is -", &to->output},
+            {"-o,--output", "FILE",
+             "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
             {"--force", "", "replace the output where it exists", &to->force},
+            jobs(&to->jobs),
             {"--gap", "SECONDS", "leave lines open behind so long a time without a fix (5)",
              &to->gap},
             {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
@@ -184,8 +227,8 @@ std::vector<std::string> OptionEntry::eachName() const {
 }
 
 std::vector<CommandEntry> commandTable() {
-    return {recordEntry(), showEntry(),   infoEntry(),  exportEntry(),
-            checkEntry(),  repairEntry(), reportEntry()};
+    return {recordEntry(), showEntry(), infoEntry(),   exportEntry(),
+            checkEntry(),  cutEntry(),  repairEntry(), reportEntry()};
 }
 
 }  // namespace vextrace::tools

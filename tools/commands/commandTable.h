@@ -11,8 +11,8 @@ namespace vextrace::tools {
 /// An option or an argument of a command, as data.
 struct OptionEntry {
     /// Where its value goes; a flag's is a bool.
-    using Target = std::variant<bool*, int*, double*, std::optional<unsigned>*, std::string*,
-                                std::vector<std::string>*>;
+    using Target = std::variant<bool*, int*, unsigned*, double*, std::optional<unsigned>*,
+                                std::string*, std::vector<std::string>*>;
 
     std::string names;  ///< "-o,--output"; an argument has one without dashes
     std::string value;  ///< what the help calls its value; empty for flags and arguments

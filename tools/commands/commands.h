@@ -13,9 +13,13 @@ namespace vextrace::tools {
 //
 // "-" as a name is standard input or standard output; an empty time, date or name was not given.
 
+//
+// An output that is a folder, or whose name ends in "/", takes a file for each input.
+
 struct RecordCommand {
-    std::string input = "-";
+    std::vector<std::string> inputs;  ///< none: standard input
     std::string output = "-";
+    unsigned jobs = 0;  ///< for folders: at most so many at a time; 0 is a job for each processor
     std::optional<unsigned> baud;
     int idle = 500;  ///< milliseconds
     bool append = false;
@@ -46,6 +50,7 @@ int show(const ShowCommand& options);
 struct InfoCommand {
     double gap = 5;  ///< seconds
     bool json = false;
+    bool longForm = false;
     std::string from;
     std::string until;
     std::vector<std::string> traces;
@@ -53,9 +58,10 @@ struct InfoCommand {
 int info(const InfoCommand& options);
 
 struct ExportCommand {
-    std::string format;
+    std::string format;  ///< empty: by the ending of the output
     std::string output = "-";
     bool force = false;
+    unsigned jobs = 0;
     double gap = 5;  ///< seconds
     std::string from;
     std::string until;
@@ -76,16 +82,27 @@ struct CheckCommand {
 };
 int check(const CheckCommand& options);
 
+struct CutCommand {
+    std::string output = "-";
+    bool force = false;
+    std::string from;
+    std::string until;
+    std::vector<std::string> traces;
+};
+int cut(const CutCommand& options);
+
 struct RepairCommand {
-    std::string input;
+    std::vector<std::string> names;  ///< the trace and the output; with an output below: traces
     std::string output;
     bool force = false;
+    unsigned jobs = 0;
 };
 int repair(const RepairCommand& options);
 
 struct ReportCommand {
     std::string output = "-";
     bool force = false;
+    unsigned jobs = 0;
     double gap = 5;  ///< seconds
     std::string from;
     std::string until;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
@@ -14,6 +15,7 @@
 #include "tools/io/json.h"
 #include "tools/io/plural.h"
 #include "tools/trace/Summary.h"
+#include "tools/trace/SummaryTable.h"
 #include "tools/trace/summaryText.h"
 #include "tools/trace/walkTraces.h"
 
@@ -42,18 +44,36 @@ public:
 
 class TextReport : public Report {
 public:
-    explicit TextReport(OutputFile& destination) : output(destination) {}
+    TextReport(OutputFile& destination, bool isLong) : output(destination), longForm(isLong) {}
     void addTrace(const std::string& name, const Summary& summary) override {
-        output.write(fmt::format("{}\n{}", shownName(name), summaryText(summary)));
+        output.write(fmt::format("{}\n{}", shownName(name), summaryText(summary, longForm)));
     }
     void addAll(uint64_t traces, const Summary& all) override {
         if (traces > 1) {
-            output.write(fmt::format("all {}\n{}", counted(traces, "trace"), summaryText(all)));
+            output.write(
+                fmt::format("all {}\n{}", counted(traces, "trace"), summaryText(all, longForm)));
         }
     }
 
 private:
     OutputFile& output;
+    bool longForm;
+};
+
+class TableReport : public Report {
+public:
+    TableReport(OutputFile& destination, const std::vector<std::string>& traces)
+        : output(destination), table(traces) {
+        output.write(table.head());
+    }
+    void addTrace(const std::string& name, const Summary& summary) override {
+        output.write(table.row(name, summary));
+    }
+    void addAll(uint64_t /*traces*/, const Summary& /*all*/) override { output.write(table.sum()); }
+
+private:
+    OutputFile& output;
+    SummaryTable table;
 };
 
 // {"files": [{"file": ...}, ...], "all": {"files": N, ...}}
@@ -81,11 +101,14 @@ private:
     const char* separator = "\n";
 };
 
-std::unique_ptr<Report> makeReport(bool isJson, OutputFile& output) {
-    if (isJson) {
+std::unique_ptr<Report> makeReport(const InfoCommand& options, OutputFile& output) {
+    if (options.json) {
         return std::make_unique<JsonReport>(output);
     }
-    return std::make_unique<TextReport>(output);
+    if (options.traces.size() > 1 && !options.longForm) {
+        return std::make_unique<TableReport>(output, options.traces);
+    }
+    return std::make_unique<TextReport>(output, options.longForm);
 }
 
 class Info : public TraceVisitor {
@@ -151,7 +174,7 @@ int info(const InfoCommand& options) {
     walk.traces = options.traces;
     walk.span = spanArgument(options.from, options.until);
     OutputFile output("-", false, statusesThatExist(options.traces));
-    const std::unique_ptr<Report> report = makeReport(options.json, output);
+    const std::unique_ptr<Report> report = makeReport(options, output);
     Info visitor(*report, gap, options.traces.size() == 1);
     const Walked walked = walkTraces(walk, visitor);
     if (visitor.finish()) {

@@ -5,6 +5,7 @@
 
 #include "libvexstream/utc.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/folders.h"
 #include "tools/io/escape.h"
 #include "tools/trace/Recorder.h"
 
@@ -25,8 +26,6 @@ constexpr int LONGEST_IDLE = 24 * 3600 * 1000;
 
 RecordOptions optionsOf(const RecordCommand& arguments) {
     RecordOptions options;
-    options.input = arguments.input;
-    options.output = arguments.output;
     if (arguments.append || arguments.force) {
         options.existing = arguments.append ? ExistingTrace::APPEND : ExistingTrace::REPLACE;
     }
@@ -53,7 +52,19 @@ int record(const RecordCommand& options) {
     if (options.append && options.force) {
         throw UsageError("--append, --force: one of them at most");
     }
-    return Recorder(optionsOf(options)).run();
+    RecordOptions recording = optionsOf(options);
+    const auto recordOne = [&](const std::string& input, const std::string& output) {
+        recording.input = input;
+        recording.output = output;
+        return Recorder(recording).run();
+    };
+    if (isFolder(options.output)) {
+        return fillFolder({options.inputs, options.output, ".trace", options.jobs, recordOne});
+    }
+    if (options.inputs.size() > 1) {
+        throw UsageError("-o: several logs need a folder for their traces, such as traces/");
+    }
+    return recordOne(options.inputs.empty() ? "-" : options.inputs.front(), options.output);
 }
 
 }  // namespace vextrace::tools

@@ -1,67 +1,55 @@
 #include <fmt/core.h>
 
 #include <string>
-#include <string_view>
 
 #include "tools/commands/commands.h"
+#include "tools/commands/folders.h"
 #include "tools/io/FileStatus.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
-#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
+#include "tools/trace/MessageCopy.h"
 #include "tools/trace/walkTraces.h"
 
 namespace vextrace::tools {
 
 namespace {
 
-std::string_view textOf(std::span<const uint8_t> bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+int repairOne(const std::string& input, const std::string& output, bool force) {
+    OutputFile file(output, force, inputStatuses({input}));
+    MessageCopy copy(file);
+    Walk walk;
+    walk.traces = {input};
+    const Walked walked = walkTraces(walk, copy);
+    if (walked.foundTrace) {
+        file.commit();
+        tell(fmt::format("{}: {}", shownName(input), copy.summary()));
+    }
+    return walked.status;
 }
-
-/// Copies the messages, and counts what is copied and what is not.
-class Copy : public TraceVisitor {
-public:
-    explicit Copy(OutputFile& destination) : output(destination) {}
-
-    void addMessage(const TraceItem& message, uint64_t /*number*/) override {
-        output.write(textOf(message.bytes));
-        bytes += message.length;
-        ++messages;
-    }
-
-    void addDamage(const TraceItem& damage) override {
-        ++damagedPlaces;
-        damagedBytes += damage.length;
-    }
-
-    std::string summary() const {
-        return fmt::format("{}, {} kept; {}, {} passed over", counted(messages, "message"),
-                           counted(bytes, "byte"), counted(damagedPlaces, "damaged place"),
-                           counted(damagedBytes, "byte"));
-    }
-
-private:
-    OutputFile& output;
-    uint64_t messages = 0;
-    uint64_t bytes = 0;
-    uint64_t damagedPlaces = 0;
-    uint64_t damagedBytes = 0;
-};
 
 }  // namespace
 
 int repair(const RepairCommand& options) {
-    OutputFile output(options.output, options.force, inputStatuses({options.input}));
-    Copy copy(output);
-    Walk walk;
-    walk.traces = {options.input};
-    const Walked walked = walkTraces(walk, copy);
-    if (walked.foundTrace) {
-        output.commit();
-        tell(fmt::format("{}: {}", shownName(options.input), copy.summary()));
+    const auto run = [&](const std::string& input, const std::string& output) {
+        return repairOne(input, output, options.force);
+    };
+    std::vector<std::string> traces = options.names;
+    std::string output = options.output;
+    if (output.empty()) {
+        if (traces.size() < 2) {
+            throw UsageError("OUT is required");
+        }
+        output = traces.back();
+        traces.pop_back();
     }
-    return walked.status;
+    if (isFolder(output)) {
+        return fillFolder({traces, output, ".trace", options.jobs, run});
+    }
+    if (traces.size() != 1) {
+        throw UsageError("several traces need a folder for what is kept of them, such as mended/");
+    }
+    return run(traces.front(), output);
 }
 
 }  // namespace vextrace::tools

@@ -9,6 +9,7 @@
 #include "libvexstream/Fix.h"
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
+#include "tools/commands/folders.h"
 #include "tools/io/FileStatus.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Spool.h"
@@ -187,6 +188,15 @@ void Report::drawItems(ByteSource& source, uint64_t end, Drawing& drawing) {
 }  // namespace
 
 int report(const ReportCommand& options) {
+    if (isFolder(options.output)) {
+        return fillFolder({options.traces, options.output, ".html", options.jobs,
+                           [&](const std::string& input, const std::string& output) {
+                               ReportCommand one = options;
+                               one.traces = {input};
+                               one.output = output;
+                               return Report(one).run();
+                           }});
+    }
     return Report(options).run();
 }
 

@@ -44,6 +44,7 @@ std::vector<std::string> commandNames(const std::vector<CommandEntry>& commands)
     for (const CommandEntry& command : commands) {
         names.push_back(command.name);
     }
+    names.emplace_back("help");
     return names;
 }
 
@@ -104,6 +105,27 @@ std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands
                                    hint(argument, commandNames(commands)));
             }
             command = &*named;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> doubledOption(const std::vector<CommandEntry>& commands,
+                                         const std::vector<std::string>& arguments) {
+    for (const CommandEntry& command : commands) {
+        if (arguments.empty() || arguments.front() != command.name) {
+            continue;
+        }
+        for (const OptionEntry& option : command.options) {
+            const std::vector<std::string> names = option.eachName();
+            const auto end = std::find(arguments.begin(), arguments.end(), "--");
+            const auto count =
+                std::count_if(arguments.begin(), end, [&](const std::string& argument) {
+                    return isOption(argument) && exists(optionName(argument), names);
+                });
+            if (count > 1 && !option.value.empty()) {
+                return fmt::format("{}: is given {} times", names.front(), count);
+            }
         }
     }
     return std::nullopt;

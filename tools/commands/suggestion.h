@@ -15,4 +15,8 @@ namespace vextrace::tools {
 std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands,
                                        const std::vector<std::string>& arguments);
 
+/// The same, where an option that takes one value is given twice.
+std::optional<std::string> doubledOption(const std::vector<CommandEntry>& commands,
+                                         const std::vector<std::string>& arguments);
+
 }  // namespace vextrace::tools

@@ -30,6 +30,10 @@ void TerminalLine::erase() {
     }
 }
 
+void TerminalLine::forget() {
+    current = nullptr;
+}
+
 // Blanks erase what the text leaves of the line before it; every terminal knows them.
 void TerminalLine::show(std::string text) {
     if (fd < 0) {

@@ -26,6 +26,9 @@ public:
     /// Erases the line where there is one, before something else is written to the terminal.
     static void erase();
 
+    /// For a process that was divided off: the line is its parent's business.
+    static void forget();
+
 private:
     size_t columns() const;
 

@@ -29,9 +29,12 @@ bool outputIsTerminal() {
 }
 
 void tell(std::string_view text) {
+    tellLines(fmt::format("vextrace: {}\n", text));
+}
+
+void tellLines(std::string_view lines) {
     TerminalLine::erase();
-    const std::string line = fmt::format("vextrace: {}\n", text);
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, lines.data(), lines.size());
 }
 
 }  // namespace vextrace::tools

@@ -19,4 +19,7 @@ bool outputIsTerminal();
 /// status still tells.
 void tell(std::string_view text);
 
+/// Writes whole lines to standard error, as another process told them.
+void tellLines(std::string_view lines);
+
 }  // namespace vextrace::tools

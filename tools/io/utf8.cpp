@@ -1,5 +1,7 @@
 #include "tools/io/utf8.h"
 
+#include <algorithm>
+
 namespace vextrace::tools {
 
 namespace {
@@ -41,6 +43,12 @@ bool isUtf8(std::string_view text) {
         text.remove_prefix(length);
     }
     return true;
+}
+
+size_t characterCount(std::string_view text) {
+    return text.size() - static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) {
+               return isContinuation(static_cast<unsigned char>(c));
+           }));
 }
 
 uint32_t codePoint(std::string_view character) {

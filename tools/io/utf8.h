@@ -12,6 +12,9 @@ size_t characterLength(std::string_view text);
 
 bool isUtf8(std::string_view text);
 
+/// How many characters there are, in a text that is UTF-8.
+size_t characterCount(std::string_view text);
+
 /// The number of a character, given its bytes.
 uint32_t codePoint(std::string_view character);
 

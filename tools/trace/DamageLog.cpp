@@ -6,6 +6,7 @@
 
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
+#include "tools/trace/kinds.h"
 
 namespace vextrace::tools {
 
@@ -22,7 +23,9 @@ void DamageLog::add(const TraceItem& damage) {
     passedOver += damage.length;
     const std::string length = counted(damage.length, "byte");
     if (damage.offset == 0 && damage.reachesEnd) {
-        tell(fmt::format("{}: no trace: {} without any message", name, length));
+        tell(fmt::format(
+            "{}: no trace: {} without any message{}", name, length,
+            looksLikeLog(damage.bytes) ? "; it looks like NMEA: vextrace record first" : ""));
     } else if (count <= TOLD_PLACES) {
         tell(fmt::format("{}: damaged at byte {}, {} passed over: {}", name, damage.offset, length,
                          damage.reason));

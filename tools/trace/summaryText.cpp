@@ -16,6 +16,9 @@ namespace vextrace::tools {
 
 namespace {
 
+// A code that is a smaller part of the sentences is rare: mostly one that was garbled.
+constexpr uint64_t RARE = 1000;
+
 constexpr uint64_t NANOSECONDS = 1'000'000'000;
 
 double seconds(timeStamp_t nanoseconds) {
@@ -53,12 +56,22 @@ std::string messagesText(const Summary& summary) {
     return text;
 }
 
-std::string sentencesText(const SentenceCounts& sentences) {
+std::string sentencesText(const SentenceCounts& sentences, bool isLong) {
+    uint64_t rareCodes = 0;
+    uint64_t rare = 0;
     std::string text = fmt::format("{}", sentences.total());
     std::string_view separator = ": ";
     for (const auto& [code, count] : sentences.byCode()) {
+        if (!isLong && count < sentences.total() / RARE) {
+            ++rareCodes;
+            rare += count;
+            continue;
+        }
         text += fmt::format("{}{} {}", separator, escaped(code), count);
         separator = ", ";
+    }
+    if (rareCodes != 0) {
+        text += fmt::format(", {} {}", counted(rareCodes, "rare code"), rare);
     }
     if (sentences.others() != 0) {
         text += fmt::format(", further codes {}", sentences.others());
@@ -191,12 +204,12 @@ Json boxJson(const std::optional<Box>& box) {
 
 }  // namespace
 
-std::string summaryText(const Summary& summary) {
+std::string summaryText(const Summary& summary, bool isLong) {
     Lines lines;
     lines.add("bytes", fmt::format("{}", summary.bytes));
     lines.add("messages", messagesText(summary));
     lines.add("damage", damageText(summary));
-    lines.add("sentences", sentencesText(summary.sentences));
+    lines.add("sentences", sentencesText(summary.sentences, isLong));
     lines.add("checksums",
               fmt::format("{} wrong, {} missing", summary.wrongChecksums, summary.noChecksums));
     lines.add("time", timeText(summary));

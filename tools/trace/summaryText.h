@@ -9,7 +9,8 @@ namespace vextrace::tools {
 
 /// A summary for people: a line for each kind of number, with units; "none" where there is no
 /// value.
-std::string summaryText(const Summary& summary);
+/// \param isLong  whether codes that are less than a thousandth of the sentences have a count each
+std::string summaryText(const Summary& summary, bool isLong);
 
 /// A summary for programs, behind a member that says of what. These keys are stable; a value that
 /// is not known is null.
