@@ -401,8 +401,7 @@ def test_touches_no_output_when_the_input_cannot_be_read(vextrace, folder, name,
 
 @pytest.mark.parametrize("name, line", [
     ("missing/trace", "missing/trace: cannot be written: No such file or directory"),
-    ("log/trace", "log/trace: cannot be written: Not a directory"),
-    (".", ".: is a directory")])
+    ("log/trace", "log/trace: cannot be written: Not a directory")])
 def test_refuses_outputs_that_cannot_be_opened(vextrace, folder, name, line):
     refused(vextrace("record", "-o", name, "log"), line)
 

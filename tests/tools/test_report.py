@@ -332,10 +332,18 @@ def test_leaves_lines_open_behind_a_gap_of_any_length(vextrace, tmp_path):
 
 
 def test_leaves_fixes_with_a_wrong_checksum_out(vextrace, tmp_path):
-    put(tmp_path, "drive.trace", fix(0) + fix(1).replace(b",084.4,", b",084.5,") + fix(2))
+    wrong = fix(1).replace(b",084.4,", b",084.5,").replace(b",08,", b",09,")
+    put(tmp_path, "drive.trace", fix(0) + wrong + fix(2))
     page = vextrace("report", "drive.trace").stdout
     assert data_of(page)["steps"] == [0, 1] and data_of(page)["unit"] == str(2 * SECOND)
     assert "1 fix is left out of the track, the charts and the numbers" in text_of(page)
+
+
+def test_a_sentence_with_a_wrong_checksum_takes_no_right_one_along(vextrace, tmp_path):
+    put(tmp_path, "drive.trace", fix(0) + fix(1).replace(b",084.4,", b",084.5,") + fix(2))
+    data = data_of(vextrace("report", "drive.trace").stdout)
+    assert data["steps"] == [0, 1, 1]
+    assert data["course"][1] is None and data["altitude"][1] is not None
 
 
 @pytest.mark.parametrize("arguments, reason", [
