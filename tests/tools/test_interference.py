@@ -84,5 +84,6 @@ def test_lets_one_recorder_write_to_a_file_on_standard_output(start, vextrace, p
         assert (second.returncode, second.stderr) == (
             2, b"vextrace: standard output: is being recorded by another program\n")
         recorder.stop()
-        for _ in range(2):  # others may hold the file open
-            assert vextrace("record", DRIVE, stdout=out, stderr=subprocess.PIPE).returncode == 0
+        # A shell may hold the file open that it opened for the first one.
+        assert vextrace("record", DRIVE, stdout=out, stderr=subprocess.PIPE).returncode == 0
+        assert vextrace("record", "--append", "-o", "trace", DRIVE).returncode == 0

@@ -2,6 +2,8 @@
 import contextlib
 import fcntl
 import os
+import pathlib
+import re
 import select
 import signal
 import subprocess
@@ -91,7 +93,10 @@ def test_ends_by_a_signal_while_a_reader_is_slow(start, pipe, tmp_path):
     epochs = b"".join(sentence(b"GPRMC,1235%02d,A," % (i % 60) + b"x" * 900) for i in range(40))
     os.write(pipe[1], epochs)
     wait_until(lambda: unread(slow) > 3000 and unread(pipe[0]) == 0)
+    status = pathlib.Path(f"/proc/{recorder.process.pid}/status")
+    wait_until(lambda: re.search(r"State:\s+S", status.read_text()))  # until there is room
     recorder.process.send_signal(signal.SIGINT)
+    wait_until(lambda: re.search(r"ShdPnd:\s+0+\n", status.read_text()))  # it was delivered
     trace = b""
     deadline = time.monotonic() + PATIENCE
     while (recorder.process.poll() is None or select.select([slow], [], [], 0)[0]) and (
@@ -107,7 +112,8 @@ def test_ends_by_a_signal_while_a_reader_is_slow(start, pipe, tmp_path):
 
 
 def test_ends_by_a_signal_where_the_source_never_pauses(start, pipe):
-    sources = [subprocess.Popen(["cat", "/dev/zero"], stdout=pipe[1]) for _ in range(2)]
+    fcntl.fcntl(pipe[1], fcntl.F_SETPIPE_SZ, 1 << 20)
+    sources = [subprocess.Popen(["cat", "/dev/zero"], stdout=pipe[1]) for _ in range(4)]
     try:
         recorder = start("--idle", NEVER, stdin=pipe[0])
         time.sleep(0.1)
