@@ -25,6 +25,7 @@ public:
 
     /// Of a message, which must outlive the view and not change meanwhile.
     // NOLINTNEXTLINE(google-explicit-constructor): a view stands for its message
+    // cppcheck-suppress noExplicitConstructor
     GpsView(const GPSTraceMessage& message);
 
     /// Views another message in its byte-array form. Where its payload is what the library writes

@@ -85,14 +85,18 @@ int ofId(uint16_t id) {
     return messageName(type).empty() ? OF_FREE_ID : OF_NAMED_ID;
 }
 
-// Asked at every byte.
-const auto ID_BITS = [] {
-    std::array<int8_t, 0x10000> bits;
+using IdBits = std::array<int8_t, 0x10000>;
+
+IdBits bitsOfIds() {
+    IdBits bits = {};
     for (size_t i = 0; i < bits.size(); ++i) {
         bits[i] = static_cast<int8_t>(ofId(static_cast<uint16_t>(i)));
     }
     return bits;
-}();
+}
+
+// Asked at every byte.
+const IdBits ID_BITS = bitsOfIds();
 
 int idOf(const uint8_t* header) {
     return ID_BITS[number16(header + MessageBase::MO_MSGID)];

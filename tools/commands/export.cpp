@@ -139,7 +139,7 @@ int exportTraces(const ExportCommand& options) {
     if (!isFolder(options.output)) {
         return exportTo(format, options, "");
     }
-    return fillFolder({options.traces, options.output, "." + std::string(format.name), options.jobs,
+    return fillFolder({options.traces, options.output, fmt::format(".{}", format.name), options.jobs,
                        [&](const std::string& input, const std::string& output) {
                            ExportCommand one = options;
                            one.traces = {input};
