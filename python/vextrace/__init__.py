@@ -14,7 +14,11 @@ Examples
 48.11729999999999
 """
 
-from ._table import COLUMNS, fixes, frame
+import datetime
+from collections.abc import Iterator
+from typing import Optional, Union
+
+from ._table import COLUMNS, Buffer, Source, fixes, frame
 from ._vextrace import Damage, Fix, GPSTraceMessage, Message, __version__, _record, _TraceIterator
 
 __all__ = [
@@ -31,7 +35,7 @@ __all__ = [
 ]
 
 
-def read(trace):
+def read(trace: Source) -> Iterator[Union[Message, Damage]]:
     """Reads a trace message by message, over damage.
 
     Parameters
@@ -49,11 +53,21 @@ def read(trace):
     ------
     FileNotFoundError, PermissionError, OSError
         When the file cannot be read.
+    TypeError
+        When it is nothing of the above.
+
+    Examples
+    --------
+    >>> for item in vextrace.read("drive.trace"):  # doctest: +SKIP
+    ...     if isinstance(item, vextrace.Damage):
+    ...         print(item.offset, item.length, item.reason)
+    ...     elif item.fix:
+    ...         print(item.time, item.fix.latitude, item.fix.longitude)
     """
     return _TraceIterator(trace)
 
 
-def record(log, *, date=None):
+def record(log: Buffer, *, date: Optional[Union[str, datetime.date]] = None) -> bytes:
     """Records what a receiver sent, as the program ``vextrace record`` does.
 
     Parameters
@@ -68,5 +82,10 @@ def record(log, *, date=None):
     -------
     bytes
         The trace; empty where the log holds no sentence.
+
+    Raises
+    ------
+    ValueError
+        When ``date`` is no day.
     """
     return _record(log, "" if date is None else str(date))

@@ -1,11 +1,32 @@
 """Fixes of traces as columns."""
 
+from __future__ import annotations
+
 import datetime
 import os
+from collections.abc import Iterable, Sequence
+from typing import TYPE_CHECKING, Any, Optional, Protocol, Union
 
 import numpy
 
 from . import _vextrace
+
+if TYPE_CHECKING:
+    import pandas
+
+#: Bytes in memory; anything else with a buffer will do, too.
+Buffer = Union[bytes, bytearray, memoryview]
+
+
+class Readable(Protocol):
+    """A file object that was opened in binary mode."""
+
+    def read(self, size: int, /) -> bytes: ...
+
+
+Source = Union[str, "os.PathLike[str]", "os.PathLike[bytes]", Buffer, Readable]
+Time = Union[str, datetime.date, numpy.datetime64]
+_Findings = list[tuple[str, _vextrace._Findings]]
 
 _LATEST = 2**64 - 1
 _CHECKSUMS = ("none", "wrong", "right")
@@ -38,7 +59,13 @@ _UNITS = {
 }
 
 
-def fixes(traces, *, from_=None, until=None, unchecked=False):
+def fixes(
+    traces: Union[Source, Iterable[Source]],
+    *,
+    from_: Optional[Time] = None,
+    until: Optional[Time] = None,
+    unchecked: bool = False,
+) -> dict[str, numpy.ndarray[Any, Any]]:
     """Reads the fixes of traces into arrays.
 
     Parameters
@@ -63,10 +90,14 @@ def fixes(traces, *, from_=None, until=None, unchecked=False):
         When a file cannot be read.
     ValueError
         When one is no trace, or a time is none.
+
+    Examples
+    --------
+    >>> columns = vextrace.fixes(["a.trace", "b.trace"])  # doctest: +SKIP
+    >>> columns["speed_kmh"].max()  # doctest: +SKIP
     """
     columns, names, _ = _read(traces, from_, until, unchecked)
-    names = numpy.array(names, dtype=object)
-    columns["trace"] = names[columns["trace"]]
+    columns["trace"] = numpy.array(names, dtype=object)[columns["trace"]]
     columns["checksum"] = numpy.array(_CHECKSUMS, dtype=object)[columns["checksum"]]
     for name in _MASKED:
         values, mask = columns[name]
@@ -74,7 +105,13 @@ def fixes(traces, *, from_=None, until=None, unchecked=False):
     return columns
 
 
-def frame(traces, *, from_=None, until=None, unchecked=False):
+def frame(
+    traces: Union[Source, Iterable[Source]],
+    *,
+    from_: Optional[Time] = None,
+    until: Optional[Time] = None,
+    unchecked: bool = False,
+) -> pandas.DataFrame:
     """Reads the fixes of traces into a pandas table.
 
     Parameters
@@ -93,6 +130,11 @@ def frame(traces, *, from_=None, until=None, unchecked=False):
     ------
     FileNotFoundError, PermissionError, OSError, ValueError
         As of `fixes`.
+
+    Examples
+    --------
+    >>> table = vextrace.frame("drive.trace", from_="2026-11-21T12:00")  # doctest: +SKIP
+    >>> table[table.valid].speed_kmh.describe()  # doctest: +SKIP
     """
     columns, names, findings = _read(traces, from_, until, unchecked)
     table = _frame(columns, names)
@@ -100,8 +142,8 @@ def frame(traces, *, from_=None, until=None, unchecked=False):
     return table
 
 
-def _damage(findings):
-    damage = {}
+def _damage(findings: _Findings) -> dict[str, dict[str, int]]:
+    damage: dict[str, dict[str, int]] = {}
     for name, found in findings:
         if found.places:
             counts = damage.setdefault(name, {"places": 0, "bytes": 0})
@@ -113,12 +155,17 @@ def _damage(findings):
 _MASKED = ("time_ns", "satellites", "quality")
 
 
-def _read(traces, from_, until, unchecked):
+def _read(
+    traces: Union[Source, Iterable[Source]],
+    from_: Optional[Time],
+    until: Optional[Time],
+    unchecked: bool,
+) -> tuple[dict[str, Any], list[str], _Findings]:
     """Columns as they are filled, the names, and what was found in each trace."""
     table = _vextrace._FixTable(_stamp(from_, 0), _stamp(until, _LATEST), unchecked)
     sources = _sources(traces)
     names = [_name(source) for source in sources]
-    numbers = {}
+    numbers: dict[str, int] = {}
     for name in names:
         numbers.setdefault(name, len(numbers))
     findings = []
@@ -130,13 +177,13 @@ def _read(traces, from_, until, unchecked):
     return _taken(table), list(numbers), findings
 
 
-def _taken(table):
+def _taken(table: _vextrace._FixTable) -> dict[str, Any]:
     columns = table.take()
     columns["time_utc"] = columns["time_utc"].view("datetime64[ns]")
     return columns
 
 
-def _frame(columns, names):
+def _frame(columns: dict[str, Any], names: Sequence[str]) -> pandas.DataFrame:
     import pandas
 
     columns["trace"] = pandas.Categorical.from_codes(columns["trace"].view("int32"), names)
@@ -148,7 +195,7 @@ def _frame(columns, names):
     return table
 
 
-def _sources(traces):
+def _sources(traces: Any) -> Sequence[Any]:
     if isinstance(traces, (list, tuple)):
         return traces
     if isinstance(traces, (str, os.PathLike)) or hasattr(traces, "read") or _is_buffer(traces):
@@ -156,7 +203,7 @@ def _sources(traces):
     return list(traces)
 
 
-def _is_buffer(thing):
+def _is_buffer(thing: Any) -> bool:
     try:
         memoryview(thing).release()
     except TypeError:
@@ -164,18 +211,18 @@ def _is_buffer(thing):
     return True
 
 
-def _name(source):
+def _name(source: Any) -> str:
     if isinstance(source, (str, os.PathLike)):
         return os.fsdecode(source)
     name = getattr(source, "name", "")
     return name if isinstance(name, str) else ""
 
 
-def _counted(count):
+def _counted(count: int) -> str:
     return "1 byte" if count == 1 else f"{count} bytes"
 
 
-def _stamp(time, default):
+def _stamp(time: Any, default: int) -> int:
     """Nanoseconds since 1970 of what a user gave as a time."""
     if time is None:
         return default

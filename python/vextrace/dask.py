@@ -1,7 +1,7 @@
 """Fixes of a fleet as a table of Dask: read in parts, by as many processes and machines as there are.
 
-A part is a trace, or a span of bytes of a large one, or several small ones. The scheduler moves names
-and spans alone; each worker reads its traces itself, wherever ``fsspec`` reaches.
+A part is a trace, or a span of bytes of a large one, or several small ones. The scheduler moves
+names and spans alone; each worker reads its traces itself, wherever ``fsspec`` reaches.
 
 Examples
 --------
@@ -10,7 +10,11 @@ Examples
 >>> fixes[fixes.valid].groupby("trace").speed_kmh.max().compute()  # doctest: +SKIP
 """
 
+from __future__ import annotations
+
 import os
+from collections.abc import Iterable
+from typing import Any, Optional, Union
 
 import dask.dataframe
 import fsspec
@@ -22,17 +26,21 @@ from . import _table, _vextrace
 
 __all__ = ["frame"]
 
+_Name = Union[str, "os.PathLike[str]"]
+_Span = tuple[str, int, Optional[int]]
+_Errors = list[tuple[str, str]]
+
 
 def frame(
-    traces,
+    traces: Union[_Name, Iterable[_Name]],
     *,
-    blocksize="64MB",
-    from_=None,
-    until=None,
-    unchecked=False,
-    errors="raise",
-    storage_options=None,
-):
+    blocksize: Union[str, int] = "64MB",
+    from_: Optional[_table.Time] = None,
+    until: Optional[_table.Time] = None,
+    unchecked: bool = False,
+    errors: str = "raise",
+    storage_options: Optional[dict[str, Any]] = None,
+) -> dask.dataframe.DataFrame:
     """Makes a table of the fixes of many traces; reads none of them yet.
 
     Parameters
@@ -67,7 +75,7 @@ def frame(
     """
     if errors not in ("raise", "report"):
         raise ValueError(f'errors is "raise" or "report", not {errors!r}')
-    options = {
+    options: dict[str, Any] = {
         "from_": _table._stamp(from_, 0),
         "until": _table._stamp(until, _table._LATEST),
         "unchecked": bool(unchecked),
@@ -80,12 +88,15 @@ def frame(
     )
 
 
-def _files(traces, storage_options):
+def _files(
+    traces: Union[_Name, Iterable[_Name]], storage_options: dict[str, Any]
+) -> list[tuple[str, int]]:
     """Names and sizes, in the order that was given; those of a pattern in that of their names."""
     if isinstance(traces, (str, os.PathLike)):
         traces = [traces]
-    files = []
-    for pattern in map(os.fspath, traces):
+    files: list[tuple[str, int]] = []
+    for given in traces:
+        pattern = os.fspath(given)
         system, path = fsspec.core.url_to_fs(pattern, **storage_options)
         names = sorted(system.glob(path)) if _is_pattern(path) else [path]
         if not names:
@@ -94,28 +105,29 @@ def _files(traces, storage_options):
     return files
 
 
-def _is_pattern(path):
+def _is_pattern(path: str) -> bool:
     return any(character in path for character in "*?[")
 
 
-def _url(system, name):
-    return name if _is_local(system) else system.unstrip_protocol(name)
+def _url(system: Any, name: str) -> str:
+    return name if _is_local(system) else str(system.unstrip_protocol(name))
 
 
-def _is_local(system):
+def _is_local(system: Any) -> bool:
     return system.protocol == "file" or "file" in system.protocol
 
 
-def _parts(files, blocksize):
-    """Lists of (name, begin, end), each of about ``blocksize`` bytes; the last end of a name is None."""
+def _parts(files: list[tuple[str, int]], blocksize: int) -> list[list[_Span]]:
+    """Spans of about ``blocksize`` bytes together: name, begin, end; the last end of a name is None."""
     if blocksize < 1:
         raise ValueError("blocksize is at least 1 byte")
-    parts = []
-    small, size = [], 0
+    parts: list[list[_Span]] = []
+    small: list[_Span] = []
+    size = 0
     for name, length in files:
         if length > blocksize:
             begins = range(0, length, blocksize)
-            ends = [*begins[1:], None]
+            ends: list[Optional[int]] = [*begins[1:], None]
             parts.extend([(name, begin, end)] for begin, end in zip(begins, ends))
             continue
         if small and size + length > blocksize:
@@ -128,10 +140,18 @@ def _parts(files, blocksize):
     return parts
 
 
-def _read_part(spans, *, from_, until, unchecked, report, storage_options):
+def _read_part(
+    spans: list[_Span],
+    *,
+    from_: int,
+    until: int,
+    unchecked: bool,
+    report: bool,
+    storage_options: dict[str, Any],
+) -> pandas.DataFrame:
     table = _vextrace._FixTable(from_, until, unchecked)
-    names = {}
-    errors = []
+    names: dict[str, int] = {}
+    errors: _Errors = []
     for name, begin, end in spans:
         number = names.setdefault(name, len(names))
         try:
@@ -145,7 +165,14 @@ def _read_part(spans, *, from_, until, unchecked, report, storage_options):
     return _part(table, list(names), errors if report else None)
 
 
-def _read_span(table, number, name, begin, end, storage_options):
+def _read_span(
+    table: _vextrace._FixTable,
+    number: int,
+    name: str,
+    begin: int,
+    end: Optional[int],
+    storage_options: dict[str, Any],
+) -> _Errors:
     system, path = fsspec.core.url_to_fs(name, **storage_options)
     if _is_local(system):
         found = table.add(path, number, begin, end)
@@ -160,7 +187,9 @@ def _read_span(table, number, name, begin, end, storage_options):
     return [(name, f"damaged at byte {found.first_damage}: {found.first_reason}{further}")]
 
 
-def _part(table, names, errors):
+def _part(
+    table: _vextrace._FixTable, names: list[str], errors: Optional[_Errors]
+) -> pandas.DataFrame:
     columns = _table._taken(table)
     del columns["message"]
     part = _table._frame(columns, names)
@@ -176,7 +205,7 @@ def _part(table, names, errors):
     return pandas.concat([part, faults.astype(part.dtypes)], ignore_index=True)
 
 
-def _meta(report):
+def _meta(report: bool) -> pandas.DataFrame:
     """An empty part, whose traces are not known yet."""
     part = _part(_vextrace._FixTable(0, 0, False), [], [] if report else None)
     return clear_known_categories(part, cols=["trace"])
