@@ -167,18 +167,20 @@ private:
 
 void addFixTable(py::module_& module) {
     using namespace py::literals;
-    py::class_<Findings>(module, "_Findings")
-        .def_readonly("bytes", &Findings::bytes)
+    py::class_<Findings> findings(module, "_Findings", py::is_final());
+    findings.def_readonly("bytes", &Findings::bytes)
         .def_readonly("messages", &Findings::messages)
         .def_readonly("places", &Findings::places)
         .def_readonly("damaged_bytes", &Findings::damagedBytes)
         .def_readonly("first_damage", &Findings::firstDamage)
         .def_readonly("first_reason", &Findings::firstReason)
         .def_readonly("is_trace", &Findings::isTrace);
-    py::class_<FixTable>(module, "_FixTable")
-        .def(py::init<timeStamp_t, timeStamp_t, bool>(), "from_"_a, "until"_a, "unchecked"_a)
+    py::class_<FixTable> tables(module, "_FixTable", py::is_final());
+    tables.def(py::init<timeStamp_t, timeStamp_t, bool>(), "from_"_a, "until"_a, "unchecked"_a)
         .def("add", &FixTable::add, "source"_a, "number"_a, "begin"_a = 0, "end"_a = py::none())
         .def("take", &FixTable::take);
+    constructNever(findings);
+    constructByNew(tables);
 }
 
 }  // namespace vextrace::python

@@ -85,6 +85,13 @@ GPSTraceMessage fromState(const State& state) {
     return message;
 }
 
+// Of what a pickle is made, whatever its form: the class, what constructs it, the whole.
+py::tuple reduced(const py::object& message) {
+    const State state = stateOf(message.cast<const GPSTraceMessage&>());
+    return py::make_tuple(py::type::of(message), py::make_tuple(std::get<0>(state), py::bytes()),
+                          state);
+}
+
 std::string reprOf(const GPSTraceMessage& message) {
     return "<vextrace.GPSTraceMessage " + std::to_string(message.getTimeStamp()) + ", " +
            std::to_string(message.getSentences().size()) + " sentences>";
@@ -94,7 +101,8 @@ std::string reprOf(const GPSTraceMessage& message) {
 
 void addMessage(py::module_& module) {
     using namespace py::literals;
-    py::class_<GPSTraceMessage>(module, "GPSTraceMessage", R"(What a GPS receiver sent at one time.
+    py::class_<GPSTraceMessage> itsClass(module, "GPSTraceMessage", py::is_final(),
+                                         R"(What a GPS receiver sent at one time.
 
 NMEA 0183 sentences, kept byte for byte, the first of each six-character code.
 
@@ -104,7 +112,8 @@ time_ns : int
     Time stamp in nanoseconds since 1970-01-01 UTC; 0 and everything in 1970 is no time.
 sentence : bytes
     The first sentence. A line feed is added where it is missing, and a talker that begins with G
-    becomes GP.)")
+    becomes GP.)");
+    itsClass
         .def(py::init([](timeStamp_t stamp, const py::bytes& sentence) {
                  return GPSTraceMessage(stamp, static_cast<std::string>(sentence));
              }),
@@ -147,8 +156,17 @@ ValueError
         .def_property_readonly(
             "rdb", [](const GPSTraceMessage& message) { return textOf(message.rdbText()); },
             "str : the position text of the RDB output; empty without a position")
-        .def(py::pickle(&stateOf, &fromState))
-        .attr("__hash__") = py::none();
+        .def("__getstate__", &stateOf)
+        .def("__reduce__", &reduced)
+        .def(
+            "__reduce_ex__", [](const py::object& message, int) { return reduced(message); },
+            "protocol"_a, py::pos_only());
+    // By its own name it would be a constructor, which leaves an object that is there as it is.
+    itsClass.attr("__setstate__") = py::cpp_function(
+        [](GPSTraceMessage& message, const State& state) { message = fromState(state); },
+        py::name("_setstate"), py::is_method(itsClass), "state"_a, py::pos_only());
+    itsClass.attr("__hash__") = py::none();
+    constructByNew(itsClass);
 }
 
 }  // namespace vextrace::python

@@ -92,9 +92,11 @@ py::dict sentencesOf(const Message& message) {
 }
 
 void addFix(py::module_& module) {
-    py::class_<Fix>(module, "Fix", R"(What RMC and GGA of one message say.
+    py::class_<Fix> itsClass(module, "Fix", py::is_final(),
+                             R"(What RMC and GGA of one message say.
 
-A value is None where the receiver did not send one that makes sense.)")
+A value is None where the receiver did not send one that makes sense.)");
+    itsClass
         .def_property_readonly(
             "time", [](const Fix& fix) { return timeOfStamp(fix.stamp); },
             "numpy.datetime64 : stamp of the message; NaT where it has no date")
@@ -127,6 +129,7 @@ A value is None where the receiver did not send one that makes sense.)")
         .def_property_readonly(
             "checksum", [](const Fix& fix) { return nameOf(fix.checksum()); },
             "str : \"right\", \"wrong\" or \"none\", of the sentences used");
+    constructNever(itsClass);
 }
 
 }  // namespace
@@ -134,8 +137,8 @@ A value is None where the receiver did not send one that makes sense.)")
 void addReading(py::module_& module) {
     using namespace py::literals;
     addFix(module);
-    py::class_<Message>(module, "Message", "A message of a trace.")
-        .def_readonly("offset", &Message::offset, "int : its first byte, in the trace")
+    py::class_<Message> messages(module, "Message", py::is_final(), "A message of a trace.");
+    messages.def_readonly("offset", &Message::offset, "int : its first byte, in the trace")
         .def_property_readonly(
             "length", [](const Message& m) { return m.bytes.size(); }, "int : its bytes")
         .def_property_readonly(
@@ -158,18 +161,22 @@ void addReading(py::module_& module) {
             return "<vextrace.Message at byte " + std::to_string(m.offset) + ", type " +
                    std::to_string(m.id) + ">";
         });
-    py::class_<Damage>(module, "Damage", "Bytes of a trace that are no message.")
-        .def_readonly("offset", &Damage::offset, "int : the first of them, in the trace")
+    py::class_<Damage> damages(module, "Damage", py::is_final(),
+                               "Bytes of a trace that are no message.");
+    damages.def_readonly("offset", &Damage::offset, "int : the first of them, in the trace")
         .def_readonly("length", &Damage::length, "int : how many")
         .def_readonly("reason", &Damage::reason, "str : why they are none")
         .def("__repr__", [](const Damage& d) {
             return "<vextrace.Damage at byte " + std::to_string(d.offset) + ", " +
                    std::to_string(d.length) + " bytes: " + d.reason + ">";
         });
-    py::class_<TraceIterator>(module, "_TraceIterator")
-        .def(py::init<const py::object&>())
+    py::class_<TraceIterator> iterators(module, "_TraceIterator", py::is_final());
+    iterators.def(py::init<const py::object&>())
         .def("__iter__", [](py::object self) { return self; })
         .def("__next__", &TraceIterator::next);
+    constructNever(messages);
+    constructNever(damages);
+    constructByNew(iterators);
 }
 
 }  // namespace vextrace::python
