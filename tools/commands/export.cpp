@@ -139,8 +139,8 @@ int exportTraces(const ExportCommand& options) {
     if (!isFolder(options.output)) {
         return exportTo(format, options, "");
     }
-    return fillFolder({options.traces, options.output, fmt::format(".{}", format.name), options.jobs,
-                       [&](const std::string& input, const std::string& output) {
+    return fillFolder({options.traces, options.output, fmt::format(".{}", format.name),
+                       options.jobs, [&](const std::string& input, const std::string& output) {
                            ExportCommand one = options;
                            one.traces = {input};
                            one.output = output;
