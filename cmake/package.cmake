@@ -135,4 +135,15 @@ draws, exports, checks and mends traces.")
     vextrace_package_links(vextrace_tools)
 endif()
 
+if(VEXTRACE_PYTHON)
+    vextrace_package(vextrace_python python3-vextrace python
+        "traces of vehicle data loggers for Python"
+        "This is the Python module vextrace. It reads the fixes of traces into numpy
+arrays and pandas tables, and with Dask those of a fleet on many machines.")
+    vextrace_package_links(vextrace_python "python3 (>= 3.11)" "python3 (<< 3.12)" python3-numpy
+                           python3-pandas)
+    set(CPACK_DEBIAN_VEXTRACE_PYTHON_PACKAGE_RECOMMENDS
+        "python3-dask, python3-distributed, python3-fsspec")
+endif()
+
 include(CPack)
