@@ -98,10 +98,13 @@ def _files(
     for given in traces:
         pattern = os.fspath(given)
         system, path = fsspec.core.url_to_fs(pattern, **storage_options)
-        names = sorted(system.glob(path)) if _is_pattern(path) else [path]
-        if not names:
+        if not _is_pattern(path):
+            files.append((_url(system, path), system.size(path)))
+            continue
+        found = system.glob(path, detail=True)  # sizes with the names: no question for each file
+        if not found:
             raise FileNotFoundError(f"no file matches {pattern}")
-        files.extend((_url(system, name), system.size(name)) for name in names)
+        files.extend((_url(system, name), found[name]["size"]) for name in sorted(found))
     return files
 
 
