@@ -32,11 +32,13 @@ public:
         MORE       ///< likewise, but goes on from the message before, of the same stamp
     };
 
-    static constexpr size_t OUTCOMES = 6;
+    static constexpr size_t OUTCOMES = 6;  ///< how many outcomes there are
 
+    /// For the messages of one trace; see endTrace().
     explicit FixChooser(const FixChoice& wanted)
         : choice(wanted), fixes(wanted.unchecked ? FixSource::ALL : FixSource::NOT_WRONG) {}
 
+    /// What a message is. To be asked once for each, in their order.
     Outcome choose(const GpsView& message);
 
     /// The same for a message that lies outside whatever its stamp: it has a say in the verdicts on

@@ -55,7 +55,7 @@ TEST(TalkerMemoryTest, EachPlaceOfAnEpochHasATalkerOfItsOwn) {
     EXPECT_EQ(verdicts("(PL)(PL)(PL)", "GGA"), "RWRRRR");
     EXPECT_EQ(verdicts("(PL)(PL)L(PL)(AL)", "GGA"), "RWRRWRRWR");
     EXPECT_EQ(verdicts("(PLA)(PLA)(PL)(PLA)(PLP)", "GGA"), "RWWRRRRRRRRRRW");
-    EXPECT_EQ(verdicts("(" + string(40, 'N') + "L)"), string(40, 'R') + "W");
+    EXPECT_EQ(verdicts(string(1, '(').append(40, 'N').append("L)")), string(40, 'R').append("W"));
 }
 
 TEST(TalkerMemoryTest, WhatIsNotRightBreaksTheRow) {

@@ -111,8 +111,8 @@ TEST(HeadTextTest, NamesTheFirstFilesAndCountsTheOthers) {
 }
 
 TEST(HeadTextTest, CutsLongNamesBetweenCharacters) {
-    const std::string name = std::string(199, 'x') + "°" + std::string(50, 'y');
-    EXPECT_EQ(shortName(name), std::string(199, 'x') + "...");
+    const std::string name = std::string(199, 'x').append("°").append(50, 'y');
+    EXPECT_EQ(shortName(name), std::string(199, 'x').append("..."));
     EXPECT_EQ(shortName("short"), "short");
 }
 
