@@ -1,0 +1,275 @@
+/// \file
+/// What a reader promises of bytes that are no messages, whatever they are.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "libvexstream/TraceReader.h"
+#include "tests/stream/traces.h"
+
+using namespace vextrace;
+using Kind = TraceItem::Kind;
+using Messages = std::vector<TraceBytes>;
+
+namespace {
+
+constexpr uint64_t SECOND = 1'000'000'000;
+constexpr uint64_t STAMP = 1'795'264'519 * SECOND;
+
+TraceBytes fix(unsigned number) {
+    const std::string time = std::to_string(100000 + number % 100000);
+    return messageOf(22, STAMP + number * SECOND,
+                     "$GPGGA," + time +
+                         ",4807.038,N,01131.000,E,1,08,0.9,545.4,M,46.9,M,,*47\r\n$GPRMC," + time +
+                         ",A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*6A\r\n");
+}
+
+TraceBytes can(unsigned number) {
+    const char payload[] = {1, 0, 3, static_cast<char>(number), 0, 8, 0, 0, '\xFF', 22, 0, 12};
+    return messageOf(1, STAMP + number * SECOND / 10, {payload, sizeof payload});
+}
+
+Messages fixes(unsigned begin, unsigned end) {
+    Messages messages;
+    for (unsigned number = begin; number < end; ++number) {
+        messages.push_back(fix(number));
+    }
+    return messages;
+}
+
+// Of a logger that records two buses.
+Messages mixed(unsigned count) {
+    Messages messages;
+    for (unsigned number = 0; number < count; ++number) {
+        messages.push_back(number % 4 == 0 ? fix(number) : can(number * 10));
+    }
+    return messages;
+}
+
+Messages messagesOf(const std::vector<ReadItem>& items) {
+    Messages messages;
+    for (const ReadItem& item : items) {
+        if (item.kind != Kind::DAMAGE) {
+            messages.push_back(item.bytes);
+        }
+    }
+    return messages;
+}
+
+Messages kept(const TraceBytes& trace) {
+    return messagesOf(readTrace(trace));
+}
+
+size_t sizeOf(const Messages& messages) {
+    return joined(messages).size();
+}
+
+// What was kept, back to back, is a sound trace of the same messages.
+void expectSoundAgain(const Messages& messages) {
+    const std::vector<ReadItem> items = readTrace(joined(messages));
+    EXPECT_EQ(items.size(), messages.size());
+    EXPECT_TRUE(messagesOf(items) == messages);
+}
+
+// Foreign bytes between sound messages. Gives how many of them are kept.
+size_t keptOf(const TraceBytes& foreign) {
+    const Messages front = fixes(0, 10);
+    const Messages back = fixes(20, 30);
+    const Messages found = kept(joined({joined(front), foreign, joined(back)}));
+    for (const Messages* sound : {&front, &back}) {
+        for (const TraceBytes& message : *sound) {
+            const bool isNeighbour = message == front.back() || message == back.front();
+            EXPECT_TRUE(isNeighbour ||
+                        std::find(found.begin(), found.end(), message) != found.end());
+        }
+    }
+    expectSoundAgain(found);
+    const size_t sound = sizeOf(front) + sizeOf(back);
+    return std::max(sizeOf(found), sound) - sound;
+}
+
+TraceBytes repeated(const TraceBytes& pattern, size_t size) {
+    TraceBytes bytes;
+    while (bytes.size() < size) {
+        bytes.insert(bytes.end(), pattern.begin(), pattern.end());
+    }
+    return bytes;
+}
+
+TraceBytes noise(std::mt19937_64& random, size_t size) {
+    TraceBytes bytes(size);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random()); });
+    return bytes;
+}
+
+// How many messages of the trace are not kept; each of the others is.
+size_t lost(const Messages& sound, const Messages& found) {
+    size_t count = 0;
+    auto next = found.begin();
+    for (const TraceBytes& message : sound) {
+        const auto place = std::find(next, found.end(), message);
+        if (place == found.end()) {
+            ++count;
+        } else {
+            next = place + 1;
+        }
+    }
+    return count;
+}
+
+}  // namespace
+
+TEST(TraceDivisionTest, KeepsNothingOfNoise) {
+    std::mt19937_64 random(1);
+    EXPECT_EQ(keptOf(noise(random, 4'000'000)), 0U);
+}
+
+TEST(TraceDivisionTest, KeepsNothingOfPatterns) {
+    for (const TraceBytes& pattern : std::vector<TraceBytes>{{0xFF, 0xFF, 0, 2},
+                                                             {0},
+                                                             {0xFF},
+                                                             {'U'},
+                                                             {0, 12, 0, 22},
+                                                             {0, 12, 0, 1},
+                                                             {0, 12, 0, 1, 0, 0, 0, 0},
+                                                             {0x80, 0, 0, 1},
+                                                             {0xC0, 0},
+                                                             {0, 22},
+                                                             {1, 2, 3},
+                                                             {1, 2, 3, 4, 5},
+                                                             {0, 13, 0, 1, 0, 0, 7},
+                                                             {1, 2, 3, 4, 5, 6, 7, 8},
+                                                             {'$', 'G', '\n'},
+                                                             {0xFF, 0xFF, 0, 22},
+                                                             {0, 14, 0, 22, '$', 'G', '\n', 0},
+                                                             {0x7F, 0xFF, 0, 1, 0, 0}}) {
+        EXPECT_EQ(keptOf(repeated(pattern, 300'000)), 0U) << testing::PrintToString(pattern);
+    }
+}
+
+TEST(TraceDivisionTest, KeepsNothingOfCounters) {
+    TraceBytes narrow(200'000);
+    TraceBytes wide(400'000);
+    for (size_t i = 0; i < 100'000; ++i) {
+        uint16ToByteArray(static_cast<uint16_t>(i), narrow.data() + 2 * i);
+        wide[4 * i + 1] = static_cast<uint8_t>(i >> 16);
+        uint16ToByteArray(static_cast<uint16_t>(i), wide.data() + 4 * i + 2);
+    }
+    EXPECT_EQ(keptOf(narrow), 0U);
+    EXPECT_EQ(keptOf(wide), 0U);
+}
+
+TEST(TraceDivisionTest, KeepsNothingOfTextAndOfSentencesThatAreNotInMessages) {
+    EXPECT_EQ(keptOf(repeated({'T', 'h', 'e', ' ', 'q', 'u', 'i', 'c', 'k', '\n'}, 200'000)), 0U);
+    const TraceBytes message = fix(7);
+    EXPECT_EQ(keptOf(repeated({message.begin() + 14, message.end()}, 200'000)), 0U);
+}
+
+TEST(TraceDivisionTest, WhatIsKeptOfRunsOfHeadersIsSound) {
+    std::mt19937_64 random(2);
+    TraceBytes sameSize;
+    TraceBytes anySize;
+    for (unsigned i = 0; i < 5000; ++i) {
+        const TraceBytes far = messageOf(1, STAMP, std::string(40'000, 'x'));
+        sameSize.insert(sameSize.end(), far.begin(), far.begin() + 14);
+        TraceBytes any = messageOf(22, STAMP + i, "");
+        uint16ToByteArray(static_cast<uint16_t>(random()), any.data());
+        anySize.insert(anySize.end(), any.begin(), any.end());
+    }
+    keptOf(sameSize);
+    keptOf(anySize);
+}
+
+TEST(TraceDivisionTest, TouchesNoSoundTrace) {
+    const TraceBytes inner = joined(fixes(0, 5));
+    const std::string content(inner.begin(), inner.end());
+    const uint64_t farAway = STAMP + 1'000'000 * SECOND;
+    for (const Messages& sound : std::vector<Messages>{
+             fixes(0, 50),
+             mixed(200),
+             {fix(0), messageOf(12, farAway, content), fix(1)},
+             {fix(0), messageOf(12, STAMP, content), messageOf(12, STAMP + 1, content)},
+             {messageOf(12, 0, content)},
+             {fix(0), messageOf(0x4711, STAMP, "unknown"), fix(1)},
+             {fix(0), fix(5'000'000), fix(1), can(1), fix(9'000'000)},
+             {can(1), can(1), can(1), can(1)},
+             {messageOf(0, 0, "")}}) {
+        const std::vector<ReadItem> items = readTrace(joined(sound));
+        EXPECT_TRUE(messagesOf(items) == sound);
+        EXPECT_EQ(items.size(), sound.size());
+    }
+}
+
+TEST(TraceDivisionTest, ATornFirstMessageCostsNoOther) {
+    const Messages behind = {can(1), can(2), can(3), can(4)};
+    const TraceBytes torn = fix(0);
+    for (size_t cut = 1; cut < torn.size(); ++cut) {
+        const TraceBytes rest(torn.begin() + static_cast<std::ptrdiff_t>(cut), torn.end());
+        EXPECT_EQ(lost(behind, kept(joined({rest, joined(behind)}))), 0U) << cut;
+    }
+}
+
+TEST(TraceDivisionTest, OneDamageCostsAtMostTheTwoFixesThatItTouches) {
+    std::mt19937_64 random(3);
+    const Messages sound = fixes(0, 20);
+    const TraceBytes whole = joined(sound);
+    for (int round = 0; round < 2000; ++round) {
+        TraceBytes trace = whole;
+        const size_t place = random() % (trace.size() - 40);
+        const auto at = trace.begin() + static_cast<std::ptrdiff_t>(place);
+        switch (round % 4) {
+            case 0:
+                *at = static_cast<uint8_t>(random());
+                break;
+            case 1:
+                trace.erase(at, at + static_cast<std::ptrdiff_t>(1 + random() % 30));
+                break;
+            case 2: {
+                const TraceBytes more = noise(random, 1 + random() % 30);
+                trace.insert(at, more.begin(), more.end());
+                break;
+            }
+            default:
+                std::fill_n(at, 1 + random() % 30, round % 8 < 4 ? 0 : 0xFF);
+                break;
+        }
+        const Messages found = kept(trace);
+        EXPECT_LE(lost(sound, found), 2U) << round << " at " << place;
+        expectSoundAgain(found);
+    }
+}
+
+TEST(TraceDivisionTest, SplicedTracesLoseAtMostTheTwoMessagesAtTheJoint) {
+    std::mt19937_64 random(4);
+    const TraceBytes first = joined(fixes(0, 12));
+    const TraceBytes second = joined(fixes(1000, 1012));
+    for (int round = 0; round < 300; ++round) {
+        const size_t end = random() % first.size();
+        const size_t begin = random() % second.size();
+        const TraceBytes front(first.begin(), first.begin() + static_cast<std::ptrdiff_t>(end));
+        const TraceBytes back(second.begin() + static_cast<std::ptrdiff_t>(begin), second.end());
+        const size_t length = fix(0).size();
+        Messages sound = fixes(0, static_cast<unsigned>(end / length));
+        const Messages behind =
+            fixes(1000 + static_cast<unsigned>((begin + length - 1) / length), 1012);
+        sound.insert(sound.end(), behind.begin(), behind.end());
+        const Messages found = kept(joined({front, back}));
+        EXPECT_LE(lost(sound, found), 2U) << end << ' ' << begin;
+        expectSoundAgain(found);
+    }
+}
+
+TEST(TraceDivisionTest, NoiseOfEveryLengthBetweenMessagesOfTwoBusesLeavesASoundTrace) {
+    std::mt19937_64 random(5);
+    for (size_t length = 0; length < 200; ++length) {
+        TraceBytes trace = joined(mixed(40));
+        const TraceBytes more = noise(random, length);
+        const size_t place = random() % trace.size();
+        trace.insert(trace.begin() + static_cast<std::ptrdiff_t>(place), more.begin(), more.end());
+        expectSoundAgain(kept(trace));
+    }
+}

@@ -1,0 +1,129 @@
+/// \file
+/// Parts of a trace that are read side by side.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "libvexstream/TraceReader.h"
+#include "tests/stream/traces.h"
+
+using namespace vextrace;
+using Kind = TraceItem::Kind;
+
+namespace {
+
+constexpr uint64_t SECOND = 1'000'000'000;
+constexpr uint64_t STAMP = 1'795'264'519 * SECOND;
+
+TraceBytes fix(unsigned number) {
+    return messageOf(22, STAMP + number * SECOND,
+                     "$GPRMC," + std::to_string(100000 + number % 100000) +
+                         ",A,4807.038,N,01131.000,E,022.4,084.4,230394,,,A*6A\r\n");
+}
+
+TraceBytes traceOf(unsigned count) {
+    TraceBytes trace;
+    for (unsigned number = 0; number < count; ++number) {
+        const TraceBytes message =
+            number % 5 == 2 ? messageOf(1, STAMP + number * SECOND, "\1\2\3\4") : fix(number);
+        trace.insert(trace.end(), message.begin(), message.end());
+    }
+    return trace;
+}
+
+// Kind, place and length of an item.
+struct Found {
+    Kind kind;
+    uint64_t offset;
+    uint64_t length;
+
+    bool operator==(const Found& other) const {
+        return kind == other.kind && offset == other.offset && length == other.length;
+    }
+};
+
+std::vector<Found> foundIn(const TraceBytes& trace, const TraceRange& range) {
+    MemorySource source(trace);
+    TraceReader reader(source, range);
+    std::vector<Found> found;
+    for (TraceItem item = reader.next(); item.kind != Kind::END; item = reader.next()) {
+        if (!item.isBefore) {
+            found.push_back({item.kind, item.offset, item.length});
+        }
+    }
+    return found;
+}
+
+// The parts between the boundaries, one behind the other.
+std::vector<Found> foundInParts(const TraceBytes& trace, std::vector<uint64_t> boundaries) {
+    std::vector<Found> found;
+    uint64_t begin = 0;
+    boundaries.push_back(TraceRange().end);
+    for (const uint64_t end : boundaries) {
+        TraceRange range;
+        range.begin = begin;
+        range.end = end;
+        const std::vector<Found> part = foundIn(trace, range);
+        found.insert(found.end(), part.begin(), part.end());
+        begin = end;
+    }
+    return found;
+}
+
+}  // namespace
+
+TEST(TraceRangeTest, TwoPartsAreTheWholeAtEveryBoundary) {
+    TraceBytes trace = traceOf(12);
+    trace.erase(trace.begin() + 200, trace.begin() + 215);
+    trace.insert(trace.begin() + 500, 30, 0xFF);
+    const std::vector<Found> whole = foundIn(trace, TraceRange());
+    for (uint64_t boundary = 0; boundary <= trace.size() + 1; ++boundary) {
+        EXPECT_TRUE(foundInParts(trace, {boundary}) == whole) << boundary;
+    }
+}
+
+TEST(TraceRangeTest, PartsOfLargeDamagedTracesAreTheWhole) {
+    std::mt19937_64 random(1);
+    TraceBytes trace = traceOf(60'000);
+    for (int i = 0; i < 40; ++i) {
+        const auto place = static_cast<std::ptrdiff_t>(random() % (trace.size() - 1000));
+        for (size_t byte = 0; byte < random() % 400; ++byte) {
+            trace[static_cast<size_t>(place) + byte] = static_cast<uint8_t>(random());
+        }
+    }
+    const std::vector<Found> whole = foundIn(trace, TraceRange());
+    for (int round = 0; round < 6; ++round) {
+        std::vector<uint64_t> boundaries(4);
+        for (uint64_t& boundary : boundaries) {
+            boundary = random() % trace.size();
+        }
+        std::sort(boundaries.begin(), boundaries.end());
+        EXPECT_TRUE(foundInParts(trace, boundaries) == whole) << round;
+    }
+}
+
+TEST(TraceRangeTest, LongDamageBelongsToThePartInWhichItBegins) {
+    const TraceBytes trace = joined({traceOf(10), TraceBytes(3'000'000, 0xFF), traceOf(10)});
+    const std::vector<Found> whole = foundIn(trace, TraceRange());
+    for (const uint64_t boundary : {uint64_t{100}, uint64_t{1'000'000}, uint64_t{2'900'000}}) {
+        EXPECT_TRUE(foundInParts(trace, {boundary}) == whole) << boundary;
+    }
+}
+
+TEST(TraceRangeTest, GivesWhatLiesInFrontWhereItIsAskedTo) {
+    const TraceBytes trace = traceOf(4);
+    TraceRange range;
+    range.begin = fix(0).size() + 1;
+    range.givesBefore = true;
+    MemorySource source(trace);
+    TraceReader reader(source, range);
+    std::vector<bool> isBefore;
+    for (TraceItem item = reader.next(); item.kind != Kind::END; item = reader.next()) {
+        isBefore.push_back(item.isBefore);
+    }
+    EXPECT_EQ(isBefore, (std::vector<bool>{true, true, false, false}));
+}
