@@ -20,6 +20,12 @@ std::string_view payloadOf(std::span<const uint8_t> message) {
     return text.substr(MessageBase::MO_BASE_DERIVED);
 }
 
+// Whoever uses a view need not have registered the reader.
+DecodedMessage decode(std::span<const uint8_t> message) {
+    GPSTraceMessage::registerMessage();
+    return MessageFactory::decode(message.data(), message.size());
+}
+
 // The one reader of this id makes nothing else.
 std::unique_ptr<GPSTraceMessage> gpsOf(DecodedMessage decoded) {
     return std::unique_ptr<GPSTraceMessage>(
@@ -46,7 +52,7 @@ std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> me
         return std::nullopt;
     }
     sentences.clear();
-    DecodedMessage result = MessageFactory::decode(message.data(), message.size());
+    DecodedMessage result = decode(message);
     if (!result.error) {
         decoded = gpsOf(std::move(result));
         view(*decoded);
@@ -105,7 +111,7 @@ GPSTraceMessage GpsView::message() const {
     if (bytes.empty()) {
         return {};
     }
-    return *gpsOf(MessageFactory::decode(bytes.data(), bytes.size()));
+    return *gpsOf(decode(bytes));
 }
 
 }  // namespace vextrace
