@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <utility>
 
 #include "libvexstream/utc.h"
 #include "libvextrace/serialise.h"
@@ -50,6 +51,7 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
     }
     sourceSendsRight |= checksum == Checksum::RIGHT;
     if (time) {
+        ++timed;
         noteTime(sentence, *time, checksum);
     }
     collect(sentence);
@@ -63,6 +65,7 @@ const EpochBuilder::Part& EpochBuilder::take() {
     }
     part.stamp = stamp();
     part.sentences = entries.size();
+    part.timedSentences = std::exchange(timed, 0);
     part.messages = drafts.size();
     part.beginsEpoch = !epochGoesOn;
     for (const Draft& draft : drafts) {
@@ -80,6 +83,7 @@ void EpochBuilder::clearPart() {
     part.bytes.clear();
     part.messages = 0;
     part.sentences = 0;
+    part.timedSentences = 0;
 }
 
 void EpochBuilder::endEpoch() {

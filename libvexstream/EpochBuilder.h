@@ -45,6 +45,7 @@ public:
         std::vector<uint8_t> bytes;  ///< byte-array forms, back to back
         size_t messages = 0;         ///< how many these are
         size_t sentences = 0;        ///< how many are in them
+        size_t timedSentences = 0;   ///< how many of these have a time
         timeStamp_t stamp = 0;       ///< of each of them
         bool beginsEpoch = false;    ///< false where the epoch goes on
     };
@@ -113,6 +114,7 @@ private:
 
     // The part in hand.
     std::string text;  // its sentences, each with a line feed
+    size_t timed = 0;  // of them
     std::vector<Entry> entries;
     std::vector<Draft> drafts;
     std::map<uint64_t, Place> places;  // by code

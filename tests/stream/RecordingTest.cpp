@@ -45,6 +45,17 @@ TEST(RecordingTest, GivesMessagesWhenTheNextEpochBegins) {
     EXPECT_TRUE(recording.isEmpty());
 }
 
+TEST(RecordingTest, CountsTheSentencesThatHaveATime) {
+    Recording recording(StampSource::SENTENCES, {});
+    recording.feed("$GPGSV,1\n$GPGLL,,,,,123519,A\n$GPGSV,2\n$GPZDA,123519\n$PXYZ\n");
+    recorded(recording);
+    EXPECT_EQ(recording.take().timedSentences, 2U);
+    EXPECT_EQ(recording.take().timedSentences, 0U);
+    recording.feed("$GPGSV,1\n");
+    recorded(recording);
+    EXPECT_EQ(recording.take().timedSentences, 0U);
+}
+
 TEST(RecordingTest, TellsEachSentenceAndWhereItWas) {
     Recording recording(StampSource::SENTENCES, {});
     recording.feed("noise\n$GPGSV,1\n$PXYZ*00\n");

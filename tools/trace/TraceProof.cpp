@@ -52,8 +52,7 @@ public:
     ProofCounters run() {
         while (const std::optional<Recording::Step> step = log.next(recording)) {
             prove(step->part);
-            sentences.push_back({storedCode(step->sentence.text), step->sentence.offset});
-            counters.timed += timeOf(step->sentence.text) ? 1U : 0U;
+            note(step->sentence);
         }
         prove(recording.take());
         trace.proveEnd();
@@ -65,9 +64,16 @@ public:
 
 private:
     struct LogSentence {
-        std::string code;
         uint64_t offset;
+        size_t begin;  // as much of it as its code is made of
+        size_t size;
     };
+
+    void note(const Framer::Sentence& sentence) {
+        const std::string_view begin = sentence.text.substr(0, GPSTraceMessage::NMEA_CODE_SIZE);
+        sentences.push_back({sentence.offset, begins.size(), begin.size()});
+        begins += begin;
+    }
 
     void prove(const EpochBuilder::Part& part) {
         if (part.messages == 0) {
@@ -85,7 +91,9 @@ private:
             }
             proveStamp(found, part.stamp);
         }
+        counters.timed += part.timedSentences;
         sentences.clear();
+        begins.clear();
     }
 
     // Bytes may differ where another program wrote the same sentences. The last of the messages is
@@ -125,7 +133,8 @@ private:
             return !view.getSentence(code).empty();
         });
         const auto place = std::ranges::find_if(sentences, [&](const LogSentence& sentence) {
-            return sentence.code == code && --number == 0;
+            return storedCode(begins.substr(sentence.begin, sentence.size)) == code &&
+                   --number == 0;
         });
         return place->offset;
     }
@@ -144,6 +153,7 @@ private:
     const bool arrival;
     Recording recording;
     std::vector<LogSentence> sentences;  // of the part
+    std::string begins;                  // of them
     std::optional<timeStamp_t> stamp;    // that the messages of the epoch bear
     ProofCounters counters;
 };
