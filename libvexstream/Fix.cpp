@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <locale>
+#include <sstream>
+#include <string>
 #include <string_view>
 
 #include "libvexstream/internal/digits.h"
@@ -93,8 +96,15 @@ std::optional<unsigned> readCount(std::string_view text) {
 std::optional<double> toDouble(std::string_view text) {
     text.remove_prefix(text.front() == '+' ? 1 : 0);
     double value = 0;
+#ifdef __cpp_lib_to_chars
     const bool fits =
         std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
+#else
+    // Some standard libraries read no such numbers but by streams.
+    std::istringstream stream{std::string(text)};
+    stream.imbue(std::locale::classic());
+    const bool fits = static_cast<bool>(stream >> value);
+#endif
     return fits ? std::optional(value) : std::nullopt;
 }
 

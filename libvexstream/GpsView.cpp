@@ -27,9 +27,8 @@ DecodedMessage decode(std::span<const uint8_t> message) {
 }
 
 // The one reader of this id makes nothing else.
-std::unique_ptr<GPSTraceMessage> gpsOf(DecodedMessage decoded) {
-    return std::unique_ptr<GPSTraceMessage>(
-        static_cast<GPSTraceMessage*>(decoded.message.release()));
+std::unique_ptr<GPSTraceMessage> gpsOf(std::unique_ptr<MessageBase> message) {
+    return std::unique_ptr<GPSTraceMessage>(static_cast<GPSTraceMessage*>(message.release()));
 }
 
 }  // namespace
@@ -54,7 +53,7 @@ std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> me
     sentences.clear();
     DecodedMessage result = decode(message);
     if (!result.error) {
-        decoded = gpsOf(std::move(result));
+        decoded = gpsOf(std::move(result.message));
         view(*decoded);
     }
     return result.error;
@@ -90,7 +89,9 @@ void GpsView::view(const GPSTraceMessage& message) {
 }
 
 std::string_view GpsView::getSentence(std::string_view code) const {
-    const auto place = std::ranges::find(sentences, code, codeOf);
+    const auto place =
+        std::find_if(sentences.begin(), sentences.end(),
+                     [code](std::string_view sentence) { return codeOf(sentence) == code; });
     return place != sentences.end() ? *place : std::string_view();
 }
 
@@ -111,7 +112,7 @@ GPSTraceMessage GpsView::message() const {
     if (bytes.empty()) {
         return {};
     }
-    return *gpsOf(decode(bytes));
+    return *gpsOf(decode(bytes).message);
 }
 
 }  // namespace vextrace

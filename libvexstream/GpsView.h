@@ -24,9 +24,9 @@ public:
     GpsView() = default;
 
     /// Of a message, which must outlive the view and not change meanwhile.
-    // NOLINTNEXTLINE(google-explicit-constructor): a view stands for its message
+    // A view stands for its message.
     // cppcheck-suppress noExplicitConstructor
-    GpsView(const GPSTraceMessage& message);
+    GpsView(const GPSTraceMessage& message);  // NOLINT(google-explicit-constructor)
 
     /// Views another message in its byte-array form. Where its payload is what the library writes
     /// (lines in strictly ascending order of their codes, none empty, each with its line feed, each
