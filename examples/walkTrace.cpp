@@ -1,5 +1,6 @@
 /// \file
 /// Walks a trace: reads message after message, prints each, counts the sentences by their codes.
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -45,6 +46,9 @@ int main(int argc, char* argv[]) {
     if (!trace) {
         return failed("cannot open", argv[1]);
     }
+    if (std::filesystem::is_directory(argv[1])) {
+        return failed("cannot read", argv[1]);  // not every standard library says so itself
+    }
     std::map<std::string, size_t> counts;
     std::vector<uint8_t> bytes;
     while (readMessage(trace, bytes)) {
@@ -64,7 +68,7 @@ int main(int argc, char* argv[]) {
         std::cout << code << ' ' << count << '\n';
     }
     if (trace.bad()) {
-        return failed("cannot read", argv[1]);  // say, a folder
+        return failed("cannot read", argv[1]);
     }
     return bytes.empty() ? 0 : failed("no whole message at the end of", argv[1]);
 }
