@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
+using namespace std::string_view_literals;
 using namespace vextrace;
 
 namespace {
@@ -106,6 +108,36 @@ TEST(UtcTest, RefusesWhatIsNoTime) {
                                    " 1994-03-23",
                                    "1994-03-23 "}) {
         EXPECT_FALSE(parseUtc(text).has_value()) << text;
+    }
+}
+
+// A blank may stand for the T, and any digit for another that makes a time.
+TEST(UtcTest, RefusesOneWrongByteAtEachPlaceOfATime) {
+    const std::string right = "2026-11-21T12:35:19.5Z";
+    ASSERT_TRUE(parseUtc(right).has_value());
+    for (size_t place = 0; place < right.size(); ++place) {
+        const bool isDigit = right[place] >= '0' && right[place] <= '9';
+        for (const char byte : "x:-/; .,+TZ0\0\xB2"sv) {
+            const bool isRight = byte == right[place] || (isDigit && byte == '0') ||
+                                 (right[place] == 'T' && byte == ' ') ||
+                                 (right[place] == 'Z' && byte == '0');
+            std::string text = right;
+            text[place] = byte;
+            EXPECT_TRUE(isRight || !parseUtc(text).has_value()) << text;
+        }
+    }
+}
+
+TEST(UtcTest, RefusesOneWrongByteAtEachPlaceOfADay) {
+    const std::string right = "2026-01-01";
+    ASSERT_TRUE(parseDate(right).has_value());
+    for (size_t place = 0; place < right.size(); ++place) {
+        for (const char byte : "x:/; .,+TZ\0\xB2"sv) {
+            std::string text = right;
+            text[place] = byte;
+            EXPECT_FALSE(parseDate(text).has_value()) << text;
+            EXPECT_FALSE(parseUtc(text).has_value()) << text;
+        }
     }
 }
 

@@ -47,6 +47,10 @@ TEST(BoundingBoxTest, LiesAcrossThe180thMeridianWhereThatIsSmaller) {
     EXPECT_EQ(boxOf({{1, -90.5}, {2, 90}}), (Numbers{1, 90, 2, -90.5}));
 }
 
+TEST(BoundingBoxTest, EndsAtTheLastPositionOfItsLastDegree) {
+    EXPECT_EQ(boxOf({{0, 170}, {0, -178.8}, {0, -178.2}}), (Numbers{0, 170, 0, -178.2}));
+}
+
 TEST(BoundingBoxTest, BothSidesOfThe180thMeridianAreTheSame) {
     EXPECT_EQ(boxOf({{0, 180}, {0, -180}}), (Numbers{0, 180, 0, -180}));
     EXPECT_EQ(boxOf({{90, 180}}), (Numbers{90, 180, 90, 180}));
