@@ -36,14 +36,14 @@ struct Log {
 };
 
 // Over midnight. The first sentence has no digit, so that whatever changes, a right checksum was
-// sent before.
+// sent before. RMC, where there is one, stands in every other epoch.
 Log logOf(bool hasRmc) {
     Log log;
     log.text = makeSentence("GPTXT,begin");
-    for (const string time : {"235957", "235958.50", "000000", "000001", "120002", "120003"}) {
+    for (const string time : {"235957", "235958.50", "000000", "000001", "020002", "020003"}) {
         const string date = time[0] == '2' ? "230394" : "240394";
         const string position = "4807.038,N,01131.000,E,";
-        if (hasRmc) {
+        if (hasRmc && log.epochEnds.size() % 2 == 0) {
             log.text +=
                 makeSentence("GNRMC," + time + ",A," + position + "022.4,084.4," + date + ",,,A");
         }
