@@ -59,6 +59,11 @@ class Program:
         self.run("report", "--force", "-o", page, *traces, status=status)
         return page
 
+    def stamps(self, trace):
+        """The time stamp of each message by its number, in nanoseconds."""
+        lines = self.run("show", "--number", trace).stdout.split(b"\n")
+        return {int(line.split()[0]): int(line.split()[1], 16) for line in lines if line}
+
     def rows(self, *traces):
         """The fixes of traces as export writes them, by column."""
         text = self.run("export", "--to", "csv", *traces).stdout.decode()
