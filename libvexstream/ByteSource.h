@@ -15,7 +15,9 @@ class VEXSTREAM_EXPORT ByteSource {
 public:
     ByteSource() = default;
     ByteSource(const ByteSource&) = delete;
+    ByteSource(ByteSource&&) = delete;
     ByteSource& operator=(const ByteSource&) = delete;
+    ByteSource& operator=(ByteSource&&) = delete;
     virtual ~ByteSource();
 
     /// Reads what is there; may wait where nothing is.

@@ -200,10 +200,11 @@ Verdict Division::isBeginning(uint64_t offset) {
         }
         const int more = evidence.inChain(offset, length);
         bits += more;
-        offset += length;
-        if (more < 0) {
+        const bool isNothing = i == 0 && more == 0 && !evidence.speaksFor(offset, length);
+        if (more < 0 || isNothing) {
             return Verdict::UNSOUND;
         }
+        offset += length;
         if (bits >= ENOUGH_TO_BEGIN) {
             return Verdict::SOUND;
         }

@@ -33,6 +33,9 @@ public:
     /// Whether whatever is at \p offset has evidence below 0. False says nothing.
     bool isHopeless(uint64_t offset);
 
+    /// Whether anything speaks for a message, be it of a type of which nothing is known.
+    bool speaksFor(uint64_t offset, size_t length);
+
     /// Whether a message of this type may hold others.
     bool mayHold(uint64_t offset);
 
@@ -53,7 +56,7 @@ private:
 
     Payload payloadOf(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
-    bool saysTheSame(uint64_t offset, uint64_t next, size_t length);
+    bool isSentAgain(uint64_t offset, size_t length);
 
     // What GPS messages hold, by the offset of the message: many candidates may lead to one.
     struct Known {

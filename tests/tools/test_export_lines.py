@@ -27,7 +27,7 @@ def equator(stamp, longitude):
 
 
 def drive(begin, count):
-    """A fix each second, to and fro between two positions whose numbers are long."""
+    """A fix each second, there and back between two positions whose numbers are long."""
     ends = [fix(0, b"4807.0381,N", b"01131.0001,E")[14:], fix(0, b"4807.0387,N", b"01131.0007,E")[14:]]
     return b"".join(struct.pack(">HHHQ", 12 + len(ends[i % 2]), GPS, 0, begin + i * SECOND) + ends[i % 2]
                     for i in range(count))
