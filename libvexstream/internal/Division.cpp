@@ -61,11 +61,14 @@ bool Division::keeps(uint64_t offset, size_t length) {
     const int history = ofHistory(offset);
     if (chain.regained) {
         const uint64_t again = *chain.regained;
+        const int bits = ofChain(offset, again);
+        if (bits < -COST_OF_BEGINNING - COST_OF_DAMAGE) {
+            return false;
+        }
         const int other = mostIn(offset + 1, end, ANYWHERE).bits;
         if (other == 0) {
             return true;
         }
-        const int bits = ofChain(offset, again);
         return bits >= within(offset + 1, again) - COST_OF_DAMAGE &&
                bits + ofStart(again, ANYWHERE) >= other - COST_OF_BEGINNING - COST_OF_DAMAGE;
     }
@@ -124,13 +127,20 @@ int Division::ofStart(uint64_t offset, uint64_t end) {
     return bits;
 }
 
-// The beginning within [from, to) with the most evidence before the end.
+// The beginning within [from, to) with the most evidence before the end. What it leads to is worth
+// less than it is.
 Division::Beginning Division::mostIn(uint64_t from, uint64_t to, uint64_t end) {
     Beginning most = {to, 0};
+    uint64_t next = to;  // in its chain
     for (; from < to; ++from) {
+        if (from == next) {
+            next += evidence.lengthAt(from);
+            continue;
+        }
         const int bits = isBeginning(from) == Verdict::SOUND ? ofStart(from, end) : 0;
         if (bits > most.bits) {
             most = {from, bits};
+            next = from + evidence.lengthAt(from);
         }
     }
     return most;
@@ -249,8 +259,9 @@ bool Division::holdsChain(uint64_t offset, size_t length) {
 // Of what a message holds: messages that are its payload, or lie there where its type has others.
 int Division::ofHeld(uint64_t offset, size_t length) {
     const uint64_t payload = offset + MessageBase::MO_BASE_DERIVED;
-    return evidence.mayHold(offset) ? std::max(within(payload, offset + length), 0)
-                                    : evidence.ofHeld(offset, length);
+    const bool isHolder = evidence.mayHold(offset) && evidence.inChain(offset, length) > LEAST;
+    return isHolder ? std::max(within(payload, offset + length), 0)
+                    : evidence.ofHeld(offset, length);
 }
 
 // Of the messages from this one to the end of the chain, and of what they hold.

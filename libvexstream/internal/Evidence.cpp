@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <string_view>
 
 namespace vextrace {
 
@@ -13,12 +14,11 @@ constexpr size_t HEADER = MessageBase::MO_BASE_DERIVED;
 // Of 65,536 ids 85 have a name. Binary data are full of zeros, whatever they mean: one number in
 // four is 0 there, and hardly one message in thirty is a marker. An eighth of all ids is free for
 // types of one's own, and so may be an eighth of all messages. Of a thousand messages hardly one
-// has any other id; of those whose neighbour has the same one in sixteen.
+// has any other id.
 constexpr int OF_NAMED_ID = 9;
 constexpr int OF_MARKER = -3;
 constexpr int OF_FREE_ID = 0;
 constexpr int OF_UNKNOWN_ID = -10;
-constexpr int OF_UNKNOWN_ID_AGAIN = -4;
 
 // A length is any of 65,536 by chance, and of messages mostly a short one: a bit for each halving
 // below 8 kB. Below 128 bytes small numbers are as common everywhere.
@@ -27,8 +27,9 @@ constexpr int MOST_OF_LENGTH = 6;
 
 // Of two stamps 31 of 64 bits are the same by chance where they are within eight seconds of
 // nanoseconds, and 25 where they are within nine minutes, but what counts is like that, too; so is
-// what repeats. Small numbers are near one another everywhere, and 0 is no time. The clock of a
-// recorder jumps once in tens of thousands of messages at most.
+// what repeats. Small numbers are near one another everywhere, and 0 is no time. A recorder tells a
+// time of day or a date of its days; other times are near only as texts and code are like others of
+// their kind. Its clock jumps once in tens of thousands of messages at most.
 constexpr timeStamp_t NEAR = timeStamp_t{1} << 33;
 constexpr timeStamp_t FAR = timeStamp_t{1} << 39;
 constexpr int OF_NEAR_TIME = 24;
@@ -108,6 +109,12 @@ int ofLength(size_t length) {
                       MOST_OF_LENGTH);
 }
 
+bool isOfARecorder(timeStamp_t stamp) {
+    constexpr timeStamp_t SECOND = 1'000'000'000;
+    constexpr timeStamp_t DAY = 86'400 * SECOND;
+    return stamp < 2 * DAY || (stamp >= 365 * DAY && stamp < 130 * 365 * DAY);
+}
+
 int ofTimes(timeStamp_t a, timeStamp_t b) {
     const auto [low, high] = std::minmax(a, b);
     if (low == 0) {
@@ -119,7 +126,7 @@ int ofTimes(timeStamp_t a, timeStamp_t b) {
     if (low <= FAR) {
         return 0;
     }
-    return a == b || high - low >= NEAR ? OF_LIKE_TIME : OF_NEAR_TIME;
+    return a == b || high - low >= NEAR || !isOfARecorder(low) ? OF_LIKE_TIME : OF_NEAR_TIME;
 }
 
 bool haveSameId(const uint8_t* header, const uint8_t* other) {
@@ -129,19 +136,28 @@ bool haveSameId(const uint8_t* header, const uint8_t* other) {
 
 // Of a message, by another header in its chain.
 int ofNeighbour(const uint8_t* header, const uint8_t* other) {
-    const bool isAgain = idOf(header) == OF_UNKNOWN_ID && haveSameId(header, other);
     const bool isSame = number16(header + MessageBase::MO_HDRRESERVED) ==
                         number16(other + MessageBase::MO_HDRRESERVED);
-    return ofTimes(stampOf(header), stampOf(other)) + (isSame ? 0 : OF_ANOTHER_RESERVED) +
-           (isAgain ? OF_UNKNOWN_ID_AGAIN - OF_UNKNOWN_ID : 0);
+    return ofTimes(stampOf(header), stampOf(other)) + (isSame ? 0 : OF_ANOTHER_RESERVED);
 }
 
 bool repeats(const uint8_t* header, size_t period, size_t count) {
     return std::memcmp(header, header + period, count - period) == 0;
 }
 
+// Whether the type and the upper bytes of the time stand once more in the first bytes behind their
+// header: so they do in a run of headers, and behind a size field that is too large.
+bool standsAgain(const uint8_t* header, size_t length) {
+    constexpr size_t COUNT = 7;
+    const std::string_view behind(reinterpret_cast<const char*>(header + HEADER),
+                                  std::min(length - HEADER, EYE));
+    const std::string_view front(reinterpret_cast<const char*>(header + MessageBase::MO_MSGID),
+                                 COUNT);
+    return behind.find(front) != std::string_view::npos;
+}
+
 // Bytes that repeat are all over other data, and what they seem to say repeats with them.
-bool isRepetition(const uint8_t* header) {
+bool isPeriodic(const uint8_t* header) {
     if (repeats(header, 1, MessageBase::MO_TIMESTAMP) ||
         repeats(header, 2, MessageBase::MO_TIMESTAMP)) {
         return true;
@@ -200,10 +216,16 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
     return entry.payload;
 }
 
+bool Evidence::isRepetition(uint64_t offset, size_t length) {
+    const uint8_t* const header = window.at(offset);
+    return isPeriodic(header) ||
+           (standsAgain(header, length) && !(mayHold(offset) && ofHeld(offset, length) > 0));
+}
+
 int Evidence::ofMessage(uint64_t offset, size_t length) {
     const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
     const int bits = ID_BITS[id] + ofLength(length);
-    if (bits > 0 && isRepetition(window.at(offset))) {
+    if (bits > 0 && isRepetition(offset, length)) {
         return OF_REPETITION;
     }
     if (id != MSGID_GPS) {
@@ -258,13 +280,13 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     if (!isType || bits <= 0) {
         return std::min(bits, 0);
     }
-    return isRepetition(header) ? OF_REPETITION : bits;
+    return isRepetition(offset, length) ? OF_REPETITION : bits;
 }
 
 bool Evidence::speaksFor(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     const int ofNext = hasHeader(next) ? ofNeighbour(window.at(offset), window.at(next)) : 0;
-    return ofMessage(offset, length) + ofNext > 0 && !isRepetition(window.at(offset));
+    return ofMessage(offset, length) + ofNext > 0 && !isRepetition(offset, length);
 }
 
 bool Evidence::mayHold(uint64_t offset) {
@@ -278,7 +300,7 @@ bool Evidence::mayHold(uint64_t offset) {
         case MSGID_ETHERNET_TX:
             return true;
         default:
-            return messageName(type).empty();
+            return idOf(window.at(offset)) == OF_FREE_ID;
     }
 }
 

@@ -57,6 +57,7 @@ private:
     Payload payloadOf(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
     bool isSentAgain(uint64_t offset, size_t length);
+    bool isRepetition(uint64_t offset, size_t length);
 
     // What GPS messages hold, by the offset of the message: many candidates may lead to one.
     struct Known {
