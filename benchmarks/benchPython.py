@@ -19,7 +19,7 @@ import vextrace
 
 ROUNDS = 5
 VEXTRACE, TRACE, FOLDER = sys.argv[1], sys.argv[2], pathlib.Path(sys.argv[3])
-TABLE = FOLDER / "export.csv"
+TABLE = FOLDER / "table.csv"
 
 
 def measured(work, clock=time.process_time):

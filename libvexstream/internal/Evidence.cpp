@@ -218,8 +218,13 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
 
 bool Evidence::isRepetition(uint64_t offset, size_t length) {
     const uint8_t* const header = window.at(offset);
-    return isPeriodic(header) ||
-           (standsAgain(header, length) && !(mayHold(offset) && ofHeld(offset, length) > 0));
+    if (isPeriodic(header)) {
+        return true;
+    }
+    // In the text of a GPS message stands no header.
+    const bool isGps = number16(header + MessageBase::MO_MSGID) == MSGID_GPS;
+    return !isGps && standsAgain(header, length) &&
+           !(mayHold(offset) && ofHeld(offset, length) > 0);
 }
 
 int Evidence::ofMessage(uint64_t offset, size_t length) {

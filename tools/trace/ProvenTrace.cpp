@@ -8,9 +8,19 @@
 
 namespace vextrace::tools {
 
+bool ProvenTrace::passOver(std::span<const uint8_t> message) {
+    const bool isSame = !reader && source.passOver(message);
+    gps += isSame ? 1 : 0;
+    return isSame;
+}
+
 TraceItem ProvenTrace::next() {
+    if (!reader) {
+        reader.emplace(source);
+    }
     while (true) {
-        TraceItem item = reader.next();
+        TraceItem item = reader->next();
+        item.offset += source.passed();
         switch (item.kind) {
             case TraceItem::Kind::GPS:
                 ++gps;
@@ -21,7 +31,7 @@ TraceItem ProvenTrace::next() {
             case TraceItem::Kind::DAMAGE:
                 refuseDamage(item);
             case TraceItem::Kind::END:
-                item.offset = reader.position();
+                item.offset = source.passed() + reader->position();
                 return item;
         }
     }

@@ -85,6 +85,9 @@ private:
         }
         const std::vector<Bytes> messages = messagesOf(part);
         for (size_t number = 0; number < messages.size(); ++number) {
+            if (!arrival && trace.passOver(messages[number])) {
+                continue;
+            }
             const TraceItem found = trace.next();
             if (found.gps == nullptr || !holdSame(found.bytes, messages[number])) {
                 proveSentences(found, std::span(messages).first(number + 1));
