@@ -241,7 +241,7 @@ TEST(TraceDivisionTest, TouchesNoSoundTrace) {
              {messageOf(12, 0, content)},
              {fix(0), messageOf(12, STAMP, textOf(messageOf(12, STAMP, content))), fix(1)},
              {fix(0), messageOf(12, STAMP, "four" + content), fix(1)},
-             {can(1), messageOf(1, STAMP, std::string(8, 'x') + std::string(8, '\0')), can(2)},
+             {can(1), messageOf(1, STAMP, std::string("twice as long\0\0\0", 16)), can(2)},
              {fix(0), messageOf(0x4711, STAMP, "unknown"), fix(1)},
              {fix(0), fix(5'000'000), fix(1), can(1), fix(9'000'000)},
              {can(1), can(1), can(1), can(1)},
