@@ -23,7 +23,7 @@ struct Ring {
             }
         }
     }
-    static size_t lengthOf(uint8_t high, uint8_t low) { return size_t{2} + high * 256U + low; }
+    static size_t lengthOf(uint8_t high, uint8_t low) { return 2 + size_t{256} * high + low; }
     uint8_t& at(uint64_t position) { return bytes[position % bytes.size()]; }
 
     std::vector<uint8_t> bytes;  // room for one message of any length, or for more

@@ -7,7 +7,7 @@ namespace vextrace {
 
 ByteSource::~ByteSource() = default;
 
-bool ByteSource::goBack(size_t) {
+bool ByteSource::goBack(size_t /*count*/) {
     return false;
 }
 

@@ -79,7 +79,9 @@ public:
     TraceReader(ByteSource& source, const TraceRange& range);
 
     TraceReader(const TraceReader&) = delete;
+    TraceReader(TraceReader&&) = delete;
     TraceReader& operator=(const TraceReader&) = delete;
+    TraceReader& operator=(TraceReader&&) = delete;
     ~TraceReader();
 
     /// \throws what the source throws; what was complete before has been given out

@@ -27,7 +27,7 @@ std::string ggaWith(const std::string& satellites, const std::string& position,
 
 // Both ways to the text give the same.
 std::string formatted(GPSTraceMessage message) {
-    const std::string text = std::as_const(message).rdbText();
+    std::string text = std::as_const(message).rdbText();
     EXPECT_EQ(message.formatForRDB(), text);
     EXPECT_EQ(std::as_const(message).rdbText(), text);
     return text;

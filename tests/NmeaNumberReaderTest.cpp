@@ -107,7 +107,7 @@ std::string plainDecimal(std::mt19937& random, size_t digits) {
 
 void expectDecimalsAsTheStandardLibrary(const std::string& point) {
     const NmeaNumberReader number;
-    std::mt19937 random(20010);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    std::mt19937 random(20010);
     for (int i = 0; i < 6000; ++i) {
         std::string text = plainDecimal(random, 1 + random() % 18);
         if (const size_t found = text.find('.'); found != std::string::npos) {

@@ -7,6 +7,7 @@
 #include <numeric>
 #include <random>
 #include <stdexcept>
+#include <utility>
 
 #include "tests/stream/traces.h"
 
@@ -498,7 +499,7 @@ namespace {
 // A file that is written while it is read.
 class GrowingTrace : public ByteSource {
 public:
-    explicit GrowingTrace(const TraceBytes& content = {}) : bytes(content) {}
+    explicit GrowingTrace(TraceBytes content = {}) : bytes(std::move(content)) {}
 
     void append(const TraceBytes& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
     void cut(size_t length) { bytes.resize(length); }

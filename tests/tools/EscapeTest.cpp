@@ -51,12 +51,14 @@ TEST(EscapeTest, CharactersThatHideOrTurnOthersRoundBecomeEscapes) {
         const char* text;
         const char* expected;
     } cases[] = {
-        {"a\xC2\xAD", R"(a\xc2\xad)"},                // soft hyphen
-        {"\xD8\x9C", R"(\xd8\x9c)"},                  // Arabic letter mark
-        {"\xE2\x80\x8B", R"(\xe2\x80\x8b)"},          // zero width space
-        {"\xE2\x80\x8F", R"(\xe2\x80\x8f)"},          // right-to-left mark
-        {"\xE2\x80\xAA", R"(\xe2\x80\xaa)"},          // left-to-right embedding
-        {"\xE2\x80\xAE", R"(\xe2\x80\xae)"},          // right-to-left override
+        {"a\xC2\xAD", R"(a\xc2\xad)"},        // soft hyphen
+        {"\xD8\x9C", R"(\xd8\x9c)"},          // Arabic letter mark
+        {"\xE2\x80\x8B", R"(\xe2\x80\x8b)"},  // zero width space
+        {"\xE2\x80\x8F", R"(\xe2\x80\x8f)"},  // right-to-left mark
+        // NOLINTBEGIN(misc-misleading-bidirectional): they are what is tested
+        {"\xE2\x80\xAA", R"(\xe2\x80\xaa)"},  // left-to-right embedding
+        {"\xE2\x80\xAE", R"(\xe2\x80\xae)"},  // right-to-left override
+        // NOLINTEND(misc-misleading-bidirectional)
         {"\xE2\x81\xA0", R"(\xe2\x81\xa0)"},          // word joiner
         {"\xE2\x81\xA9", R"(\xe2\x81\xa9)"},          // end of an isolate
         {"\xEF\xBB\xBF", R"(\xef\xbb\xbf)"},          // byte order mark

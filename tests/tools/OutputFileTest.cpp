@@ -79,6 +79,7 @@ using Names = std::set<std::string>;
 }  // namespace
 
 // Takes the place of the system's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
                          unsigned flags) {
     if (renamesPlainly) {

@@ -60,7 +60,7 @@ TEST(SqueezeTest, ExpandsToTheSameText) {
     expectRoundTrip(std::string(10000, 'x'));
     expectRoundTrip(std::string(1000, '~'));
     expectRoundTrip("~~~~~~~~abc~~~~~~~~abc~~");
-    std::mt19937 random(5);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    std::mt19937 random(5);
     for (int i = 0; i < 200; ++i) {
         std::string text;
         const unsigned letters = 1 + random() % 256;

@@ -7,8 +7,8 @@ using namespace vextrace::tools;
 TEST(StopSignalsTest, TheFirstOneCounts) {
     const StopSignals signals;
     EXPECT_EQ(StopSignals::caught(), 0);
-    raise(SIGTERM);
-    raise(SIGINT);
+    ASSERT_EQ(raise(SIGTERM), 0);
+    ASSERT_EQ(raise(SIGINT), 0);
     EXPECT_EQ(StopSignals::caught(), SIGTERM);
     EXPECT_EQ(StopSignals::count(), 2);
 }
@@ -16,7 +16,7 @@ TEST(StopSignalsTest, TheFirstOneCounts) {
 TEST(StopSignalsTest, NoneIsLeftForTheNext) {
     {
         const StopSignals signals;
-        raise(SIGTERM);
+        ASSERT_EQ(raise(SIGTERM), 0);
     }
     EXPECT_EQ(StopSignals::caught(), 0);
     EXPECT_EQ(StopSignals::count(), 0);

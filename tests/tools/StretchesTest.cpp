@@ -167,7 +167,7 @@ TEST(StretchesTest, ClosesAGapThatALaterFixFills) {
 
 // What is kept agrees with all fixes: the extremes of each stretch, the only gap of one.
 TEST(StretchesTest, AgreesWithAllFixesOfRandomDrives) {
-    std::mt19937 random(20261121);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    std::mt19937 random(20261121);
     for (int drive = 0; drive < 50; ++drive) {
         const size_t ofStretch = 20 + random() % 200;
         std::vector<Fix> fixes;

@@ -135,7 +135,7 @@ TEST_F(TraceContinuationTest, StopsReadingATraceWhenASignalComes) {
     const string torn = text({FIRST, SECOND}) + "\x01";
     write("trace", torn);
     const StopSignals signals;
-    raise(SIGTERM);
+    ASSERT_EQ(raise(SIGTERM), 0);
     EXPECT_EQ(refusal("trace", ExistingTrace::REPLACE), "none");
     const InputFile input(path("log"));
     EXPECT_THROW(TraceOutput(path("trace"), ExistingTrace::APPEND, input), Interrupted);

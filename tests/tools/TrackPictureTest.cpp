@@ -61,7 +61,7 @@ TEST(TrackPictureTest, FitsTheTrackIntoThePicture) {
         for (const std::string end : {"start0", "end0"}) {
             const std::string place = "id=\"" + end + "\"[^>]*translate\\(";
             const int x = std::stoi(found(svg, place + "(-?\\d+) "));
-            const int y = std::stoi(found(svg, place + "-?\\d+ (-?\\d+)\\)"));
+            const int y = std::stoi(found(svg, place + R"(-?\d+ (-?\d+)\))"));
             EXPECT_GE(x, 600);
             EXPECT_LE(x, TrackPicture::WIDTH - 600);
             EXPECT_GE(y, 600);

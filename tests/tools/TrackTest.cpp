@@ -114,7 +114,7 @@ TEST(TrackTest, StaysCloseToEveryPointOfManyLaps) {
 }
 
 TEST(TrackTest, StaysCloseToEveryPointOfAWildDrive) {
-    std::mt19937 random(3);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    std::mt19937 random(3);
     std::vector<TrackPoint> all = {at(0, 0)};
     for (int i = 0; i < 2000; ++i) {
         const auto step = [&] { return static_cast<double>(random() % 41) / 10 - 2; };
@@ -146,7 +146,7 @@ TEST(TrackTest, ClosesGapsThatCannotBeSeen) {
 }
 
 TEST(TrackTest, KeepsWithinItsLimitWhateverComes) {
-    std::mt19937 random(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same everywhere
+    std::mt19937 random(1);
     Track track(100, 200);
     for (int i = 0; i < 20000; ++i) {
         const auto number = [&] { return static_cast<double>(random() % 100000) / 10; };

@@ -11,9 +11,9 @@ namespace {
 
 constexpr bool REQUIRED = true;
 
-OptionEntry jobs(unsigned* to) {
+OptionEntry jobs(unsigned& to) {
     return {"--jobs", "N", "for a folder: do so many at a time, instead of one for each processor",
-            to};
+            &to};
 }
 
 CommandEntry recordEntry() {
@@ -35,7 +35,7 @@ CommandEntry recordEntry() {
              "beside it",
              &to->append},
             {"--force", "", "replace an existing file", &to->force},
-            jobs(&to->jobs),
+            jobs(to->jobs),
             {"--baud", "RATE", "bits a second of a serial line; what it is set to unless given",
              &to->baud},
             {"--idle", "MILLISECONDS", "silence that ends an epoch, 500 unless given", &to->idle},
@@ -117,7 +117,7 @@ CommandEntry exportEntry() {
             {"-o,--output", "FILE",
              "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
             {"--force", "", "replace the output where it exists", &to->force},
-            jobs(&to->jobs),
+            jobs(to->jobs),
             {"--gap", "SECONDS", "begin a new line behind so long a time without a fix (5)",
              &to->gap},
             {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
@@ -189,7 +189,7 @@ CommandEntry repairEntry() {
              "the file to write, behind which all names are traces; a folder/ takes one of each",
              &to->output},
             {"--force", "", "replace OUT where it exists", &to->force},
-            jobs(&to->jobs),
+            jobs(to->jobs),
         },
         [to] { return repair(*to); }};
 }
@@ -204,7 +204,7 @@ CommandEntry reportEntry() {
             {"-o,--output", "FILE",
              "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
             {"--force", "", "replace the output where it exists", &to->force},
-            jobs(&to->jobs),
+            jobs(to->jobs),
             {"--gap", "SECONDS", "leave lines open behind so long a time without a fix (5)",
              &to->gap},
             {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",

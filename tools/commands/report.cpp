@@ -41,7 +41,7 @@ public:
 
     ByteSource& sourceOf(InputFile& input, const std::string& path) override;
     void beginTrace(const std::string& path) override;
-    void addMessage(const TraceItem& message, uint64_t) override { survey.add(message); }
+    void addMessage(const TraceItem& message, uint64_t /*number*/) override { survey.add(message); }
     void addDamage(const TraceItem& damage) override;
     void addFailure(const std::string& reason) override { damageNotes.add(shortName(reason)); }
     void endTrace(uint64_t bytes) override { survey.endTrace(bytes); }

@@ -41,6 +41,7 @@ std::string hint(const std::string& word, const std::vector<std::string>& names)
 
 std::vector<std::string> commandNames(const std::vector<CommandEntry>& commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size() + 1);
     for (const CommandEntry& command : commands) {
         names.push_back(command.name);
     }

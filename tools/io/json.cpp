@@ -96,7 +96,7 @@ std::string Json::lines() const {
     bool inText = false;
     for (size_t i = 0; i < written.size(); ++i) {
         const char c = written[i];
-        inText ^= c == '"';
+        inText = inText != (c == '"');
         if (inText) {
             result += c;
             continue;

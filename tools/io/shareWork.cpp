@@ -43,7 +43,7 @@ private:
     void start(size_t piece);
     [[noreturn]] void workAs(size_t piece, int toldTo);
     void wait();
-    bool pass(Worker& worker);
+    static bool pass(Worker& worker);
     void end(const Worker& worker);
     void passSignalsOn();
 

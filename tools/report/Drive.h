@@ -52,8 +52,8 @@ public:
         size_t line;    ///< bytes of a trace line
     };
 
-    /// \param division  shared by all drives
-    Drive(const Outline& outline, Division& division, timeStamp_t gap, const Limits& limits);
+    /// \param ofAll  the division that all drives share
+    Drive(const Outline& outline, Division& ofAll, timeStamp_t gap, const Limits& limits);
 
     /// \param message  in its byte-array form
     /// \param number   of the message in its trace

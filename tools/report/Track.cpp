@@ -18,8 +18,15 @@ double distanceOf(const TrackPoint& a, const TrackPoint& b) {
 Track::Track(double fastest, size_t mostPoints)
     : speedTolerance(std::max(fastest * FINEST_SPEED, 1e-9)), limit(mostPoints) {}
 
-// A gap that cannot be seen opens no line.
 void Track::add(const TrackPoint& point) {
+    append(point);
+    while (kept.size() > limit) {
+        coarsen();
+    }
+}
+
+// A gap that cannot be seen opens no line.
+void Track::append(const TrackPoint& point) {
     if (kept.empty() || (point.followsGap && !isNear(point))) {
         kept.push_back(point);
         begin(point);
@@ -34,9 +41,6 @@ void Track::add(const TrackPoint& point) {
             kept.back() = next;
         }
         hasOpen = true;
-    }
-    while (kept.size() > limit) {
-        coarsen();
     }
 }
 
@@ -87,7 +91,7 @@ void Track::coarsen() {
     const std::vector<TrackPoint> all = std::exchange(kept, {});
     hasOpen = false;
     for (const TrackPoint& point : all) {
-        add(point);
+        append(point);
     }
 }
 

@@ -38,6 +38,7 @@ private:
         double slowest = 0, fastest = 0;
     };
 
+    void append(const TrackPoint& point);
     bool isNear(const TrackPoint& point) const;
     bool follows(const TrackPoint& point);
     bool narrow(double distance, double direction);

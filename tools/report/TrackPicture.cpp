@@ -203,7 +203,7 @@ std::string TrackPicture::lines(size_t index) const {
             defined += fmt::format("<path class=\"stroke\" id=\"line{}-{}\" d=\"{}\"/>\n", index, i,
                                    paths[i].str());
             casings += fmt::format("<use href=\"#line{}-{}\"/>", index, i);
-            drawn += fmt::format("<use href=\"#line{}-{}\" class=\"{}\"/>", index, i, colour);
+            drawn += fmt::format(R"(<use href="#line{}-{}" class="{}"/>)", index, i, colour);
         }
     }
     const Spot corner = spot(drive, {0, 0, std::nullopt, false});
@@ -231,7 +231,7 @@ std::string TrackPicture::scaleBar() const {
         "<g id=\"scale\">\n<path class=\"stroke\" id=\"scale-bar\" d=\"M300 "
         "{}v150h{:.0f}v-150\"/>\n{}</g>\n",
         HEIGHT - 450, length / metresPerUnit,
-        markAt("id=\"scale-text\" class=\"mark\"", 300, HEIGHT - 450,
+        markAt(R"(id="scale-text" class="mark")", 300, HEIGHT - 450,
                fmt::format(R"(<text y="-6" id="scale-length">{}</text>)", text)));
 }
 
@@ -248,9 +248,8 @@ std::string TrackPicture::endMarks(size_t index) const {
     const auto mark = [&](std::string_view id, const TrackPoint& point, std::string_view content) {
         const Spot at = spot(drive, point);
         return markAt(
-            fmt::format(
-                "id=\"{}{}\" class=\"mark\" data-drive=\"{}\" data-x=\"{:.0f}\" data-y=\"{:.0f}\"",
-                id, index, index, point.x, point.y),
+            fmt::format(R"(id="{}{}" class="mark" data-drive="{}" data-x="{:.0f}" data-y="{:.0f}")",
+                        id, index, index, point.x, point.y),
             at.x, at.y, content);
     };
     return mark("end", last,
@@ -277,9 +276,9 @@ std::string TrackPicture::svg(const std::string& description) const {
     return fmt::format("<svg id=\"track\" viewBox=\"0 0 {} {}\" role=\"img\" aria-label=\"{}\">\n",
                        WIDTH, HEIGHT, html(description)) +
            "<path class=\"stroke\" id=\"chosen\" d=\"\"/>\n" + tracks + marks +
-           markAt("id=\"here\" class=\"mark here\"", -WIDTH, 0,
+           markAt(R"(id="here" class="mark here")", -WIDTH, 0,
                   R"(<circle class="ring" r="9"/><circle class="dot" r="3"/>)") +
-           markAt("id=\"north\" class=\"mark\"", WIDTH - 400, 500,
+           markAt(R"(id="north" class="mark")", WIDTH - 400, 500,
                   R"(<path d="M0-16l7 18-7-4-7 4z"/><text y="16">N</text>)") +
            scaleBar() + "</svg>\n";
 }

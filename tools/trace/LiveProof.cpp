@@ -102,7 +102,7 @@ private:
         if (!peek() || nextIsOfOtherTime()) {
             holdsTooMuch();
         }
-        const Place place = placeOf(storedCode(next->text));
+        const auto place = placeOf(storedCode(next->text));
         if (!isStoredAs(next->text, place->second.text)) {
             lacks(place->second.message, *next);
         }
@@ -118,7 +118,7 @@ private:
     }
 
     Place placeOf(const std::string& code) {
-        Place place = waiting.lower_bound(code);
+        auto place = waiting.lower_bound(code);
         while (place == waiting.end() || place->first != code) {
             if (!isOfRun() || waitingBytes > PART_ROOM) {
                 lacksNext();

@@ -34,7 +34,7 @@ struct RecordOptions {
 class Recorder {
 public:
     /// \throws UsageError where the options cannot be carried out; nothing has been changed then
-    explicit Recorder(const RecordOptions& options);
+    explicit Recorder(const RecordOptions& given);
 
     /// Records, and tells on standard error what became of every byte.
     /// \return the exit status: that of the data, or 128 and the number of the signal

@@ -11,8 +11,8 @@ namespace vextrace::tools {
 /// Summaries as a table for people: a line for each trace, and the sum of all.
 class SummaryTable {
 public:
-    /// \param traces  their names, as they were given
-    explicit SummaryTable(const std::vector<std::string>& traces);
+    /// \param names  of the traces, as they were given
+    explicit SummaryTable(const std::vector<std::string>& names);
 
     std::string head() const;
     /// What the trace holds counts for the sum, too.

@@ -63,7 +63,7 @@ void TraceOutput::continueTrace(const std::string& path) {
     std::optional<uint64_t> damage;
     bool torn = false;
     for (TraceItem item = reader.next(); item.kind != TraceItem::Kind::END; item = reader.next()) {
-        source.stopWhenTold();
+        StoppableSource::stopWhenTold();
         const bool isDamage = item.kind == TraceItem::Kind::DAMAGE;
         damage = isDamage ? std::optional(item.offset) : std::nullopt;
         torn = isDamage && mayBeTorn(item.bytes);
