@@ -36,11 +36,13 @@ struct TraceReader::State {
           division(window) {}
 
     TraceItem next();
+    bool passOver(std::span<const uint8_t> message);
     TraceItem nextOfAny();
     void begin();
     TraceItem inSequence();
     TraceItem takeGps(size_t length);
     TraceItem take(TraceItem::Kind kind, size_t length);
+    void goOnBehind(size_t length);
     TraceItem incomplete(size_t length);
     TraceItem beginDamage(std::string reason);
     TraceItem skipDamage();
@@ -76,6 +78,10 @@ TraceItem TraceReader::next() {
     return state->next();
 }
 
+bool TraceReader::passOver(std::span<const uint8_t> message) {
+    return state->passOver(message);
+}
+
 bool TraceReader::foundMessage() const {
     return state->found;
 }
@@ -108,6 +114,22 @@ TraceItem TraceReader::State::next() {
     TraceItem item;
     item.offset = position;
     return item;
+}
+
+bool TraceReader::State::passOver(std::span<const uint8_t> message) {
+    begin();
+    if (damage || position < wanted.begin || position >= wanted.end) {
+        return false;
+    }
+    window.keepFrom(position);
+    window.readOn();
+    window.setReading(true);
+    if (window.available(position, message.size()) < message.size() ||
+        !std::equal(message.begin(), message.end(), window.at(position))) {
+        return false;
+    }
+    goOnBehind(message.size());
+    return true;
 }
 
 void TraceReader::State::begin() {
@@ -183,10 +205,15 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
     item.bytes = {window.at(position), length};
     item.length = length;
     item.id = messageId(item.bytes.data());
+    goOnBehind(length);
+    return item;
+}
+
+// A message of this length was taken.
+void TraceReader::State::goOnBehind(size_t length) {
     division.setBefore(position);
     position += length;
     found = true;
-    return item;
 }
 
 TraceItem TraceReader::State::beginDamage(std::string reason) {

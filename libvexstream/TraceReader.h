@@ -87,10 +87,17 @@ public:
     /// \throws what the source throws; what was complete before has been given out
     TraceItem next();
 
+    /// Passes over a message where its bytes are the next ones of the range: much faster than
+    /// next(), for those who know what comes. Otherwise, and within damage, nothing changes.
+    ///
+    /// \param message  a whole one, which decodes where it is a GPS message
+    /// \return whether it was passed over
+    bool passOver(std::span<const uint8_t> message);
+
     /// Whether a sound message was found yet. A trace without any is none.
     bool foundMessage() const;
 
-    /// Behind the last item read; where a whole trace is read, the bytes given out so far.
+    /// Behind the last item read or passed over; where a whole trace is read, the bytes of all.
     uint64_t position() const;
 
     /// For a trace that grows: an incomplete message at the end is left for the next call of

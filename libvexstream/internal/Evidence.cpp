@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "libvexstream/utc.h"
+
 namespace vextrace {
 
 namespace {
@@ -110,9 +112,8 @@ int ofLength(size_t length) {
 }
 
 bool isOfARecorder(timeStamp_t stamp) {
-    constexpr timeStamp_t SECOND = 1'000'000'000;
-    constexpr timeStamp_t DAY = 86'400 * SECOND;
-    return stamp < 2 * DAY || (stamp >= 365 * DAY && stamp < 130 * 365 * DAY);
+    constexpr timeStamp_t DAY = timeStamp_t{86'400} * 1'000'000'000;
+    return stamp < 2 * DAY || (hasDate(stamp) && stamp < 130 * 365 * DAY);
 }
 
 int ofTimes(timeStamp_t a, timeStamp_t b) {
@@ -148,7 +149,8 @@ bool repeats(const uint8_t* header, size_t period, size_t count) {
 // Whether the type and the upper bytes of the time stand once more in the first bytes behind their
 // header: so they do in a run of headers, and behind a size field that is too large.
 bool standsAgain(const uint8_t* header, size_t length) {
-    constexpr size_t COUNT = 7;
+    constexpr size_t UPPER_OF_TIME = 3;
+    constexpr size_t COUNT = MessageBase::MO_TIMESTAMP - MessageBase::MO_MSGID + UPPER_OF_TIME;
     const std::string_view behind(reinterpret_cast<const char*>(header + HEADER),
                                   std::min(length - HEADER, EYE));
     const std::string_view front(reinterpret_cast<const char*>(header + MessageBase::MO_MSGID),
@@ -263,20 +265,26 @@ bool Evidence::isSentAgain(uint64_t offset, size_t length) {
     return std::memcmp(window.at(offset), window.at(next), count) == 0;
 }
 
+// Of a message by what stands where the next one must.
+int Evidence::ofNext(uint64_t offset, size_t length) {
+    const uint64_t next = offset + length;
+    if (hasHeader(next)) {
+        return ofNeighbour(window.at(offset), window.at(next));
+    }
+    const bool mayFollow = window.available(next, 1) == 0 || (growing && isIncomplete(next));
+    return mayFollow ? 0 : OF_NOTHING_BEHIND;
+}
+
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     const bool leadsOn = hasHeader(next);
-    int bits = ofMessage(offset, length);
-    if (bits < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
-        return std::min(bits, 0);  // the rest says the last of them
+    const int own = ofMessage(offset, length);
+    if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
+        return std::min(own, 0);  // the rest says the last of them
     }
-    const uint8_t* const header = window.at(offset);
-    if (leadsOn) {
-        bits += ofNeighbour(header, window.at(next));
-    } else if (window.available(next, 1) != 0 && !(growing && isIncomplete(next))) {
-        bits += OF_NOTHING_BEHIND;
-    }
+    int bits = own + ofNext(offset, length);
     // Ids that change from message to message are no types, whatever else is like messages.
+    const uint8_t* const header = window.at(offset);
     const bool isType =
         idOf(header) > OF_FREE_ID || (leadsOn && haveSameId(header, window.at(next)));
     if (bits < 0 && isType && mayHold(offset)) {
@@ -285,13 +293,13 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     if (!isType || bits <= 0) {
         return std::min(bits, 0);
     }
-    return isRepetition(offset, length) ? OF_REPETITION : bits;
+    // What has evidence of its own was asked for that.
+    return own <= 0 && isRepetition(offset, length) ? OF_REPETITION : bits;
 }
 
 bool Evidence::speaksFor(uint64_t offset, size_t length) {
-    const uint64_t next = offset + length;
-    const int ofNext = hasHeader(next) ? ofNeighbour(window.at(offset), window.at(next)) : 0;
-    return ofMessage(offset, length) + ofNext > 0 && !isRepetition(offset, length);
+    const int own = ofMessage(offset, length);
+    return own + ofNext(offset, length) > 0 && !(own <= 0 && isRepetition(offset, length));
 }
 
 bool Evidence::mayHold(uint64_t offset) {

@@ -56,6 +56,7 @@ private:
 
     Payload payloadOf(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
+    int ofNext(uint64_t offset, size_t length);
     bool isSentAgain(uint64_t offset, size_t length);
     bool isRepetition(uint64_t offset, size_t length);
 

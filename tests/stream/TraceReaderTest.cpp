@@ -394,6 +394,47 @@ TEST(TraceReaderTest, HoldsATornMessageWhole) {
     EXPECT_EQ(items[1].bytes, torn);
 }
 
+TEST(TraceReaderTest, PassesOverAMessageThatIsTheNextOne) {
+    const TraceBytes trace = joined({fix(10), can(1), fix(11), fix(12)});
+    MemorySource source(trace);
+    TraceReader reader(source);
+    EXPECT_TRUE(reader.passOver(fix(10)));
+    EXPECT_TRUE(reader.foundMessage());
+    EXPECT_FALSE(reader.passOver(fix(11)));
+    EXPECT_EQ(reader.position(), fix(10).size());
+    const TraceItem item = reader.next();
+    EXPECT_EQ(item.kind, Kind::OTHER);
+    EXPECT_EQ(item.offset, fix(10).size());
+    EXPECT_TRUE(reader.passOver(fix(11)));
+    EXPECT_EQ(reader.next().offset, trace.size() - fix(12).size());
+    EXPECT_FALSE(reader.passOver(fix(12)));
+    EXPECT_EQ(reader.next().kind, Kind::END);
+    EXPECT_EQ(reader.position(), trace.size());
+}
+
+TEST(TraceReaderTest, PassesOverNothingOutsideItsRangeNorAMessageThatIsCutOff) {
+    const TraceBytes trace = joined({fix(10), fix(11), fix(12)});
+    MemorySource whole(trace);
+    TraceRange range;
+    range.end = fix(10).size();
+    TraceReader first(whole, range);
+    EXPECT_TRUE(first.passOver(fix(10)));
+    EXPECT_FALSE(first.passOver(fix(11)));
+    const size_t cut = trace.size() - 1;
+    MemorySource torn({trace.data(), cut});
+    TraceReader reader(torn);
+    EXPECT_TRUE(reader.passOver(fix(10)));
+    EXPECT_TRUE(reader.passOver(fix(11)));
+    EXPECT_FALSE(reader.passOver(fix(12)));
+    EXPECT_EQ(reader.next().kind, Kind::DAMAGE);
+    MemorySource again(trace);
+    range.begin = 5;
+    range.end = trace.size();
+    TraceReader second(again, range);
+    EXPECT_FALSE(second.passOver(fix(10)));
+    EXPECT_EQ(second.next().offset, fix(10).size());
+}
+
 TEST(TraceReaderTest, ReadsTheLongestMessages) {
     Messages trace;
     for (char c = 'a'; c < 'k'; ++c) {

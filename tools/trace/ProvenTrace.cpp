@@ -9,18 +9,14 @@
 namespace vextrace::tools {
 
 bool ProvenTrace::passOver(std::span<const uint8_t> message) {
-    const bool isSame = !reader && source.passOver(message);
+    const bool isSame = reader.passOver(message);
     gps += isSame ? 1 : 0;
     return isSame;
 }
 
 TraceItem ProvenTrace::next() {
-    if (!reader) {
-        reader.emplace(source);
-    }
     while (true) {
-        TraceItem item = reader->next();
-        item.offset += source.passed();
+        TraceItem item = reader.next();
         switch (item.kind) {
             case TraceItem::Kind::GPS:
                 ++gps;
@@ -31,7 +27,7 @@ TraceItem ProvenTrace::next() {
             case TraceItem::Kind::DAMAGE:
                 refuseDamage(item);
             case TraceItem::Kind::END:
-                item.offset = source.passed() + reader->position();
+                item.offset = reader.position();
                 return item;
         }
     }

@@ -1,23 +1,21 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
 
 #include "libvexstream/TraceReader.h"
 #include "tools/io/InputFile.h"
-#include "tools/trace/MatchingSource.h"
 
 namespace vextrace::tools {
 
 /// The GPS messages of a trace that is compared with its log.
 class ProvenTrace {
 public:
-    explicit ProvenTrace(InputFile& trace) : name(trace.name()), source(trace) {}
+    explicit ProvenTrace(InputFile& trace) : name(trace.name()), reader(trace) {}
 
     /// Passes over a GPS message where its bytes are the next ones of the trace, without reading
-    /// what they say; only up to the first that is not.
+    /// what they say.
     bool passOver(std::span<const uint8_t> message);
 
     /// The next GPS message; END, with its offset, at the end of the trace.
@@ -40,8 +38,7 @@ private:
     [[noreturn]] void refuseDamage(const TraceItem& damage) const;
 
     std::string name;
-    MatchingSource source;
-    std::optional<TraceReader> reader;  // behind what was passed over
+    TraceReader reader;
     uint64_t gps = 0;
     uint64_t others = 0;
 };

@@ -85,6 +85,7 @@ private:
         }
         const std::vector<Bytes> messages = messagesOf(part);
         for (size_t number = 0; number < messages.size(); ++number) {
+            // Nearly all are the same, but for stamps of arrival.
             if (!arrival && trace.passOver(messages[number])) {
                 continue;
             }
