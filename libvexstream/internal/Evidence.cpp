@@ -148,7 +148,7 @@ bool repeats(const uint8_t* header, size_t period, size_t count) {
 
 // Whether the type and the upper bytes of the time stand once more in the first bytes behind their
 // header: so they do in a run of headers, and behind a size field that is too large.
-bool standsAgain(const uint8_t* header, size_t length) {
+bool hasHeaderAgain(const uint8_t* header, size_t length) {
     constexpr size_t UPPER_OF_TIME = 3;
     constexpr size_t COUNT = MessageBase::MO_TIMESTAMP - MessageBase::MO_MSGID + UPPER_OF_TIME;
     const std::string_view behind(reinterpret_cast<const char*>(header + HEADER),
@@ -220,19 +220,28 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
 
 bool Evidence::isRepetition(uint64_t offset, size_t length) {
     const uint8_t* const header = window.at(offset);
-    if (isPeriodic(header)) {
-        return true;
-    }
+    return isPeriodic(header) || standsAgain(offset, length);
+}
+
+// A message that is held may have the header of the one that holds it.
+bool Evidence::standsAgain(uint64_t offset, size_t length) {
+    const uint8_t* const header = window.at(offset);
     // In the text of a GPS message stands no header.
     const bool isGps = number16(header + MessageBase::MO_MSGID) == MSGID_GPS;
-    return !isGps && standsAgain(header, length) &&
+    return !isGps && hasHeaderAgain(header, length) &&
            !(mayHold(offset) && ofHeld(offset, length) > 0);
 }
 
 int Evidence::ofMessage(uint64_t offset, size_t length) {
+    const int bits = ofContent(offset, length);
+    return bits > 0 && standsAgain(offset, length) ? OF_REPETITION : bits;
+}
+
+// Without regard to what else the message holds.
+int Evidence::ofContent(uint64_t offset, size_t length) {
     const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
     const int bits = ID_BITS[id] + ofLength(length);
-    if (bits > 0 && isRepetition(offset, length)) {
+    if (bits > 0 && isPeriodic(window.at(offset))) {
         return OF_REPETITION;
     }
     if (id != MSGID_GPS) {
@@ -326,7 +335,7 @@ int Evidence::ofHeld(uint64_t offset, size_t length) {
         if (innerLength == 0 || innerLength > end - inner) {
             return 0;
         }
-        bits = std::min(bits + ofMessage(inner, innerLength), OF_SENTENCES);
+        bits = std::min(bits + ofContent(inner, innerLength), OF_SENTENCES);
         inner += innerLength;
     }
     return std::max(bits, 0);

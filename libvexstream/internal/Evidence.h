@@ -59,6 +59,8 @@ private:
     int ofNext(uint64_t offset, size_t length);
     bool isSentAgain(uint64_t offset, size_t length);
     bool isRepetition(uint64_t offset, size_t length);
+    bool standsAgain(uint64_t offset, size_t length);
+    int ofContent(uint64_t offset, size_t length);
 
     // What GPS messages hold, by the offset of the message: many candidates may lead to one.
     struct Known {

@@ -252,6 +252,18 @@ TEST(TraceDivisionTest, TouchesNoSoundTrace) {
     }
 }
 
+// Each holds the next one and nothing else.
+TEST(TraceDivisionTest, TouchesNoContainersInContainersHoweverDeep) {
+    TraceBytes nest = fix(0);
+    while (nest.size() + 14 < 65'536) {
+        TraceBytes header = messageOf(12, STAMP, "");
+        uint16ToByteArray(static_cast<uint16_t>(nest.size() + 12), header.data());
+        nest.insert(nest.begin(), header.begin(), header.end());
+    }
+    const Messages sound = {fix(0), nest, fix(1)};
+    EXPECT_TRUE(kept(joined(sound)) == sound);
+}
+
 TEST(TraceDivisionTest, ATornFirstMessageCostsNoOther) {
     const Messages behind = {can(1), can(2), can(3), can(4)};
     const TraceBytes torn = fix(0);
