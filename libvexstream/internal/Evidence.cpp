@@ -113,7 +113,8 @@ int ofLength(size_t length) {
 
 bool isOfARecorder(timeStamp_t stamp) {
     constexpr timeStamp_t DAY = timeStamp_t{86'400} * 1'000'000'000;
-    return stamp < 2 * DAY || (hasDate(stamp) && stamp < 130 * 365 * DAY);
+    constexpr timeStamp_t YEAR = 365 * DAY;
+    return stamp < 2 * DAY || (hasDate(stamp) && stamp < 130 * YEAR);
 }
 
 int ofTimes(timeStamp_t a, timeStamp_t b) {

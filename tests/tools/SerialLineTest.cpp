@@ -3,10 +3,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "tools/io/InputFile.h"
@@ -27,7 +27,8 @@ using Setter = int (*)(int, int, const termios*);
 
 }  // namespace
 
-// These take the place of the system's.
+// These take the place of the system's, whose parameters have reserved names.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" int tcgetattr(int fd, termios* settings) {
     static const auto ofTheSystem = reinterpret_cast<Getter>(dlsym(RTLD_NEXT, "tcgetattr"));
     const int result = ofTheSystem(fd, settings);
@@ -42,6 +43,7 @@ extern "C" int tcsetattr(int fd, int when, const termios* settings) {
     lastSet = settings->c_cflag;
     return ofTheSystem(fd, when, settings);
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 // Without the one a line without a modem is never there, without the other it gives nothing.
 TEST(SerialLineTest, ReceivesFromALineWithoutAModem) {
