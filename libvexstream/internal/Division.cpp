@@ -62,6 +62,7 @@ bool Division::keeps(uint64_t offset, size_t length) {
     if (chain.regained) {
         const uint64_t again = *chain.regained;
         const int bits = ofChain(offset, again);
+        // Passing over all of it costs no more than that.
         if (bits < -COST_OF_BEGINNING - COST_OF_DAMAGE) {
             return false;
         }
