@@ -53,10 +53,13 @@ void Division::setBefore(uint64_t offset) {
 }
 
 bool Division::keeps(uint64_t offset, size_t length) {
+    if (swallows(offset, length)) {
+        return false;
+    }
     const Chain chain = follow(offset);
     const uint64_t end = offset + length;
     if (chain.leadsOn && !chain.regained) {
-        return !swallows(offset, length);
+        return true;
     }
     const int history = ofHistory(offset);
     if (chain.regained) {

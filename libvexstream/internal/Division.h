@@ -21,9 +21,10 @@ enum class Verdict {
 /// Divides a trace into messages and other bytes. A chain of messages is followed as long as it
 /// leads on; where it does not, that division is taken which has the most evidence.
 ///
-/// Whatever is kept leads on when it is read again without the bytes between: that a message is
-/// kept depends on those before it by the header of the last one alone, and on those behind it in
-/// such a way that a message which begins beyond doubt is better than none.
+/// Whatever is kept leads on when it is read again without the bytes between, chains in doubt
+/// aside: that a message is kept depends on those before it by the header of the last one alone,
+/// and on those behind it in such a way that a message which begins beyond doubt is better than
+/// none.
 class Division {
 public:
     explicit Division(TraceWindow& trace) : window(trace), evidence(trace) {}

@@ -273,6 +273,26 @@ TEST(TraceDivisionTest, ATornFirstMessageCostsNoOther) {
     }
 }
 
+TEST(TraceDivisionTest, AMessageThatEndsInOthersIsNoneWhateverIsBehindIt) {
+    Messages inner;
+    for (unsigned number : {20U, 21U}) {
+        inner.push_back(can(number));
+    }
+    const std::string swallowed = "x" + textOf(joined(inner));
+    const TraceBytes front = joined(mixed(20));
+    const TraceBytes swallower = messageOf(5, STAMP + 6 * SECOND, swallowed);
+    const uint64_t next = STAMP + 7 * SECOND;
+    const TraceBytes doubtful = messageOf(1, next, textOf(messageOf(1, next, "twice")));
+    for (const TraceBytes& behind : {can(30), doubtful}) {
+        const Messages found = kept(joined({front, swallower, behind, joined(fixes(10, 20))}));
+        for (const TraceBytes& message : inner) {
+            EXPECT_NE(std::find(found.begin(), found.end(), message), found.end());
+        }
+        EXPECT_EQ(std::find(found.begin(), found.end(), swallower), found.end());
+        expectSoundAgain(found);
+    }
+}
+
 TEST(TraceDivisionTest, OneDamageCostsAtMostTheTwoFixesThatItTouches) {
     std::mt19937_64 random(3);
     const Messages sound = fixes(0, 20);

@@ -12,8 +12,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "tests/tools/TemporaryFolder.h"
 #include "tools/io/errors.h"
@@ -98,6 +100,30 @@ TEST_F(OutputFileTest, AppearsUnderItsNameWhenItIsCommitted) {
     out.commit();
     EXPECT_EQ(contentOf(in("track.gpx")), "first " + std::string(200'000, 'x') + " last");
     EXPECT_EQ(names(), Names{"track.gpx"});
+}
+
+TEST_F(OutputFileTest, IsReadAndTakenBackBeforeItIsCommitted) {
+    const std::string front(100'000, 'a');
+    OutputFile out(in("mended"), false, {});
+    ASSERT_TRUE(out.canTakeBack());
+    out.write(front + "bc" + front);
+    const std::unique_ptr<ByteSource> written = out.written();
+    std::vector<uint8_t> read(100'001);
+    ASSERT_EQ(written->read(read.data(), read.size()), read.size());
+    EXPECT_EQ(read.front(), 'a');
+    EXPECT_EQ(read.back(), 'b');
+    out.goBackTo(100'000);
+    out.write("d");
+    ASSERT_EQ(written->read(read.data(), 2), 2U);
+    EXPECT_EQ(read[0], 'c');
+    EXPECT_EQ(read[1], 'a');
+    out.endHere();
+    out.commit();
+    EXPECT_EQ(contentOf(in("mended")), front + "d");
+}
+
+TEST_F(OutputFileTest, TakesNothingBackFromWhereItIsWrittenDirectly) {
+    EXPECT_FALSE(OutputFile("/dev/null", false, {}).canTakeBack());
 }
 
 TEST_F(OutputFileTest, AppearsWithoutAnyText) {

@@ -25,6 +25,7 @@ int cut(const CutCommand& options) {
         tell("no message is of the time asked for: nothing was written");
         return STATUS_DATA;
     }
+    copy.settle();
     output.commit();
     tell(copy.summary());
     return walked.status;

@@ -22,6 +22,7 @@ int repairOne(const std::string& input, const std::string& output, bool force) {
     walk.traces = {input};
     const Walked walked = walkTraces(walk, copy);
     if (walked.foundTrace) {
+        copy.settle();
         file.commit();
         tell(fmt::format("{}: {}", shownName(input), copy.summary()));
     }

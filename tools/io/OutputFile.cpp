@@ -29,6 +29,24 @@ std::string resolved(const std::string& path) {
     return name ? name.get() : "";
 }
 
+class WrittenBytes : public ByteSource {
+public:
+    explicit WrittenBytes(const Sink& written) : sink(written) {}
+
+    size_t read(uint8_t* dest, size_t room) override {
+        const ssize_t count = pread(sink.descriptor(), dest, room, position);
+        if (count < 0) {
+            sink.failFor(errno);
+        }
+        position += count;
+        return static_cast<size_t>(count);
+    }
+
+private:
+    const Sink& sink;
+    off_t position = 0;
+};
+
 // Gives the file a name that is free. Not every file system can tell so in the same step.
 bool renameToFree(const std::string& from, const std::string& to) {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
@@ -118,7 +136,7 @@ void OutputFile::openTemporary() {
     const std::string folder = folderOf(target);
     for (int number = 0; !sink.isOpen(); ++number) {
         temporary = fmt::format("{}.vextrace-{}-{}", folder, getpid(), number);
-        if (!sink.open(temporary, O_WRONLY | O_CREAT | O_EXCL) && errno != EEXIST) {
+        if (!sink.open(temporary, O_RDWR | O_CREAT | O_EXCL) && errno != EEXIST) {
             sink.refuseForErrno();
         }
     }
@@ -130,6 +148,26 @@ void OutputFile::flush() {
         sink.failFor(errno);
     }
     buffer.clear();
+}
+
+std::unique_ptr<ByteSource> OutputFile::written() {
+    flush();
+    return std::make_unique<WrittenBytes>(sink);
+}
+
+void OutputFile::goBackTo(uint64_t offset) {
+    flush();
+    if (lseek(sink.descriptor(), static_cast<off_t>(offset), SEEK_SET) < 0) {
+        sink.failFor(errno);
+    }
+}
+
+void OutputFile::endHere() {
+    flush();
+    const off_t end = lseek(sink.descriptor(), 0, SEEK_CUR);
+    if (end < 0 || ftruncate(sink.descriptor(), end) != 0) {
+        sink.failFor(errno);
+    }
 }
 
 void OutputFile::commit() {

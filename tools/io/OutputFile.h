@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "libvexstream/ByteSource.h"
 #include "tools/io/RemoveOnSignal.h"
 #include "tools/io/Sink.h"
 #include "tools/io/TextBuffer.h"
@@ -46,6 +49,20 @@ public:
             flush();
         }
     }
+
+    /// Whether all that was written lies in a file that has no name yet, and can be taken back.
+    bool canTakeBack() const { return !target.empty(); }
+
+    /// Reads what was written, from its beginning; while it is written anew, what was not written
+    /// over yet. For use as long as the file is. \throws as write() does
+    std::unique_ptr<ByteSource> written();
+
+    /// What is written next takes the place of what was written from there on.
+    /// \throws as write() does
+    void goBackTo(uint64_t offset);
+
+    /// Takes back what was written behind this place. \throws as write() does
+    void endHere();
 
     /// The name appears, or standard output is flushed. \throws as write() does
     void commit();

@@ -17,18 +17,26 @@ public:
     void passOver(const TraceItem& /*message*/) override { ++outside; }
     void addDamage(const TraceItem& damage) override;
 
+    /// Reads again what was copied out of damage, and takes back what is no message once the damage
+    /// is gone, until nothing is: then the copy is sound. What went into a pipe or device stays.
+    void settle();
+
     uint64_t copied() const { return messages; }
 
     /// "2 messages, 171 bytes kept; 1 damaged place, 6 bytes passed over"
     std::string summary() const;
 
 private:
+    void keep(const TraceItem& message, bool isThere);
+    uint64_t readAgain();
+
     OutputFile& output;
     uint64_t messages = 0;
     uint64_t bytes = 0;
     uint64_t outside = 0;
     uint64_t damagedPlaces = 0;
     uint64_t damagedBytes = 0;
+    uint64_t bytesTakenBack = 0;
 };
 
 }  // namespace vextrace::tools
