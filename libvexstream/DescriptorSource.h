@@ -14,6 +14,9 @@ public:
     /// \throws std::system_error with the reason
     size_t read(uint8_t* dest, size_t room) override;
 
+    /// In files without reading them. \throws as read() does
+    uint64_t skip(uint64_t count) override;
+
 private:
     int fd;
 };

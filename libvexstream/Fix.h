@@ -40,6 +40,8 @@ struct VEXSTREAM_EXPORT Fix {
 
     /// Whether it is made of a sentence with a wrong checksum, or of none.
     bool isDoubtful() const { return checksum() == Checksum::WRONG; }
+
+    bool operator==(const Fix&) const = default;
 };
 
 /// What fixes are made of.
@@ -66,6 +68,9 @@ public:
 
     /// What follows is another trace.
     void endTrace();
+
+    /// Whether both make the same of whatever comes.
+    bool operator==(const FixReader&) const = default;
 
 private:
     bool repeatsLast(const Fix& fix) const;

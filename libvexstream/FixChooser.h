@@ -16,6 +16,8 @@ struct FixChoice {
     timeStamp_t from = 0;                                         ///< earliest stamp
     timeStamp_t until = std::numeric_limits<timeStamp_t>::max();  ///< latest stamp, included
     bool unchecked = false;  ///< whether sentences with a wrong checksum count, too
+
+    bool operator==(const FixChoice&) const = default;
 };
 
 /// Chooses fixes of the messages of a trace, given in their order. Whoever makes a table or a track
@@ -50,6 +52,10 @@ public:
 
     /// What follows is another trace.
     void endTrace();
+
+    /// Whether both choose alike whatever comes: what was carried from message to message is the
+    /// same.
+    bool operator==(const FixChooser&) const = default;
 
 private:
     Outcome judge(const GpsView& message);

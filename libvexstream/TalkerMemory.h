@@ -28,6 +28,9 @@ public:
     /// What follows is another trace.
     void endTrace() { *this = {}; }
 
+    /// Whether both judge alike whatever comes.
+    bool operator==(const TalkerMemory&) const = default;
+
 private:
     static constexpr char NONE = '\0';
 
@@ -37,6 +40,7 @@ private:
         char last = NONE;  // of the sentence before, where its checksum fits a talker
 
         bool goesOn(char letter);
+        bool operator==(const Talker&) const = default;
     };
 
     // Of the sentences of one code.
@@ -48,6 +52,7 @@ private:
         timeStamp_t stamp = 0;
 
         Talker& next(timeStamp_t ofSentence);
+        bool operator==(const Talkers&) const = default;
     };
 
     Talkers* talkersOf(std::string_view sentence);

@@ -53,15 +53,15 @@ struct TraceRange {
 
 /// Reads a trace message by message, in bounded memory and time, and goes on behind damage. The
 /// items account for every byte, in order and without overlap. A sound trace has no damage, and the
-/// messages of any trace, written back to back, are a sound one. A damaged place costs at most the
-/// two messages that it touches; of a type other than GPS, whose payload cannot be checked, where
-/// five sound messages stand behind it. A size field of such a type may be changed to lead to the
-/// end of a later message: nobody can tell that message from one that holds the others.
+/// messages of any trace, written back to back, are a sound one, but for some that leave doubt by
+/// themselves, such as containers that are cut. A damaged place costs at most the two messages that
+/// it touches; of a type other than GPS, whose payload cannot be checked, where five sound messages
+/// stand behind it. A size field of such a type may be changed to lead to the end of a later
+/// message: nobody can tell that message from one that holds the others.
 ///
 ///     MemorySource bytes(trace);
 ///     TraceReader reader(bytes);
-///     for (TraceItem item = reader.next(); item.kind != TraceItem::Kind::END; item =
-///     reader.next())
+///     for (auto item = reader.next(); item.kind != TraceItem::Kind::END; item = reader.next())
 class VEXSTREAM_EXPORT TraceReader {
 public:
     /// \param source  read from its current position on; must outlive the reader

@@ -31,8 +31,18 @@ public:
 
     size_t size() const { return count; }
 
-    /// Leaves the first values.
-    void truncate(size_t length) { count = length; }
+    void append(const GrowingArray& more) {
+        while (capacity - count < more.count) {
+            grow();
+        }
+        std::copy_n(more.data.get(), more.count, data.get() + count);
+        count += more.count;
+    }
+
+    /// Adds to each value from one on.
+    void add(T value, size_t first) {
+        std::for_each(data.get() + first, data.get() + count, [&](T& each) { each += value; });
+    }
 
     /// The values as an array that owns them; none are left here.
     py::array take(const char* dtype) {

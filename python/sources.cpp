@@ -1,6 +1,7 @@
 #include "python/sources.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -36,18 +37,64 @@ public:
         try {
             return DescriptorSource::read(dest, room);
         } catch (const std::system_error& error) {
-            const py::gil_scoped_acquire locked;
-            errno = error.code().value();
-            throwForErrno(name);
+            fail(error.code().value());
         }
     }
 
+    // The same at a place of the file's.
+    size_t readAt(uint64_t place, uint8_t* dest, size_t room) const {
+        ssize_t count = 0;
+        do {
+            count = pread(fd, dest, room, static_cast<off_t>(place));
+        } while (count < 0 && errno == EINTR);
+        if (count < 0) {
+            fail(errno);
+        }
+        return static_cast<size_t>(count);
+    }
+
+    // Bytes of a regular file.
+    std::optional<uint64_t> size() const {
+        struct stat status = {};
+        const bool isRegular = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
+        return isRegular ? std::optional<uint64_t>(status.st_size) : std::nullopt;
+    }
+
 private:
+    [[noreturn]] void fail(int reason) const {
+        const py::gil_scoped_acquire locked;
+        errno = reason;
+        throwForErrno(name);
+    }
+
     int fd;
     py::object name;
 };
 
-std::unique_ptr<ByteSource> open(const py::object& name) {
+// The bytes of a file, read apart from whoever else reads it.
+class SameFile : public ByteSource {
+public:
+    explicit SameFile(const File& opened) : file(opened) {}
+
+    size_t read(uint8_t* dest, size_t room) override {
+        const size_t count = file.readAt(position, dest, room);
+        position += count;
+        return count;
+    }
+
+    uint64_t skip(uint64_t count) override {
+        const uint64_t size = file.size().value_or(0);
+        const uint64_t passed = std::min(count, size - std::min(size, position));
+        position += passed;
+        return passed;
+    }
+
+private:
+    const File& file;
+    uint64_t position = 0;
+};
+
+int openForReading(const py::object& name) {
     // The bytes of the name as the system has it: a bytes object holds a NUL behind them.
     PyObject* encoded = nullptr;
     if (PyUnicode_FSConverter(name.ptr(), &encoded) == 0) {
@@ -65,7 +112,7 @@ std::unique_ptr<ByteSource> open(const py::object& name) {
         errno = reason;
         throwForErrno(name);
     }
-    return std::make_unique<File>(fd, name);
+    return fd;
 }
 
 // Bytes that a Python object holds; it cannot change its size meanwhile.
@@ -75,8 +122,7 @@ public:
         if (PyObject_GetBuffer(object.ptr(), &view, PyBUF_SIMPLE) != 0) {
             throw py::error_already_set();
         }
-        source.emplace(
-            std::span(static_cast<const uint8_t*>(view.buf), static_cast<size_t>(view.len)));
+        source.emplace(bytes());
     }
     ~Memory() override {
         const py::gil_scoped_acquire locked;
@@ -85,6 +131,10 @@ public:
 
     size_t read(uint8_t* dest, size_t room) override { return source->read(dest, room); }
     uint64_t skip(uint64_t count) override { return source->skip(count); }
+
+    std::span<const uint8_t> bytes() const {
+        return {static_cast<const uint8_t*>(view.buf), static_cast<size_t>(view.len)};
+    }
 
 private:
     Py_buffer view = {};
@@ -136,11 +186,21 @@ bool isName(const py::object& object) {
 
 }  // namespace
 
+void Input::open(const py::object& name) {
+    auto file = std::make_unique<File>(openForReading(name), name);
+    wholeSize = file->size();
+    openAgain = [&opened = *file] { return std::make_unique<SameFile>(opened); };
+    source = std::move(file);
+}
+
 Input::Input(const py::object& object) {
     if (isName(object)) {
-        source = open(object);
+        open(object);
     } else if (PyObject_CheckBuffer(object.ptr()) != 0) {
-        source = std::make_unique<Memory>(py::reinterpret_borrow<py::buffer>(object));
+        auto memory = std::make_unique<Memory>(py::reinterpret_borrow<py::buffer>(object));
+        wholeSize = memory->bytes().size();
+        openAgain = [bytes = memory->bytes()] { return std::make_unique<MemorySource>(bytes); };
+        source = std::move(memory);
     } else if (py::hasattr(object, "read")) {
         source = std::make_unique<FileObject>(object);
         python = true;

@@ -3,6 +3,7 @@
 #include <pybind11/pybind11.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -21,11 +22,22 @@ public:
 
     ByteSource& bytes() { return *source; }
 
+    /// How many bytes there are, where threads may read them side by side.
+    std::optional<uint64_t> size() const { return wholeSize; }
+
+    /// The same bytes once more from the beginning on, for one thread, as long as the input lives.
+    /// Only where size() says how many.
+    std::unique_ptr<ByteSource> again() const { return openAgain(); }
+
     /// Whether reading calls Python, and so wants the interpreter's lock.
     bool callsPython() const { return python; }
 
 private:
+    void open(const py::object& name);
+
     std::unique_ptr<ByteSource> source;
+    std::function<std::unique_ptr<ByteSource>()> openAgain;
+    std::optional<uint64_t> wholeSize;
     bool python = false;
 };
 

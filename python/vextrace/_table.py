@@ -66,7 +66,7 @@ def fixes(
     until: Optional[Time] = None,
     unchecked: bool = False,
 ) -> dict[str, numpy.ndarray[Any, Any]]:
-    """Reads the fixes of traces into arrays.
+    """Reads the fixes of traces into arrays; a large trace is read by up to four threads.
 
     Parameters
     ----------
