@@ -1,15 +1,13 @@
 #include "libvexstream/Fix.h"
 
-#include <algorithm>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <locale>
 #include <sstream>
 #include <string>
 #include <string_view>
-
-#include "libvexstream/internal/digits.h"
-#include "libvextrace/nmeaNumbers.h"
 
 namespace vextrace {
 
@@ -24,21 +22,30 @@ constexpr double MAX_ALTITUDE = 1e8;
 constexpr double MAX_HDOP = 1e6;
 constexpr unsigned MAX_COUNT = 999;
 
+constexpr double KMH_PER_KNOT = 1.852;
+
+// So many digits are exact in a double, and so is the power of ten below them: one division gives
+// the correctly rounded quotient.
+constexpr double POWERS_OF_TEN[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+
+// Where quotients are kept in more precision than double's they are rounded twice.
+constexpr bool DIVISION_ROUNDS_ONCE = FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1;
+
 // Gives the fields of a sentence one after the other, the address first; empty ones behind the
 // last. Fields are so short that loops outrun std::find.
 class FieldReader {
 public:
     explicit FieldReader(std::string_view sentence)
-        : place(sentence.data()),
-          end(place + std::min(sentence.find('*'), withoutLineEnd(sentence).size())) {}
+        : place(sentence.data()), end(place + withoutLineEnd(sentence).size()) {}
 
     std::string_view next() {
         const char* const begin = place;
-        while (place != end && *place != ',') {
+        while (place != end && *place != ',' && *place != '*') {
             ++place;
         }
         const std::string_view field(begin, static_cast<size_t>(place - begin));
-        place += place != end ? 1 : 0;
+        place += place != end && *place == ',' ? 1 : 0;
         return field;
     }
 
@@ -53,48 +60,8 @@ private:
     const char* end;
 };
 
-// Minutes are below 60, but for receivers that round up to it.
-bool hasMinutes(std::string_view coordinate) {
-    size_t point = 0;
-    while (point < coordinate.size() && coordinate[point] != '.') {
-        ++point;
-    }
-    const std::string_view minutes = coordinate.substr(point < 2 ? 0 : point - 2);
-    return point < 2 || minutes[0] < '6' ||
-           (minutes[0] == '6' && minutes.find_first_not_of("0.", 1) == std::string_view::npos);
-}
-
-// Whether a coordinate and its hemisphere, the next two fields, make sense.
-bool readCoordinate(FieldReader& fields, char positive, char negative) {
-    const std::string_view text = fields.next();
-    const std::string_view hemisphere = fields.next();
-    return isUnsignedNumber(text) && hasMinutes(text) && hemisphere.size() == 1 &&
-           (hemisphere[0] == positive || hemisphere[0] == negative);
-}
-
-// Takes the position that the next four fields hold, where they make sense.
-void readPosition(FieldReader& fields, double latitude, double longitude, Fix& fix) {
-    const bool hasLatitude =
-        readCoordinate(fields, 'N', 'S') && std::fabs(latitude) <= MAX_LATITUDE;
-    const bool hasLongitude =
-        readCoordinate(fields, 'E', 'W') && std::fabs(longitude) <= MAX_LONGITUDE;
-    if (hasLatitude && hasLongitude) {
-        fix.latitude = latitude;
-        fix.longitude = longitude;
-    }
-}
-
-std::optional<unsigned> readCount(std::string_view text) {
-    unsigned count = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    const bool isCount =
-        error == std::errc() && end == text.data() + text.size() && count <= MAX_COUNT;
-    return isCount ? std::optional(count) : std::nullopt;
-}
-
-// Of a number of the receiver's.
+// Of a text of digits with at most one point.
 std::optional<double> toDouble(std::string_view text) {
-    text.remove_prefix(text.front() == '+' ? 1 : 0);
     double value = 0;
 #ifdef __cpp_lib_to_chars
     const bool fits =
@@ -108,44 +75,97 @@ std::optional<double> toDouble(std::string_view text) {
     return fits ? std::optional(value) : std::nullopt;
 }
 
-std::optional<double> readHdop(std::string_view text) {
-    const std::optional<double> hdop = isUnsignedNumber(text) ? toDouble(text) : std::nullopt;
-    return hdop <= MAX_HDOP ? hdop : std::nullopt;
+// The number of a field of digits with at most one point. What the library makes of anything else
+// is no number of the receiver's; where that is one, this is the same, bit for bit.
+std::optional<double> readNumber(std::string_view text) {
+    uint64_t value = 0;
+    size_t digits = 0;
+    size_t decimals = 0;
+    bool hasPoint = false;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9') {
+            value = value * 10 + static_cast<unsigned>(c - '0');
+            ++digits;
+            decimals += hasPoint ? 1 : 0;
+        } else if (c == '.' && !hasPoint) {
+            hasPoint = true;
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (digits == 0) {
+        return std::nullopt;
+    }
+    return digits < std::size(POWERS_OF_TEN) && DIVISION_ROUNDS_ONCE
+               ? static_cast<double>(value) / POWERS_OF_TEN[decimals]
+               : toDouble(text);
+}
+
+// The next field, where its number is not too great.
+std::optional<double> readUpTo(double greatest, FieldReader& fields, double unit = 1) {
+    const std::optional<double> number = readNumber(fields.next());
+    return number && *number * unit <= greatest ? std::optional(*number * unit) : std::nullopt;
+}
+
+// The degrees of a coordinate ddmm.mmm and its hemisphere, the next two fields, where they make
+// sense. Minutes are below 60, but for receivers that round up to it.
+std::optional<double> readCoordinate(FieldReader& fields, char positive, char negative,
+                                     double greatest) {
+    const std::optional<double> number = readNumber(fields.next());
+    const std::string_view hemisphere = fields.next();
+    const char letter = hemisphere.size() == 1 ? hemisphere[0] : '\0';
+    if (!number || (letter != positive && letter != negative)) {
+        return std::nullopt;
+    }
+    const double whole = std::floor(*number / 100);
+    const double minutes = *number - 100 * whole;
+    const double degrees = whole + minutes / 60;
+    if (minutes > 60 || degrees > greatest) {
+        return std::nullopt;
+    }
+    return letter == negative ? -degrees : degrees;
+}
+
+// Takes the position that the next four fields hold, where they make sense.
+void readPosition(FieldReader& fields, Fix& fix) {
+    const std::optional<double> latitude = readCoordinate(fields, 'N', 'S', MAX_LATITUDE);
+    const std::optional<double> longitude = readCoordinate(fields, 'E', 'W', MAX_LONGITUDE);
+    if (latitude && longitude) {
+        fix.latitude = latitude;
+        fix.longitude = longitude;
+    }
+}
+
+std::optional<unsigned> readCount(std::string_view text) {
+    unsigned count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    const bool isCount =
+        error == std::errc() && end == text.data() + text.size() && count <= MAX_COUNT;
+    return isCount ? std::optional(count) : std::nullopt;
 }
 
 // The altitude and its unit, the next two fields.
 std::optional<double> readAltitude(FieldReader& fields) {
-    const std::string_view text = fields.next();
+    std::string_view text = fields.next();
     const std::string_view unit = fields.next();
-    if (!isNumber(text) || (!unit.empty() && unit != "M")) {
+    const bool isNegative = text.starts_with('-');
+    text.remove_prefix(isNegative || text.starts_with('+') ? 1 : 0);
+    const std::optional<double> height = readNumber(text);
+    if (!height || *height > MAX_ALTITUDE || (!unit.empty() && unit != "M")) {
         return std::nullopt;
     }
-    const std::optional<double> altitude = toDouble(text);
-    return altitude && std::fabs(*altitude) <= MAX_ALTITUDE ? altitude : std::nullopt;
+    return isNegative ? -*height : *height;
 }
 
 void readRmc(std::string_view sentence, Fix& fix) {
-    GPSTraceMessage::numeric_gprmc_t numbers;
-    readNumbers(sentence, numbers);
     FieldReader fields(sentence);
     fields.skip(1);  // address
     fix.time = fields.next();
-    fields.skip(1);  // status
-    readPosition(fields, numbers.latitude, numbers.longitude, fix);
-    fix.valid = numbers.status && fix.latitude.has_value();
-    if (isUnsignedNumber(fields.next()) && numbers.speed <= MAX_SPEED) {
-        fix.speed = numbers.speed;
-    }
-    if (isUnsignedNumber(fields.next()) && numbers.course <= MAX_COURSE) {
-        fix.course = numbers.course;
-    }
-}
-
-// Where the fix is not made of RMC.
-void readGgaPosition(std::string_view sentence, FieldReader& fields, Fix& fix) {
-    GPSTraceMessage::numeric_gpgga_t numbers;
-    readNumbers(sentence, numbers);
-    readPosition(fields, numbers.latitude, numbers.longitude, fix);
+    const bool isActive = fields.next().starts_with('A');
+    readPosition(fields, fix);
+    fix.valid = isActive && fix.latitude.has_value();
+    fix.speed = readUpTo(MAX_SPEED, fields, KMH_PER_KNOT);
+    fix.course = readUpTo(MAX_COURSE, fields);
 }
 
 void readGga(std::string_view sentence, Fix& fix) {
@@ -155,14 +175,14 @@ void readGga(std::string_view sentence, Fix& fix) {
         fields.skip(5);  // time and position are those of RMC
     } else {
         fix.time = fields.next();
-        readGgaPosition(sentence, fields, fix);
+        readPosition(fields, fix);
     }
     fix.quality = readCount(fields.next());
     if (!fix.usesRmc) {
         fix.valid = fix.quality.value_or(0) != 0 && fix.latitude.has_value();
     }
     fix.satellites = readCount(fields.next());
-    fix.hdop = readHdop(fields.next());
+    fix.hdop = readUpTo(MAX_HDOP, fields);
     fix.altitude = readAltitude(fields);
 }
 
