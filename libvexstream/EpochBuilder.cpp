@@ -1,11 +1,12 @@
 #include "libvexstream/EpochBuilder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
 
 #include "libvexstream/utc.h"
-#include "libvextrace/serialise.h"
+#include "libvexutil/datablock.h"
 
 namespace vextrace {
 
@@ -16,13 +17,10 @@ constexpr uint32_t NO_ENTRY = UINT32_MAX;
 // No receiver has so many; they are forgotten.
 constexpr size_t MOST_CODES = 4096;
 
-// The code under which a message stores a sentence that ends in a line feed, as a number.
-uint64_t storedCode(std::string_view sentence) {
+// The code of a sentence that ends in a line feed, as a number.
+uint64_t codeNumber(std::string_view sentence) {
     std::array<char, sizeof(uint64_t)> code = {};
     sentence.copy(code.data(), GPSTraceMessage::NMEA_CODE_SIZE);
-    if (code[0] == '$' && code[1] == 'G') {
-        code[2] = 'P';
-    }
     uint64_t number = 0;
     std::memcpy(&number, code.data(), sizeof(number));
     return number;
@@ -112,7 +110,10 @@ void EpochBuilder::collect(std::string_view sentence) {
         text += '\n';
     }
     const size_t size = text.size() - begin;
-    Draft& draft = draftFor(storedCode(std::string_view(text).substr(begin)), size);
+    if (text.compare(begin, 2, "$G") == 0) {
+        text[begin + 2] = 'P';  // as messages hold it
+    }
+    Draft& draft = draftFor(codeNumber(std::string_view(text).substr(begin)), size);
     const auto number = static_cast<uint32_t>(entries.size());
     (draft.first == NO_ENTRY ? draft.first : entries[draft.last].next) = number;
     draft.last = number;
@@ -153,14 +154,26 @@ timeStamp_t EpochBuilder::stamp() const {
     return epochTime ? stampOf(date(), epochTime->nanoseconds) : stampOf(lastDate, 0);
 }
 
+// The bytes are those that the library writes, without a message that would hold copies: header,
+// and the sentences in ascending order of their codes.
 void EpochBuilder::build(const Draft& draft) {
-    GPSTraceMessage message;
-    message.setTimeStamp(part.stamp);
+    ordered.clear();
     for (uint32_t number = draft.first; number != NO_ENTRY; number = entries[number].next) {
-        const Entry& entry = entries[number];
-        message.storeSentence(std::string_view(text).substr(entry.begin, entry.size));
+        ordered.push_back(
+            std::string_view(text).substr(entries[number].begin, entries[number].size));
     }
-    appendSerialised(message, part.bytes);
+    std::sort(ordered.begin(), ordered.end());
+    const size_t begin = part.bytes.size();
+    part.bytes.resize(begin + MessageBase::MO_BASE_DERIVED);
+    uint8_t* const header = part.bytes.data() + begin;
+    const size_t behindSize =
+        MessageBase::MO_BASE_DERIVED - MessageBase::MSGSIZE_LENGTH + draft.size;
+    uint16ToByteArray(static_cast<uint16_t>(behindSize), header + MessageBase::MO_MSGSIZE);
+    uint16ToByteArray(MSGID_GPS, header + MessageBase::MO_MSGID);
+    uint64ToByteArray(part.stamp, header + MessageBase::MO_TIMESTAMP);
+    for (const std::string_view sentence : ordered) {
+        part.bytes.insert(part.bytes.end(), sentence.begin(), sentence.end());
+    }
 }
 
 }  // namespace vextrace

@@ -117,7 +117,8 @@ private:
     size_t timed = 0;  // of them
     std::vector<Entry> entries;
     std::vector<Draft> drafts;
-    std::map<uint64_t, Place> places;  // by code
+    std::vector<std::string_view> ordered;  // the sentences of the draft that is built
+    std::map<uint64_t, Place> places;       // by code
     uint64_t partNumber = 1;
 
     // The epoch in hand.

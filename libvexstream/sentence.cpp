@@ -47,23 +47,33 @@ bool endsField(char c) {
     return c == ',' || c == '*';
 }
 
-// "RMC" of "$GPRMC,..."; empty where the address is of another form, or proprietary.
-std::string_view typeOf(std::string_view sentence) {
+// Three letters as a number.
+constexpr uint32_t type(std::string_view letters) {
+    uint32_t number = 0;
+    for (const char letter : letters) {
+        number = number << 8 | static_cast<unsigned char>(letter);
+    }
+    return number;
+}
+
+// type("RMC") of "$GPRMC,..."; 0 where the address is of another form, or proprietary.
+uint32_t typeOf(std::string_view sentence) {
     if (sentence.size() <= ADDRESS_SIZE || sentence[0] != '$' || sentence[1] == 'P' ||
         sentence[ADDRESS_SIZE] != ',') {
-        return {};
+        return 0;
     }
     const std::string_view address = sentence.substr(1, ADDRESS_SIZE - 1);
-    return std::any_of(address.begin(), address.end(), endsField) ? std::string_view()
-                                                                  : address.substr(TALKER_SIZE);
+    return std::any_of(address.begin(), address.end(), endsField)
+               ? 0
+               : type(address.substr(TALKER_SIZE));
 }
 
 // Whether the second letter of the talker may have been this one before it was stored. Q counts
 // where receivers send it most: elsewhere it would more often be a P with one flipped bit.
 bool isOtherTalker(std::string_view sentence, char letter) {
     if (letter == 'Q') {
-        const std::string_view type = typeOf(sentence);
-        return type == "GSV" || type == "GSA";
+        const uint32_t found = typeOf(sentence);
+        return found == type("GSV") || found == type("GSA");
     }
     return SECOND_LETTERS.find(letter) != std::string_view::npos;
 }
@@ -184,26 +194,30 @@ std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
 }
 
 std::optional<TimeOfDay> timeOf(std::string_view sentence) {
-    const std::string_view type = typeOf(sentence);
-    if (type == "GLL") {
-        return TimeOfDay::parse(field(sentence, 5));
+    switch (typeOf(sentence)) {
+        case type("GLL"):
+            return TimeOfDay::parse(field(sentence, 5));
+        case type("RMC"):
+        case type("GGA"):
+        case type("GNS"):
+        case type("ZDA"):
+        case type("GST"):
+        case type("GBS"):
+            return TimeOfDay::parse(field(sentence, 1));
+        default:
+            return std::nullopt;
     }
-    if (type == "RMC" || type == "GGA" || type == "GNS" || type == "ZDA" || type == "GST" ||
-        type == "GBS") {
-        return TimeOfDay::parse(field(sentence, 1));
-    }
-    return std::nullopt;
 }
 
 std::optional<std::chrono::sys_days> dateOf(std::string_view sentence) {
-    const std::string_view type = typeOf(sentence);
-    if (type == "RMC") {
-        return dateOfRMC(field(sentence, 9));
+    switch (typeOf(sentence)) {
+        case type("RMC"):
+            return dateOfRMC(field(sentence, 9));
+        case type("ZDA"):
+            return dateOfZDA(sentence);
+        default:
+            return std::nullopt;
     }
-    if (type == "ZDA") {
-        return dateOfZDA(sentence);
-    }
-    return std::nullopt;
 }
 
 }  // namespace vextrace
