@@ -19,7 +19,7 @@ constexpr timeStamp_t GAP = 5 * SECOND;
 Outline outlineOf(uint64_t fixes, timeStamp_t pause) {
     Outline outline(GAP);
     for (uint64_t i = 0; i < fixes; ++i) {
-        outline.add(fixAt(i * pause), 100);
+        outline.add(fixAt(i * pause));
     }
     return outline;
 }
@@ -28,15 +28,14 @@ Outline outlineOf(uint64_t fixes, timeStamp_t pause) {
 
 TEST(DriveTest, OutlinesWhatThereIs) {
     Outline outline(GAP);
-    outline.add(placeAt(48, 179.5, 60), 100);
+    outline.add(placeAt(48, 179.5, 60));
     Fix second = placeAt(47, -179.5, 90);
     second.stamp += 3 * SECOND;
-    outline.add(second, 150);
+    outline.add(second);
     Fix invalid = fixAt(second.stamp + 60 * SECOND, 500);
     invalid.valid = false;
-    outline.add(invalid, 50);
+    outline.add(invalid);
     EXPECT_EQ(outline.fixes, 3U);
-    EXPECT_EQ(outline.bytes, 300U);
     EXPECT_EQ(outline.recorded, 8 * SECOND);
     EXPECT_EQ(outline.fastest, 90);
     EXPECT_EQ(outline.extent->south, 47);
@@ -122,7 +121,7 @@ TEST(DriveTest, HasNoFrameWithoutAValidFix) {
 TEST(DriveTest, TakesMoreThanItsOutlineTold) {
     const std::vector<Outline> outlines = {Outline(GAP)};
     Division division(outlines, 10);
-    Drive drive(outlines[0], division, GAP, {100, 100});
+    Drive drive(outlines[0], division, GAP, 100);
     drive.add(fixAt(SECOND), messageAt(SECOND), 1);
     EXPECT_EQ(drive.finish().moments.size(), 1U);
 }

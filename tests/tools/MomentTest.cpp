@@ -12,13 +12,12 @@ using namespace vextrace::tools;
 
 namespace {
 
-Moment::Texts textsOfMessage(const std::string& first, const std::string& second = "",
-                             size_t longest = Moment::LONGEST_LINE) {
+Moment::Texts textsOfMessage(const std::string& first, const std::string& second = "") {
     GPSTraceMessage message(258, first);
     if (!second.empty()) {
         message.addRecord(second);
     }
-    return textsOf(serialise(message), fixOf(message).value(), longest);
+    return textsOf(serialise(message), fixOf(message).value());
 }
 
 const std::string RMC = "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5B\r\n";
@@ -28,7 +27,7 @@ const std::string GGA = "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,4
 
 TEST(MomentTest, HasTheTraceLineOfItsMessage) {
     const Moment::Texts texts = textsOfMessage(RMC, GGA);
-    EXPECT_EQ(texts.traceLine,
+    EXPECT_EQ(texts.shownLine(),
               "0000000000000102 00000000  GPS         | "
               "$GPGGA,123519,4807.044,S,01131.009,E,1,08,0.9,545.4,M,46.9,M,,*58 "
               "$GPRMC,123519,A,4807.0385,N,01131.000,W,022.4,084.4,230394,,,A*5B");
@@ -36,7 +35,7 @@ TEST(MomentTest, HasTheTraceLineOfItsMessage) {
 
 TEST(MomentTest, EscapesItsTraceLine) {
     const Moment::Texts texts = textsOfMessage("$GPRMC,\x1b[31m\xff,<\u2028");
-    EXPECT_EQ(texts.traceLine,
+    EXPECT_EQ(texts.shownLine(),
               "0000000000000102 00000000  GPS         | $GPRMC,\\x1b[31m\\xff,<\u2028");
 }
 
@@ -44,13 +43,13 @@ TEST(MomentTest, CutsALongTraceLine) {
     const std::string sentence = fmt::format("$GPRMC,{}", std::string(Moment::LONGEST_LINE, 'x'));
     const Moment::Texts texts = textsOfMessage(sentence);
     const size_t front = std::string("0000000000000102 00000000  GPS         | ").size();
-    EXPECT_EQ(texts.traceLine, "0000000000000102 00000000  GPS         | " +
-                                   sentence.substr(0, Moment::LONGEST_LINE - front) +
-                                   " ... (48 bytes more)");
+    EXPECT_EQ(texts.shownLine(), "0000000000000102 00000000  GPS         | " +
+                                     sentence.substr(0, Moment::LONGEST_LINE - front) +
+                                     " ... (48 bytes more)");
 }
 
 TEST(MomentTest, CutsATraceLineWhereItIsToldTo) {
-    EXPECT_EQ(textsOfMessage(RMC, "", 50).traceLine,
+    EXPECT_EQ(textsOfMessage(RMC).shownLine(50),
               "0000000000000102 00000000  GPS         | $GPRMC,12 ... (56 bytes more)");
 }
 

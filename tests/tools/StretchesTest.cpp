@@ -43,7 +43,7 @@ Seconds breaksOf(const std::vector<Moment>& moments, Followed what) {
 
 // What is kept of the fixes, so many in each stretch.
 std::vector<Moment> keptOf(const std::vector<Fix>& fixes, uint64_t ofStretch = 1) {
-    Stretches stretches(GAP, Moment::LONGEST_LINE);
+    Stretches stretches(GAP);
     uint64_t number = 0;
     for (const Fix& fix : fixes) {
         Moment moment;
@@ -147,6 +147,34 @@ TEST(StretchesTest, TakesWhatIsLeftOutForNoGap) {
     const auto kept = keptOf(fixes, 1000);
     EXPECT_LT(kept.size(), 100U);
     EXPECT_EQ(breaksOf(kept, Followed::SPEED), Seconds{});
+}
+
+// As of stretches that were as long from the beginning.
+TEST(StretchesTest, PutsStretchesTogether) {
+    std::mt19937 random(20261122);
+    std::vector<Fix> fixes;
+    timeStamp_t stamp = START;
+    for (size_t i = 0; i < 6000; ++i) {
+        stamp += i % 400 == 399 ? (10 + i) * SECOND : SECOND;
+        fixes.push_back(fixAt(stamp, static_cast<double>(random() % 1000)));
+        fixes.back().altitude = static_cast<double>(random() % 1000);
+    }
+    std::vector<Moment> moments = keptOf(fixes, 100);
+    const size_t number = moments.size();
+    for (const uint64_t ofStretch : {200U, 400U, 800U}) {
+        moments = Stretches::thinned(std::move(moments), 0.5, GAP);
+        const std::vector<Moment> kept = keptOf(fixes, ofStretch);
+        EXPECT_EQ(secondsOf(moments), secondsOf(kept));
+        EXPECT_EQ(breaksOf(moments, Followed::SPEED), breaksOf(kept, Followed::SPEED));
+        EXPECT_EQ(moments[1].texts.traceLine, kept[1].texts.traceLine);
+    }
+    EXPECT_LT(moments.size(), number / 4);
+}
+
+TEST(StretchesTest, PutsStretchesTogetherWhereTimeGoesBack) {
+    const auto moments = Stretches::thinned(keptOf(Seconds{10, 11, 12, 0, 1, 2}), 0.01, GAP);
+    EXPECT_EQ(secondsOf(moments), (Seconds{2, 10}));
+    EXPECT_EQ(breaksOf(moments, Followed::SPEED), Seconds{10});
 }
 
 TEST(StretchesTest, PutsFixesInOrderOfTime) {

@@ -47,13 +47,13 @@ inline std::vector<DrawnDrive> drawn(const std::vector<std::vector<Fix>>& drives
     for (const std::vector<Fix>& fixes : drives) {
         outlines.emplace_back(gap);
         for (const Fix& fix : fixes) {
-            outlines.back().add(fix, 100);
+            outlines.back().add(fix);
         }
     }
     Division division(outlines, most);
     std::vector<DrawnDrive> result;
     for (size_t i = 0; i < drives.size(); ++i) {
-        Drive drive(outlines[i], division, gap, {1000, Moment::LONGEST_LINE});
+        Drive drive(outlines[i], division, gap, 1000);
         for (size_t number = 0; number < drives[i].size(); ++number) {
             const Fix& fix = drives[i][number];
             drive.add(fix, messageAt(fix.stamp), number + 1);

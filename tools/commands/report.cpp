@@ -54,8 +54,7 @@ private:
     };
 
     Page page() const;
-    void addPictures(Page& page);
-    Pictures pictures(uint64_t precision);
+    Pictures pictures(size_t bytes);
     void draw(size_t trace, Drawing& drawing);
     void drawItems(ByteSource& source, uint64_t end, Drawing& drawing);
 
@@ -82,7 +81,10 @@ int Report::run() {
     const Walked walked = walkTraces({options.traces, span}, *this);
     if (walked.foundTrace) {
         Page whole = page();
-        addPictures(whole);
+        Pictures drawn = pictures(MOST_BYTES - whole.text().size());
+        whole.track = std::move(drawn.track);
+        whole.data = std::move(drawn.data);
+        whole.extent = std::move(drawn.extent);
         output.write(whole.text());
         output.commit();
     }
@@ -128,28 +130,14 @@ Page Report::page() const {
     return page;
 }
 
-// They take what the rest of the page leaves. How many bytes they have is known when they are
-// drawn; hardly ever they are too many, and are drawn again.
-void Report::addPictures(Page& page) {
-    const size_t room = MOST_BYTES - page.text().size();
-    uint64_t precision = Drawing::precisionFor(survey, room - BYTES_OF_TRACK);
-    Pictures drawn = pictures(precision);
-    while (drawn.track.size() + drawn.data.size() > room && precision > 0) {
-        precision /= 2;
-        drawn = pictures(precision);
-    }
-    page.track = std::move(drawn.track);
-    page.data = std::move(drawn.data);
-    page.extent = std::move(drawn.extent);
-}
-
-Pictures Report::pictures(uint64_t precision) {
-    Drawing drawing(survey, precision);
+// They take what the rest of the page leaves.
+Pictures Report::pictures(size_t bytes) {
+    Drawing drawing(survey);
     for (size_t i = 0; i < inputs.size() && drawing.beginTrace(); ++i) {
         draw(i, drawing);
         drawing.endTrace();
     }
-    return drawing.finish(BYTES_OF_TRACK);
+    return drawing.finish(bytes, BYTES_OF_TRACK);
 }
 
 void Report::draw(size_t trace, Drawing& drawing) {

@@ -38,11 +38,13 @@ uint64_t Division::next(timeStamp_t recorded) {
     return ofFix == 0 ? fixes : static_cast<uint64_t>(position);
 }
 
-Drive::Drive(const Outline& outline, Division& ofAll, timeStamp_t gap, const Limits& limits)
-    : division(ofAll),
-      follower(gap),
-      stretches(gap, limits.line),
-      drawn{Track(outline.fastest, limits.points), {}, {}, {}, {}, {}} {
+Drive::Drive(const Outline& outline, Division& ofAll, timeStamp_t gap, size_t mostPoints)
+    : division(ofAll), follower(gap), stretches(gap), drawn{Track(outline.fastest, mostPoints),
+                                                            {},
+                                                            {},
+                                                            {},
+                                                            {},
+                                                            {}} {
     if (outline.extent) {
         drawn.frame.emplace(*outline.extent);
     }
@@ -57,7 +59,7 @@ void Drive::add(const Fix& fix, std::span<const uint8_t> message, uint64_t numbe
         follow(step, moment, message);
     }
     moment.way = path.metres();
-    stretches.add(moment, message, division.next(step.recorded));
+    stretches.add(std::move(moment), message, division.next(step.recorded));
 }
 
 void Drive::follow(const Follower::Step& step, Moment& moment, std::span<const uint8_t> message) {

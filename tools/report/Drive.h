@@ -46,14 +46,9 @@ struct DrawnDrive {
 /// Draws a drive whose outline is known, in memory that depends on the precision alone.
 class Drive {
 public:
-    /// What may be drawn of it.
-    struct Limits {
-        size_t points;  ///< of the track
-        size_t line;    ///< bytes of a trace line
-    };
-
-    /// \param ofAll  the division that all drives share
-    Drive(const Outline& outline, Division& ofAll, timeStamp_t gap, const Limits& limits);
+    /// \param ofAll       the division that all drives share
+    /// \param mostPoints  of the track
+    Drive(const Outline& outline, Division& ofAll, timeStamp_t gap, size_t mostPoints);
 
     /// \param message  in its byte-array form
     /// \param number   of the message in its trace

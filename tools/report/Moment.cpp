@@ -2,7 +2,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "libvextrace/serialise.h"
 #include "tools/io/escape.h"
@@ -10,15 +12,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-std::string shownLine(const GPSTraceMessage& message, size_t longest) {
-    const std::string line = static_cast<const MessageBase&>(message).toString();
-    if (line.size() <= longest) {
-        return escaped(line);
-    }
-    return fmt::format("{} ... ({} bytes more)", escaped(line.substr(0, longest)),
-                       line.size() - longest);
-}
 
 // The RDB text up to its altitude.
 std::string withoutAltitude(const std::string& rdb) {
@@ -46,11 +39,20 @@ std::string coordinateText(double degrees, char positive, char negative) {
 
 }  // namespace
 
-Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix, size_t longest) {
+std::string Moment::Texts::shownLine(size_t longest) const {
+    const size_t all = traceLine.size() + further;
+    const size_t shown = std::min(traceLine.size(), longest);
+    const std::string text = escaped(std::string_view(traceLine).substr(0, shown));
+    return all == shown ? text : fmt::format("{} ... ({} bytes more)", text, all - shown);
+}
+
+Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix) {
     GPSTraceMessage::registerMessage();
     const DecodedMessage decoded = MessageFactory::decode(message.data(), message.size());
     const auto& gps = dynamic_cast<const GPSTraceMessage&>(*decoded.message);
-    return {placeOf(gps, fix), shownLine(gps, longest)};
+    const std::string line = static_cast<const MessageBase&>(gps).toString();
+    const std::string front = line.substr(0, Moment::LONGEST_LINE);
+    return {placeOf(gps, fix), front, line.size() - front.size()};
 }
 
 std::string positionText(double latitude, double longitude) {

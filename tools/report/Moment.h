@@ -17,7 +17,11 @@ struct Moment {
     /// What is shown of its message.
     struct Texts {
         std::string position;   ///< as the RDB text has it, without altitude; empty if not valid
-        std::string traceLine;  ///< escaped
+        std::string traceLine;  ///< up to LONGEST_LINE bytes of it
+        size_t further = 0;     ///< bytes of the trace line behind these
+
+        /// The trace line, escaped. \param longest  what is beyond so many bytes is counted
+        std::string shownLine(size_t longest = LONGEST_LINE) const;
     };
 
     /// A longer trace line is cut: a page has room for thousands of ordinary ones.
@@ -29,15 +33,14 @@ struct Moment {
     double x = 0, y = 0;  ///< in the drive's frame, where the fix is valid
     /// Whether the line of a value (a bit each, 1 << Followed) begins anew here: behind a gap.
     unsigned breaks = 0;
-    unsigned run = 0;  ///< counts up where time goes back
-    Texts texts;       ///< of those that are drawn
+    unsigned run = 0;      ///< counts up where time goes back
+    uint64_t stretch = 0;  ///< of its drive, that it is kept of
+    Texts texts;           ///< of those that are drawn
 };
 
 /// \param message  in its byte-array form, sound
 /// \param fix      its fix
-/// \param longest  bytes of the trace line; what is beyond is counted
-Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix,
-                      size_t longest = Moment::LONGEST_LINE);
+Moment::Texts textsOf(std::span<const uint8_t> message, const Fix& fix);
 
 /// A position in the form of the RDB text: "48°7.038 N, 11°31.000 E".
 std::string positionText(double latitude, double longitude);

@@ -18,10 +18,9 @@ Follower::Step Follower::step(const Fix& fix) {
     return step;
 }
 
-void Outline::add(const Fix& fix, uint64_t length) {
+void Outline::add(const Fix& fix) {
     const Follower::Step step = follower.step(fix);
     ++fixes;
-    bytes += length;
     recorded += step.recorded;
     if (!fix.valid) {
         return;

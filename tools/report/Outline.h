@@ -34,11 +34,9 @@ class Outline {
 public:
     explicit Outline(timeStamp_t gap) : follower(gap) {}
 
-    /// \param length  bytes of the message
-    void add(const Fix& fix, uint64_t length);
+    void add(const Fix& fix);
 
     uint64_t fixes = 0;
-    uint64_t bytes = 0;            ///< of their messages
     timeStamp_t recorded = 0;      ///< nanoseconds, without gaps
     double fastest = 0;            ///< km/h, of valid fixes
     std::optional<Extent> extent;  ///< of valid fixes; nothing where there is none

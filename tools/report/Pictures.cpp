@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "libvexstream/utc.h"
@@ -17,6 +18,12 @@ namespace {
 
 constexpr size_t MOST_POINTS = 40000;  // of all tracks
 constexpr size_t SHORTEST_LINE = 60;
+
+// More cannot be told apart.
+constexpr uint64_t MOST_FIXES = 7000;
+
+// Of the stretches, that remain where there are too many.
+constexpr double PART = 0.8;
 
 std::string placeHtml(std::string_view content) {
     return fmt::format(
@@ -107,36 +114,18 @@ std::string extentText(uint64_t drawn, uint64_t all) {
         grouped(drawn), grouped(all));
 }
 
-// More cannot be told apart.
-constexpr uint64_t MOST_FIXES = 7000;
-
 }  // namespace
 
-// What is squeezed is about half as long.
-uint64_t Drawing::precisionFor(const Survey& survey, size_t bytes) {
-    constexpr uint64_t NUMBERS = 100;  // bytes
-    uint64_t fixes = 0;
-    uint64_t lines = 0;
-    for (const Outline& outline : survey.outlines()) {
-        fixes += outline.fixes;
-        lines += outline.bytes;
-    }
-    return fixes <= MOST_FIXES ? MOST_FIXES
-                               : std::min(MOST_FIXES, bytes / (NUMBERS + lines / fixes / 2));
-}
-
-Drawing::Drawing(const Survey& ofSurvey, uint64_t precision)
-    : survey(ofSurvey),
-      division(ofSurvey.outlines(), precision),
-      limits({MOST_POINTS / std::max<size_t>(ofSurvey.outlines().size(), 1),
-              std::min<size_t>(Moment::LONGEST_LINE, SHORTEST_LINE + 2 * precision)}) {}
+Drawing::Drawing(const Survey& ofSurvey)
+    : survey(ofSurvey), division(ofSurvey.outlines(), MOST_FIXES) {}
 
 bool Drawing::beginTrace() {
     const std::vector<Outline>& outlines = survey.outlines();
     if (drawn.size() == outlines.size()) {
         return false;
     }
-    drive.emplace(outlines[drawn.size()], division, survey.summary().gapLimit(), limits);
+    drive.emplace(outlines[drawn.size()], division, survey.summary().gapLimit(),
+                  MOST_POINTS / outlines.size());
     return true;
 }
 
@@ -149,25 +138,15 @@ void Drawing::endTrace() {
     drive.reset();
 }
 
-Pictures Drawing::finish(size_t bytesOfTrack) {
+Pictures Drawing::finish(size_t bytes, size_t bytesOfTrack) {
     std::vector<uint64_t> fixes;
-    std::vector<std::string> names;
-    uint64_t moments = 0;
     for (size_t i = 0; i < drawn.size(); ++i) {
         fixes.push_back(survey.outlines()[i].fixes);
-        names.push_back(survey.traces()[i].name);
-        moments += drawn[i].moments.size();
     }
     const std::vector<size_t> groups = neighbourhoods(drawn, fixes);
     Pictures pictures;
-    pictures.track = trackHtml(drawn, survey.traces(), groups);
-    while (pictures.track.size() > bytesOfTrack) {
-        for (DrawnDrive& each : drawn) {
-            each.track.coarsen();
-        }
-        pictures.track = trackHtml(drawn, survey.traces(), groups);
-    }
-    pictures.data = pageData(drawn, names, fixes, groups);
+    pictures.track = track(groups, bytesOfTrack);
+    pictures.data = data(fixes, groups, bytes - pictures.track.size());
     const Summary& numbers = survey.summary();
     const size_t traces = survey.traces().size();
     pictures.extent =
@@ -175,8 +154,51 @@ Pictures Drawing::finish(size_t bytesOfTrack) {
             ? ""
             : fmt::format("The first {} of {} drives are drawn; the numbers are those of all. ",
                           drawn.size(), grouped(traces));
-    pictures.extent += extentText(moments, numbers.validFixes + numbers.invalidFixes);
+    pictures.extent += extentText(moments(), numbers.validFixes + numbers.invalidFixes);
     return pictures;
+}
+
+std::string Drawing::track(const std::vector<size_t>& groups, size_t bytes) {
+    std::string text = trackHtml(drawn, survey.traces(), groups);
+    while (text.size() > bytes) {
+        for (DrawnDrive& each : drawn) {
+            each.track.coarsen();
+        }
+        text = trackHtml(drawn, survey.traces(), groups);
+    }
+    return text;
+}
+
+// What can be drawn is known when it is: one moment takes about as many bytes as another.
+std::string Drawing::data(const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups,
+                          size_t bytes) {
+    std::vector<std::string> names;
+    for (size_t i = 0; i < drawn.size(); ++i) {
+        names.push_back(survey.traces()[i].name);
+    }
+    uint64_t precision = moments();
+    std::string text = pageData(drawn, names, fixes, groups);
+    while (text.size() > bytes && precision > 0) {
+        precision = std::min(precision - 1, precision * bytes / text.size());
+        for (double part = 1; moments() > precision && part * MOST_FIXES >= 1; part *= PART) {
+            thin(PART);
+        }
+        text = pageData(drawn, names, fixes, groups, SHORTEST_LINE + 2 * precision);
+    }
+    return text;
+}
+
+uint64_t Drawing::moments() const {
+    return std::accumulate(
+        drawn.begin(), drawn.end(), uint64_t{0},
+        [](uint64_t sum, const DrawnDrive& each) { return sum + each.moments.size(); });
+}
+
+void Drawing::thin(double part) {
+    for (DrawnDrive& each : drawn) {
+        each.moments =
+            Stretches::thinned(std::move(each.moments), part, survey.summary().gapLimit());
+    }
 }
 
 }  // namespace vextrace::tools

@@ -21,13 +21,8 @@ struct Pictures {
 /// The second reading of traces: draws the drives that a survey told of.
 class Drawing {
 public:
-    /// How many fixes can be drawn, so that their data have so many bytes, or nearly so.
-    static uint64_t precisionFor(const Survey& survey, size_t bytes);
-
-    /// \param survey     must outlive the drawing
-    /// \param precision  how many fixes may be drawn, or nearly so; where it is low the trace lines
-    ///                   are cut shorter, too
-    Drawing(const Survey& survey, uint64_t precision);
+    /// \param survey  must outlive the drawing
+    explicit Drawing(const Survey& survey);
 
     /// What follows is of the next trace, or of none that is drawn.
     /// \return whether it is drawn
@@ -38,14 +33,21 @@ public:
     void add(const Fix& fix, std::span<const uint8_t> message, uint64_t number);
     void endTrace();
 
-    /// To be called once, behind all traces.
-    /// \param bytesOfTrack  at most; precision is let go until they suffice
-    Pictures finish(size_t bytesOfTrack);
+    /// To be called once, behind all traces. Precision is let go until the bytes suffice: fewer
+    /// fixes are drawn, at last with trace lines that are cut shorter.
+    /// \param bytes         of track and data, at most
+    /// \param bytesOfTrack  of these
+    Pictures finish(size_t bytes, size_t bytesOfTrack);
 
 private:
+    std::string track(const std::vector<size_t>& groups, size_t bytes);
+    std::string data(const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups,
+                     size_t bytes);
+    uint64_t moments() const;
+    void thin(double part);
+
     const Survey& survey;
     Division division;
-    Drive::Limits limits;
     std::optional<Drive> drive;
     std::vector<DrawnDrive> drawn;
 };

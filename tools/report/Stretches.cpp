@@ -31,39 +31,59 @@ std::optional<double> valueOf(const Fix& fix, Followed what) {
     return std::nullopt;
 }
 
-Stretches::Stretches(timeStamp_t gapLength, size_t longest)
-    : gap(gapLength), longestLine(longest) {}
-
-void Stretches::add(const Moment& moment, std::span<const uint8_t> message, uint64_t stretch) {
-    if (stretch != openStretch) {
-        close();
-        openStretch = stretch;
+// Most are kept of no course when the second one behind comes, so that their memory serves again.
+void Stretches::add(Moment moment, std::span<const uint8_t> message, uint64_t stretch) {
+    std::swap(latestTwo[0], latestTwo[1]);
+    CandidatePtr& candidate = latestTwo[0];
+    if (candidate.use_count() != 1) {
+        candidate = std::make_shared<Candidate>();
     }
-    run += moment.fix.stamp < latestStamp ? 1 : 0;
-    latestStamp = moment.fix.stamp;
-    const auto candidate = std::make_shared<Candidate>(
-        Candidate{moment, std::vector<uint8_t>(message.begin(), message.end())});
-    candidate->moment.run = run;
+    candidate->moment = std::move(moment);
+    candidate->moment.stretch = stretch;
+    candidate->message.assign(message.begin(), message.end());
+    noteGaps(candidate->moment);
+    add(candidate);
+}
+
+void Stretches::noteGaps(Moment& moment) {
+    const timeStamp_t stamp = moment.fix.stamp;
+    run += stamp < latestStamp ? 1 : 0;
+    latestStamp = stamp;
+    moment.run = run;
     for (size_t i = 0; i < COURSES; ++i) {
-        if (const auto value = valueOf(moment.fix, static_cast<Followed>(i))) {
-            follow(i, candidate, *value);
+        if (valueOf(moment.fix, static_cast<Followed>(i))) {
+            const timeStamp_t before = std::exchange(latest[i], stamp).value_or(stamp);
+            moment.breaks |= stamp > before && stamp - before > gap ? 1U << i : 0U;
         }
     }
 }
 
-void Stretches::follow(size_t course, const CandidatePtr& candidate, double value) {
-    Course& values = open[course];
-    const timeStamp_t stamp = candidate->moment.fix.stamp;
-    const timeStamp_t before = std::exchange(latest[course], stamp).value_or(stamp);
-    const timeStamp_t pause = stamp > before ? stamp - before : 0;
-    candidate->moment.breaks |= pause > gap ? 1U << course : 0U;
+void Stretches::add(const CandidatePtr& candidate) {
+    const Moment& moment = candidate->moment;
+    if (moment.stretch != openStretch) {
+        close();
+        openStretch = moment.stretch;
+    }
+    for (size_t i = 0; i < COURSES; ++i) {
+        if (const auto value = valueOf(moment.fix, static_cast<Followed>(i))) {
+            follow(open[i], candidate, *value, (moment.breaks >> i & 1) != 0);
+        }
+    }
+}
+
+void Stretches::follow(Course& values, const CandidatePtr& candidate, double value,
+                       bool isBehindGap) {
     if (!values.first) {
         values.first = values.least = values.greatest = candidate;
         values.minimum = values.maximum = value;
-    } else if (pause > std::max(gap, values.longestGap)) {
-        values.beforeGap = values.last;
-        values.afterGap = candidate;
-        values.longestGap = pause;
+    } else if (isBehindGap) {
+        const timeStamp_t stamp = candidate->moment.fix.stamp;
+        const timeStamp_t before = values.last->moment.fix.stamp;
+        if (stamp > before && stamp - before > values.longestGap) {
+            values.beforeGap = values.last;
+            values.afterGap = candidate;
+            values.longestGap = stamp - before;
+        }
     }
     if (value < values.minimum) {
         values.least = candidate;
@@ -91,7 +111,9 @@ void Stretches::close() {
         return a->moment.number < b->moment.number;
     });
     for (const CandidatePtr& candidate : found) {
-        candidate->moment.texts = textsOf(candidate->message, candidate->moment.fix, longestLine);
+        if (!candidate->message.empty()) {
+            candidate->moment.texts = textsOf(candidate->message, candidate->moment.fix);
+        }
         kept.push_back(std::move(candidate->moment));
     }
 }
@@ -119,6 +141,17 @@ std::vector<Moment> Stretches::finish() {
     close();
     orderByTime();
     return std::move(kept);
+}
+
+std::vector<Moment> Stretches::thinned(std::vector<Moment> moments, double part, timeStamp_t gap) {
+    std::sort(moments.begin(), moments.end(),
+              [](const Moment& a, const Moment& b) { return a.number < b.number; });
+    Stretches fewer(gap);
+    for (Moment& moment : moments) {
+        moment.stretch = static_cast<uint64_t>(static_cast<double>(moment.stretch) * part);
+        fewer.add(std::make_shared<Candidate>(Candidate{std::move(moment), {}}));
+    }
+    return fewer.finish();
 }
 
 }  // namespace vextrace::tools

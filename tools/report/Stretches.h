@@ -25,21 +25,25 @@ std::optional<double> valueOf(const Fix& fix, Followed what);
 /// these looks as the line through all fixes does.
 class Stretches {
 public:
-    /// \param gap          nanoseconds; where a value is missing for longer than that, its line is
-    ///                     open
-    /// \param longestLine  bytes of a trace line
-    Stretches(timeStamp_t gap, size_t longestLine);
+    /// \param gapLength  nanoseconds; where a value is missing for longer than that, its line is
+    ///                   open
+    explicit Stretches(timeStamp_t gapLength) : gap(gapLength) {}
 
     /// \param moment   without breaks and texts
     /// \param message  in its byte-array form
-    /// \param stretch  that it belongs to: that of the moment before, or another one
-    void add(const Moment& moment, std::span<const uint8_t> message, uint64_t stretch);
+    /// \param stretch  that it belongs to: that of the moment before, or a greater one
+    void add(Moment moment, std::span<const uint8_t> message, uint64_t stretch);
 
     /// What is kept, in order of time. To be called once, behind all moments.
     std::vector<Moment> finish();
 
+    /// What is kept where neighbouring stretches are put together.
+    /// \param moments  what finish() gave
+    /// \param part     of the stretches that remain, nearly; below 1
+    static std::vector<Moment> thinned(std::vector<Moment> moments, double part, timeStamp_t gap);
+
 private:
-    // With its message, of which a text is made where it is kept.
+    // With its message, of which texts are made where it is kept; empty where it has them.
     struct Candidate {
         Moment moment;
         std::vector<uint8_t> message;
@@ -56,14 +60,17 @@ private:
 
     static constexpr size_t COURSES = static_cast<size_t>(Followed::COUNT);
 
-    void follow(size_t course, const CandidatePtr& candidate, double value);
+    void noteGaps(Moment& moment);
+    void add(const CandidatePtr& candidate);
+    static void follow(Course& values, const CandidatePtr& candidate, double value,
+                       bool isBehindGap);
     void close();
     void orderByTime();
 
     timeStamp_t gap;
-    size_t longestLine;
     std::array<Course, COURSES> open;
     std::array<std::optional<timeStamp_t>, COURSES> latest;  // of each value
+    std::array<CandidatePtr, 2> latestTwo;
     uint64_t openStretch = 0;
     timeStamp_t latestStamp = 0;
     unsigned run = 0;

@@ -28,7 +28,7 @@ void Survey::add(const TraceItem& item) {
     numbers.add(item, fix);
     addTime(item.gps->getTimeStamp());
     if (fix && isDrawn(*fix) && all.size() <= MOST_DRAWN) {
-        drawn.back().add(*fix, item.length);
+        drawn.back().add(*fix);
     }
 }
 

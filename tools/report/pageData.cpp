@@ -92,10 +92,10 @@ std::string asCharacters(const std::string& bytes) {
     return result;
 }
 
-void addTexts(const Moments& moments, Json& data) {
+void addTexts(const Moments& moments, size_t longestLine, Json& data) {
     std::string texts;
     for (const Moment* moment : moments) {
-        texts += moment->texts.position + '\n' + moment->texts.traceLine + '\n';
+        texts += moment->texts.position + '\n' + moment->texts.shownLine(longestLine) + '\n';
     }
     data.add("texts", asCharacters(squeezed(texts)));
     data.add("textLength", texts.size());
@@ -106,7 +106,8 @@ void addTexts(const Moments& moments, Json& data) {
 }  // namespace
 
 std::string pageData(const std::vector<DrawnDrive>& drives, const std::vector<std::string>& names,
-                     const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups) {
+                     const std::vector<uint64_t>& fixes, const std::vector<size_t>& groups,
+                     size_t longestLine) {
     constexpr double TENTHS = 10;
     constexpr double HUNDREDTHS = 100;
     constexpr double THOUSANDTHS = 1000;
@@ -139,7 +140,7 @@ std::string pageData(const std::vector<DrawnDrive>& drives, const std::vector<st
         }
     }
     data.add("breaks", breaks);
-    addTexts(all, data);
+    addTexts(all, longestLine, data);
     return data.text();
 }
 
