@@ -164,17 +164,16 @@ std::string_view withoutLineEnd(std::string_view sentence) {
 }
 
 std::string_view field(std::string_view sentence, size_t index) {
-    const std::string_view text = withoutLineEnd(sentence);
-    const auto* begin = text.begin();
-    const auto* end = std::find_if(begin, text.end(), endsField);
+    std::string_view rest = withoutLineEnd(sentence);
+    rest = rest.substr(0, rest.find('*'));
     for (; index > 0; --index) {
-        if (end == text.end() || *end == '*') {
+        const size_t comma = rest.find(',');
+        if (comma == std::string_view::npos) {
             return {};
         }
-        begin = end + 1;
-        end = std::find_if(begin, text.end(), endsField);
+        rest.remove_prefix(comma + 1);
     }
-    return {begin, end};
+    return rest.substr(0, rest.find(','));
 }
 
 std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
