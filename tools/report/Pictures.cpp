@@ -180,8 +180,10 @@ std::string Drawing::data(const std::vector<uint64_t>& fixes, const std::vector<
     std::string text = pageData(drawn, names, fixes, groups);
     while (text.size() > bytes && precision > 0) {
         precision = std::min(precision - 1, precision * bytes / text.size());
-        for (double part = 1; moments() > precision && part * MOST_FIXES >= 1; part *= PART) {
+        double part = 1;
+        while (moments() > precision && part * MOST_FIXES >= 1) {
             thin(PART);
+            part *= PART;
         }
         text = pageData(drawn, names, fixes, groups, SHORTEST_LINE + 2 * precision);
     }
