@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "libvexstream/utc.h"
+#include "libvextrace/InvalidMessageException.h"
 #include "libvexutil/datablock.h"
 
 namespace vextrace {
@@ -33,10 +34,15 @@ EpochBuilder::EpochBuilder(StampSource stampSource, std::chrono::sys_days firstD
 
 const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum checksum,
                                             timeStamp_t arrival) {
+    const size_t size = sentence.size() + (sentence.ends_with('\n') ? 0 : 1);
+    if (size > MESSAGE_ROOM) {
+        throw InvalidMessageException(IM_INVALID_LEN,
+                                      "EpochBuilder: No message has room for the sentence.",
+                                      static_cast<uint16_t>(std::min<size_t>(size, UINT16_MAX)));
+    }
     const std::optional<TimeOfDay> time = timeOf(sentence);
     const bool beginsEpoch = time && epochTime && !(*time == *epochTime);
-    const size_t lineFeed = sentence.ends_with('\n') ? 0 : 1;
-    if (beginsEpoch || text.size() + sentence.size() + lineFeed > PART_ROOM) {
+    if (beginsEpoch || text.size() + size > PART_ROOM) {
         take();
     } else {
         clearPart();

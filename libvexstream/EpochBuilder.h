@@ -65,6 +65,7 @@ public:
     /// \param checksum  the verdict on it, as a Framer gives it
     /// \param arrival   when its first byte was received, nanoseconds since 1970
     /// \return messages to write, often none; valid until the next call
+    /// \throws InvalidMessageException  IM_INVALID_LEN where it is longer; nothing has changed then
     const Part& add(std::string_view sentence, Checksum checksum, timeStamp_t arrival);
 
     /// The same for those who have no verdict yet.

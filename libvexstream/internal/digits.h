@@ -13,9 +13,10 @@ inline bool isDigits(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// Whether the text is a number without a sign as receivers send them: digits with at most one
-/// point. What the library makes of anything else is no number of the receiver's.
-inline bool isUnsignedNumber(std::string_view text) {
+/// Whether the text is a number as receivers send them: digits with at most one point, with a sign
+/// or none. What the library makes of anything else is no number of the receiver's.
+inline bool isNumber(std::string_view text) {
+    text.remove_prefix(text.starts_with('-') || text.starts_with('+') ? 1 : 0);
     size_t digits = 0;
     size_t points = 0;
     for (const char c : text) {
@@ -26,12 +27,6 @@ inline bool isUnsignedNumber(std::string_view text) {
         }
     }
     return digits > 0;
-}
-
-/// The same with a sign or none.
-inline bool isNumber(std::string_view text) {
-    const bool isSigned = !text.empty() && (text[0] == '-' || text[0] == '+');
-    return isUnsignedNumber(text.substr(isSigned ? 1 : 0));
 }
 
 /// The number that at most nine digits write.

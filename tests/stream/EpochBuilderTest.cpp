@@ -364,3 +364,22 @@ TEST(EpochBuilderTest, ForgetsNoPlaceAmongManyCodes) {
         EXPECT_EQ(part.sentences, 10001U);
     }
 }
+
+TEST(EpochBuilderTest, RefusesASentenceThatNoMessageHolds) {
+    const string longest = "$GPTXT," + string(MESSAGE_ROOM - 8, 'x');
+    EpochBuilder builder(StampSource::SENTENCES, NO_DATE);
+    builder.add(longest, 0);
+    for (const string& tooLong : {longest + "x", longest + "x\n"}) {
+        try {
+            builder.add(tooLong, 0);
+            FAIL();
+        } catch (const InvalidMessageException& error) {
+            EXPECT_EQ(error.getCause(), IM_INVALID_LEN);
+            EXPECT_EQ(error.getInvalidValue(), 65524);
+        }
+    }
+    const EpochBuilder::Part& part = builder.take();
+    EXPECT_EQ(part.sentences, 1U);
+    ASSERT_EQ(part.bytes.size(), 65537U);
+    EXPECT_EQ(byteArrayToUint16(part.bytes.data()), 65535);
+}
