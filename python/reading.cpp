@@ -86,7 +86,7 @@ private:
     bool inUse = false;
 };
 
-py::dict sentencesOf(const Message& message) {
+py::dict sentencesOrNone(const Message& message) {
     return message.isGps() ? py::cast(message.decoded()).attr("sentences").cast<py::dict>()
                            : py::dict();
 }
@@ -152,7 +152,7 @@ void addReading(py::module_& module) {
             "time", [](const Message& m) { return timeOfStamp(m.stamp); },
             "numpy.datetime64 : the same; NaT where it is no time")
         .def_readonly("fix", &Message::fix, "Fix or None : None but for GPS with RMC or GGA")
-        .def_property_readonly("sentences", &sentencesOf,
+        .def_property_readonly("sentences", &sentencesOrNone,
                                "dict of str to bytes : by code; empty but for GPS")
         .def_property_readonly("gps", &Message::decoded,
                                "GPSTraceMessage : raises ValueError for other types")

@@ -9,6 +9,10 @@ source_dir=$1
 compiler=$2
 . "$source_dir/tests/install/use.sh"
 
+# Of the compiler's time most goes into headers, so it reads them once for all units of a library.
+together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0
+    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON)
+
 # check_link_flags LIBDIR: what a program links. libvexutil is part of what libvextrace offers.
 check_link_flags() {
     export PKG_CONFIG_LIBDIR=$1/pkgconfig
@@ -17,12 +21,13 @@ check_link_flags() {
 }
 
 # build_library NAME OPTION...: builds the libraries, with what CMake asks for at configuration. How
-# they are taken does not depend on how they are optimised.
+# they are taken does not depend on how they are optimised, nor on what is compiled together.
 build_library() {
     local build=$work/$1
     shift
     quietly cmake -S "$source_dir" -B "$build" -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DVEXTRACE_EXAMPLES=OFF "$@"
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE=-O0 -DVEXTRACE_EXAMPLES=OFF \
+        "${together[@]}" "$@"
     quietly cmake --build "$build" -j2
 }
 
@@ -126,7 +131,7 @@ expect "flags of an absolute library folder" \
 # Fetched it is built and used; as a folder it takes the same road from there on.
 quietly cmake -S "$source_dir/tests/install" -B "$work/cmake-subdirectory" \
     -DCMAKE_CXX_COMPILER="$compiler" -DVEXTRACE_WAY=subdirectory -DVEXTRACE_SOURCE="$source_dir"
-use_cmake fetch fetch -DVEXTRACE_STREAM=ON -DVEXTRACE_WITH_STREAM=ON
+use_cmake fetch fetch "${together[@]}" -DVEXTRACE_STREAM=ON -DVEXTRACE_WITH_STREAM=ON
 quietly cmake --install "$work/cmake-fetch" --prefix "$work/nothing"
 [ ! -e "$work/nothing" ] || fail "a parent installs the library unasked"
 echo "The library works in every way it can be taken."

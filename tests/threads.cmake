@@ -18,5 +18,3 @@ add_executable(vextrace_thread_tests EXCLUDE_FROM_ALL ${THREAD_TESTS} ${SUPPORT_
 target_include_directories(vextrace_thread_tests PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(vextrace_thread_tests PRIVATE GTest::gtest_main
                                                     $<IF:$<BOOL:${VEXTRACE_STREAM}>,vexstream,vextrace>)
-target_compile_definitions(vextrace_thread_tests PRIVATE
-    VEXTRACE_SOURCE_DIR="${PROJECT_SOURCE_DIR}" VEXTRACE_LOG_DIR="${VEXTRACE_LOG_DIR}")

@@ -45,7 +45,7 @@ use_cmake() {
     local way=$1 build=$work/cmake-$2
     shift 2
     quietly cmake -S "$source_dir/tests/install" -B "$build" -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_BUILD_TYPE=Debug -DVEXTRACE_WAY="$way" -DVEXTRACE_SOURCE="$source_dir" "$@"
+        -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DVEXTRACE_WAY="$way" -DVEXTRACE_SOURCE="$source_dir" "$@"
     quietly cmake --build "$build" -j2
     run "$build"
 }
