@@ -37,9 +37,9 @@ function(vextrace_uses name other)
 endfunction()
 
 # vextrace_precompiles(NAME HEADER...): what most files of a library include. A parent that builds the
-# library with others decides that itself.
+# library with others decides that itself; and it is no gain where units are put together.
 function(vextrace_precompiles name)
-    if(VEXTRACE_TOP_LEVEL)
+    if(VEXTRACE_TOP_LEVEL AND NOT CMAKE_UNITY_BUILD)
         target_precompile_headers(${name} PRIVATE ${ARGN})
     endif()
 endfunction()

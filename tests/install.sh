@@ -10,8 +10,7 @@ compiler=$2
 . "$source_dir/tests/install/use.sh"
 
 # Of the compiler's time most goes into headers, so it reads them once for all units of a library.
-together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0
-    -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON)
+together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0)
 
 # check_link_flags LIBDIR: what a program links. libvexutil is part of what libvextrace offers.
 check_link_flags() {

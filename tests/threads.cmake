@@ -15,6 +15,7 @@ endforeach()
 file(GLOB SUPPORT_SOURCES CONFIGURE_DEPENDS support/*.cpp)
 add_executable(vextrace_thread_tests EXCLUDE_FROM_ALL ${THREAD_TESTS} ${SUPPORT_SOURCES}
                                                       memory/failingMemory.cpp)
+set_target_properties(vextrace_thread_tests PROPERTIES UNITY_BUILD OFF)
 target_include_directories(vextrace_thread_tests PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(vextrace_thread_tests PRIVATE GTest::gtest_main
                                                     $<IF:$<BOOL:${VEXTRACE_STREAM}>,vexstream,vextrace>)
