@@ -229,10 +229,10 @@ TraceItem TraceReader::State::skipDamage() {
     while (window.available(cursor, 1) != 0) {
         const Division::Place place = division.findBeginning(cursor, cursor + AT_ONCE);
         passOver(place.offset);
-        if (place.verdict == Verdict::SOUND) {
+        if (place.soundness == Soundness::SOUND) {
             return endDamage();
         }
-        if (place.verdict == Verdict::UNDECIDED || stop()) {
+        if (place.soundness == Soundness::UNDECIDED || stop()) {
             return theEnd();
         }
     }

@@ -141,7 +141,7 @@ Division::Beginning Division::mostIn(uint64_t from, uint64_t to, uint64_t end) {
             next += evidence.lengthAt(from);
             continue;
         }
-        const int bits = isBeginning(from) == Verdict::SOUND ? ofStart(from, end) : 0;
+        const int bits = isBeginning(from) == Soundness::SOUND ? ofStart(from, end) : 0;
         if (bits > most.bits) {
             most = {from, bits};
             next = from + evidence.lengthAt(from);
@@ -183,7 +183,7 @@ Division::Chain Division::follow(uint64_t offset) {
     int bits = std::min(ofHistory(offset), 0);
     const uint64_t begin = offset;
     for (unsigned i = 0; i < MOST_MESSAGES && offset - begin <= REACH; ++i) {
-        if (endsAt(offset) || (!chain.leadsOn && isBeginning(offset) == Verdict::SOUND)) {
+        if (endsAt(offset) || (!chain.leadsOn && isBeginning(offset) == Soundness::SOUND)) {
             return {chain.leadsOn, chain.leadsOn ? chain.regained : offset};
         }
         const size_t length = evidence.lengthAt(offset);
@@ -202,53 +202,54 @@ Division::Chain Division::follow(uint64_t offset) {
     return chain.leadsOn ? chain : Chain{false, std::nullopt};
 }
 
-Verdict Division::isBeginning(uint64_t offset) {
+Soundness Division::isBeginning(uint64_t offset) {
     if (evidence.isHopeless(offset)) {
-        return Verdict::UNSOUND;
+        return Soundness::UNSOUND;
     }
     int bits = 0;
     for (unsigned i = 0; i < MOST_MESSAGES; ++i) {
         const size_t length = evidence.lengthAt(offset);
         if (length == 0) {
-            return growing && evidence.isIncomplete(offset) ? Verdict::UNDECIDED : Verdict::UNSOUND;
+            return growing && evidence.isIncomplete(offset) ? Soundness::UNDECIDED
+                                                            : Soundness::UNSOUND;
         }
         const int more = evidence.inChain(offset, length);
         bits += more;
         const bool isNothing = i == 0 && more == 0 && !evidence.speaksFor(offset, length);
         if (more < 0 || isNothing) {
-            return Verdict::UNSOUND;
+            return Soundness::UNSOUND;
         }
         offset += length;
         if (bits >= ENOUGH_TO_BEGIN) {
-            return Verdict::SOUND;
+            return Soundness::SOUND;
         }
         if (window.available(offset, 1) == 0) {
-            return bits + OF_THE_END >= ENOUGH_TO_BEGIN ? Verdict::SOUND
-                   : growing                            ? Verdict::UNDECIDED
-                                                        : Verdict::UNSOUND;
+            return bits + OF_THE_END >= ENOUGH_TO_BEGIN ? Soundness::SOUND
+                   : growing                            ? Soundness::UNDECIDED
+                                                        : Soundness::UNSOUND;
         }
     }
-    return Verdict::UNSOUND;
+    return Soundness::UNSOUND;
 }
 
 Division::Place Division::findBeginning(uint64_t from, uint64_t to) {
     for (uint64_t offset = from; offset < to; ++offset) {
         if (window.available(offset, 1) == 0) {
-            return {Verdict::UNSOUND, offset};
+            return {Soundness::UNSOUND, offset};
         }
-        const Verdict verdict = isBeginning(offset);
-        if (verdict == Verdict::SOUND) {
-            return {verdict, bestFrom(offset)};
+        const Soundness soundness = isBeginning(offset);
+        if (soundness == Soundness::SOUND) {
+            return {soundness, bestFrom(offset)};
         }
-        if (verdict == Verdict::UNDECIDED) {
-            return {verdict, offset};
+        if (soundness == Soundness::UNDECIDED) {
+            return {soundness, offset};
         }
     }
-    return {Verdict::UNSOUND, to};
+    return {Soundness::UNSOUND, to};
 }
 
 bool Division::anyBegins(uint64_t from, uint64_t to) {
-    while (from < to && isBeginning(from) != Verdict::SOUND) {
+    while (from < to && isBeginning(from) != Soundness::SOUND) {
         ++from;
     }
     return from < to;
@@ -290,7 +291,7 @@ int Division::within(uint64_t begin, uint64_t end) {
         int bits = IMPOSSIBLE;
         if (length != 0 && length <= count - i && inSequence[i + length] > IMPOSSIBLE) {
             bits = evidence.inChain(begin + i, length) + inSequence[i + length];
-            if (bits - COST_OF_BEGINNING > inDamage && isBeginning(begin + i) == Verdict::SOUND) {
+            if (bits - COST_OF_BEGINNING > inDamage && isBeginning(begin + i) == Soundness::SOUND) {
                 inDamage = bits - COST_OF_BEGINNING;
             }
         }

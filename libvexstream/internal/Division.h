@@ -12,7 +12,7 @@
 namespace vextrace {
 
 /// Whether a message begins somewhere.
-enum class Verdict {
+enum class Soundness {
     SOUND,
     UNSOUND,
     UNDECIDED  ///< bytes are missing that a growing trace may still get
@@ -41,7 +41,7 @@ public:
 
     /// An offset, and what is there.
     struct Place {
-        Verdict verdict;
+        Soundness soundness;
         uint64_t offset;
     };
 
@@ -64,7 +64,7 @@ private:
     };
 
     Chain follow(uint64_t offset);
-    Verdict isBeginning(uint64_t offset);
+    Soundness isBeginning(uint64_t offset);
     bool endsAt(uint64_t offset);
     int ofHistory(uint64_t offset);
     bool swallows(uint64_t offset, size_t length);
