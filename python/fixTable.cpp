@@ -2,7 +2,6 @@
 #include <pybind11/stl.h>
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 
 #include "python/FixColumns.h"
@@ -17,6 +16,7 @@ namespace {
 // What is read side by side is so much altogether: enough that what is read in front of each span
 // hardly counts, and little beside the table of a large trace.
 constexpr uint64_t AT_A_TIME = uint64_t{32} << 20;
+constexpr uint64_t WORTH_IT = AT_A_TIME / 2;
 
 TraceRange rangeOf(uint64_t begin, std::optional<uint64_t> end) {
     TraceRange range;
@@ -39,11 +39,10 @@ public:
         Input input(source);
         const Unlocked unlocked(!input.callsPython());
         const FixWish wish = {number, choice};
-        const bool isWhole = begin == 0 && !end;
-        const uint64_t atOnce = span.value_or(usualSpan());
-        return isWhole && input.size().value_or(0) > atOnce
-                   ? readFixesSideBySide(input, wish, atOnce, columns)
-                   : readFixes(input.bytes(), wish, rangeOf(begin, end), columns);
+        const uint64_t size = begin == 0 && !end ? input.size().value_or(0) : 0;
+        const uint64_t atOnce = span.value_or(usualSpan(size));
+        return size > atOnce ? readFixesSideBySide(input, wish, atOnce, columns)
+                             : readFixes(input.bytes(), wish, rangeOf(begin, end), columns);
     }
 
     py::dict take() {
@@ -52,8 +51,10 @@ public:
     }
 
 private:
-    static uint64_t usualSpan() {
-        return threadsOf() > 1 ? AT_A_TIME / threadsOf() : std::numeric_limits<uint64_t>::max();
+    // As many for each thread, of a trace that is worth it.
+    static uint64_t usualSpan(uint64_t size) {
+        const uint64_t rounds = size / AT_A_TIME + 1;
+        return size > WORTH_IT && threadsOf() > 1 ? size / (rounds * threadsOf()) + 1 : size;
     }
 
     const FixChoice choice;
