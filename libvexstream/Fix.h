@@ -41,6 +41,7 @@ struct VEXSTREAM_EXPORT Fix {
     /// Whether it is made of a sentence with a wrong checksum, or of none.
     bool isDoubtful() const { return checksum() == Checksum::WRONG; }
 
+    /// Whether all values are the same.
     bool operator==(const Fix&) const = default;
 };
 

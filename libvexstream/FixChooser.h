@@ -17,6 +17,7 @@ struct FixChoice {
     timeStamp_t until = std::numeric_limits<timeStamp_t>::max();  ///< latest stamp, included
     bool unchecked = false;  ///< whether sentences with a wrong checksum count, too
 
+    /// Whether both want the same.
     bool operator==(const FixChoice&) const = default;
 };
 
