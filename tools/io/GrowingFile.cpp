@@ -12,6 +12,7 @@
 
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/readAt.h"
 
 namespace vextrace::tools {
 
@@ -25,7 +26,7 @@ bool copyRange(int from, uint64_t begin, uint64_t end, const Sink& to) {
     std::vector<char> buffer(size_t{64} * 1024);
     while (begin < end) {
         const size_t wanted = std::min<uint64_t>(buffer.size(), end - begin);
-        const ssize_t count = pread(from, buffer.data(), wanted, static_cast<off_t>(begin));
+        const ssize_t count = readAt(from, buffer.data(), wanted, begin);
         const auto size = static_cast<size_t>(std::max<ssize_t>(count, 0));
         if (count <= 0 || to.write({buffer.data(), size}) != size) {
             return false;

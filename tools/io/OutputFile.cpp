@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "tools/io/errors.h"
+#include "tools/io/readAt.h"
 
 namespace vextrace::tools {
 
@@ -34,17 +35,17 @@ public:
     explicit WrittenBytes(const Sink& written) : sink(written) {}
 
     size_t read(uint8_t* dest, size_t room) override {
-        const ssize_t count = pread(sink.descriptor(), dest, room, position);
+        const ssize_t count = readAt(sink.descriptor(), dest, room, position);
         if (count < 0) {
             sink.failFor(errno);
         }
-        position += count;
+        position += static_cast<uint64_t>(count);
         return static_cast<size_t>(count);
     }
 
 private:
     const Sink& sink;
-    off_t position = 0;
+    uint64_t position = 0;
 };
 
 // Gives the file a name that is free. Not every file system can tell so in the same step.

@@ -12,6 +12,7 @@
 
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/readAt.h"
 #include "tools/io/writeSome.h"
 
 namespace vextrace::tools {
@@ -57,10 +58,7 @@ bool Spool::goBack(size_t count) {
 }
 
 size_t Spool::readKept(uint8_t* dest, size_t room) const {
-    ssize_t count = 0;
-    do {
-        count = pread(kept, dest, room, static_cast<off_t>(position));
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count = readAt(kept, dest, room, position);
     if (count < 0) {
         fail();
     }
