@@ -9,13 +9,15 @@
 namespace vextrace::tools {
 
 void MessageCopy::addMessage(const TraceItem& message, uint64_t /*number*/) {
-    keep(message, false);
+    write(message);
+    count(message);
 }
 
-void MessageCopy::keep(const TraceItem& message, bool isThere) {
-    if (!isThere) {
-        output.write({reinterpret_cast<const char*>(message.bytes.data()), message.bytes.size()});
-    }
+void MessageCopy::write(const TraceItem& message) {
+    output.write({reinterpret_cast<const char*>(message.bytes.data()), message.bytes.size()});
+}
+
+void MessageCopy::count(const TraceItem& message) {
     bytes += message.length;
     ++messages;
 }
@@ -29,8 +31,8 @@ void MessageCopy::settle() {
     if (damagedPlaces == 0 || !output.canTakeBack()) {
         return;
     }
-    while (const uint64_t count = readAgain()) {
-        bytesTakenBack += count;
+    while (const uint64_t takenBack = readAgain()) {
+        bytesTakenBack += takenBack;
     }
 }
 
@@ -43,7 +45,10 @@ uint64_t MessageCopy::readAgain() {
     TraceReader trace(*copy);
     for (TraceItem item = trace.next(); item.kind != TraceItem::Kind::END; item = trace.next()) {
         if (item.kind != TraceItem::Kind::DAMAGE) {
-            keep(item, takenBack == 0);
+            count(item);
+            if (takenBack != 0) {
+                write(item);
+            }
             continue;
         }
         if (takenBack == 0) {

@@ -27,7 +27,8 @@ public:
     std::string summary() const;
 
 private:
-    void keep(const TraceItem& message, bool isThere);
+    void write(const TraceItem& message);
+    void count(const TraceItem& message);
     uint64_t readAgain();
 
     OutputFile& output;
