@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <future>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace vextrace::python {
@@ -14,11 +15,13 @@ constexpr unsigned MOST_THREADS = 4;
 
 // A span, with what is carried into it and out of it.
 struct SpanEnds {
+    explicit SpanEnds(const FixChooser& carried) : before(carried), behind(carried) {}
+
     Findings findings;
     FixChooser before;
     FixChooser behind;
-    uint64_t begin;  // of its first item
-    uint64_t end;    // of its last item
+    uint64_t begin = 0;  // of its first item
+    uint64_t end = 0;    // of its last item
 };
 
 struct Span {
@@ -51,7 +54,7 @@ void addItem(const TraceItem& item, bool isTaken, uint32_t trace, SpanEnds& span
 SpanEnds readSpan(ByteSource& bytes, uint32_t trace, const TraceRange& range,
                   const FixChooser& carried, FixColumns& columns) {
     TraceReader reader(bytes, range);
-    SpanEnds span = {{}, carried, carried, 0, 0};
+    SpanEnds span(carried);
     bool hasBegun = false;
     const auto begin = [&](uint64_t offset) {
         span.before = span.behind;
@@ -118,9 +121,9 @@ Findings SideBySide::read(uint64_t span) {
 }
 
 Span SideBySide::readOne(const TraceRange& range, const FixChooser& carried) const {
-    Span span = {{{}, carried, carried, 0, 0}, {}};
-    span.ends = readSpan(*input.again(), wish.trace, range, carried, span.columns);
-    return span;
+    FixColumns own;
+    SpanEnds ends = readSpan(*input.again(), wish.trace, range, carried, own);
+    return {std::move(ends), std::move(own)};
 }
 
 void SideBySide::add(Span span, TraceRange range) {
