@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
+#include <random>
 #include <string>
 
 using namespace vextrace;
@@ -288,4 +290,36 @@ TEST(FixTest, HasTheChecksumOfWhatItIsMadeOf) {
     GPSTraceMessage message(STAMP, wrong(RMC));
     message.addRecord(unsummed);
     EXPECT_EQ(fixOf(message, FixSource::ALL)->checksum(), Checksum::WRONG);
+}
+
+TEST(FixTest, HasTheNumbersOfTheLibraryBitForBit) {
+    std::mt19937_64 random(5);
+    const auto digits = [&](size_t most) {
+        std::string text(random() % (most + 1), '0');
+        std::generate(text.begin(), text.end(),
+                      [&] { return static_cast<char>('0' + random() % 10); });
+        return text;
+    };
+    for (int i = 0; i < 20'000; ++i) {
+        const std::string latitude = "48" + std::to_string(10 + random() % 50) + "." + digits(14);
+        const std::string longitude = "111" + std::to_string(10 + random() % 50) + "." + digits(14);
+        const std::string position = latitude + ",S," + longitude + ",W,";
+        GPSTraceMessage rmc(STAMP, "$GPRMC,123519,A," + position + "1" + digits(4) + "." +
+                                       digits(9) + ",1" + digits(1) + "." + digits(17) +
+                                       ",230394,,\r\n");
+        GPSTraceMessage gga(STAMP, "$GPGGA,123519," + position + "1,08,0.9,-1" + digits(5) + "." +
+                                       digits(9) + ",M,,,,\r\n");
+        GPSTraceMessage::numeric_gprmc_t ofRmc;
+        GPSTraceMessage::numeric_gpgga_t ofGga;
+        ASSERT_TRUE(rmc.getGPRMC(ofRmc) && gga.getGPGGA(ofGga));
+        const Fix moving = *fixOf(rmc);
+        EXPECT_EQ(moving.latitude, ofRmc.latitude);
+        EXPECT_EQ(moving.longitude, ofRmc.longitude);
+        EXPECT_EQ(moving.speed, ofRmc.speed);
+        EXPECT_EQ(moving.course, ofRmc.course);
+        const Fix high = *fixOf(gga);
+        EXPECT_EQ(high.latitude, ofGga.latitude);
+        EXPECT_EQ(high.longitude, ofGga.longitude);
+        EXPECT_EQ(high.altitude, ofGga.antennaAltitude);
+    }
 }
