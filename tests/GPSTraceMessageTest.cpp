@@ -20,6 +20,7 @@
 
 using namespace std::string_literals;
 
+namespace gPSTraceMessageTest {
 namespace {
 
 constexpr timeStamp_t TIME_STAMP = 0xF1E2D3C4B5A69788;
@@ -816,3 +817,5 @@ TEST(GPSTraceMessageTest, DiffersFromMessagesOfOtherTypes) {
     EXPECT_FALSE(message == baseOfOther);
     EXPECT_FALSE(baseOfOther == message);
 }
+
+}  // namespace gPSTraceMessageTest

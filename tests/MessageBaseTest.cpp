@@ -13,6 +13,7 @@
 #include "tests/support/detected.h"
 #include "tests/support/messages.h"
 
+namespace messageBaseTest {
 namespace {
 
 constexpr timeStamp_t TIME_STAMP = 0xF1E2D3C4B5A69788;
@@ -388,3 +389,5 @@ TEST(MessageBaseTest, ReachesTheDerivedTypeThroughTheBase) {
     EXPECT_EQ(clone->getSourceChannelID(), 0x13579BDF00000103U);
     EXPECT_TRUE(std::has_virtual_destructor_v<MessageBase>);
 }
+
+}  // namespace messageBaseTest

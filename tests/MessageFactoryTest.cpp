@@ -23,7 +23,7 @@ using vextrace::FRAMING_DAMAGED;
 using vextrace::FRAMING_INCOMPLETE;
 using vextrace::framing_t;
 
-namespace {
+namespace messageFactoryTest {
 
 // Each test has ids of its own, among those that are nobody's.
 constexpr msgid_t testID(unsigned number) {
@@ -206,8 +206,6 @@ bool agree(const FramedMessage& front, const DecodedMessage& decoded, size_t len
 std::set<size_t> lengthsAround(size_t size) {
     return {0, 1, 2, 13, 14, size, size + 1, size + 2, size + 3, 65537, 65538};
 }
-
-}  // namespace
 
 TEST_F(MessageFactoryTest, NumbersTheFramings) {
     EXPECT_EQ(static_cast<int>(FRAMING_COMPLETE), 0);
@@ -608,3 +606,5 @@ TEST_F(MessageFactoryTest, AnswersWithNothingByDefault) {
     EXPECT_TRUE((std::is_same_v<decltype(decoded.bytesTaken), size_t>));
     EXPECT_TRUE((std::is_same_v<decltype(decoded.error), std::optional<InvalidMessageException>>));
 }
+
+}  // namespace messageFactoryTest

@@ -18,7 +18,7 @@
 using vextrace::appendSerialised;
 using vextrace::serialise;
 
-namespace {
+namespace allocationsTest {
 
 // Fields short enough that every standard library's strings keep them inside themselves.
 const std::string RMC =
@@ -63,8 +63,6 @@ protected:
         }
     }
 };
-
-}  // namespace
 
 // A sentence takes two: its text, and the map's entry with the code.
 TEST_F(AllocationsTest, BuildingTakesTwoForEachSentenceThatIsStored) {
@@ -238,3 +236,5 @@ TEST_F(AllocationsTest, RegisteringTakesOneAndTakingBackNone) {
         {"registerReader again", 0, [&] { MessageFactory::registerReader(ID, reader); }},
     });
 }
+
+}  // namespace allocationsTest

@@ -5,6 +5,7 @@
 #include "tests/support/InvalidHandling.h"
 #include "tests/support/messages.h"
 
+namespace failingMemoryTest {
 namespace {
 
 // Behind a point these make each field longer than what any standard library's string keeps inside
@@ -210,3 +211,5 @@ TEST(FailingMemoryTest, OddNumbersPassTheFailureOnAndLeaveTheMessage) {
                   [&] { expectAnswers(message, payload); }),
               0U);
 }
+
+}  // namespace failingMemoryTest

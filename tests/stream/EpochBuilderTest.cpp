@@ -13,6 +13,7 @@ using namespace vextrace;
 using std::string;
 using std::vector;
 
+namespace epochBuilderTest {
 namespace {
 
 constexpr std::chrono::sys_days NO_DATE;
@@ -383,3 +384,5 @@ TEST(EpochBuilderTest, RefusesASentenceThatNoMessageHolds) {
     ASSERT_EQ(part.bytes.size(), 65537U);
     EXPECT_EQ(byteArrayToUint16(part.bytes.data()), 65535);
 }
+
+}  // namespace epochBuilderTest

@@ -9,6 +9,7 @@
 
 using namespace vextrace;
 
+namespace fixTest {
 namespace {
 
 constexpr timeStamp_t STAMP = 0x0A9BC98150068601;
@@ -323,3 +324,5 @@ TEST(FixTest, HasTheNumbersOfTheLibraryBitForBit) {
         EXPECT_EQ(high.altitude, ofGga.antennaAltitude);
     }
 }
+
+}  // namespace fixTest

@@ -13,6 +13,7 @@
 using namespace vextrace;
 using namespace std::string_view_literals;
 
+namespace gpsViewTest {
 namespace {
 
 constexpr uint64_t STAMP = 0x189A'BCDE'F012'3456;
@@ -179,3 +180,5 @@ TEST(GpsViewTest, StaysValidWhereItIsMoved) {
     EXPECT_EQ(moved.getSentence("$GPZDA"), "$GPZDA,1\n");
     EXPECT_EQ(sentencesOf(moved.message()), sentencesOf(moved));
 }
+
+}  // namespace gpsViewTest

@@ -10,6 +10,7 @@ using namespace vextrace;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
+namespace sentenceTest {
 namespace {
 
 constexpr const char* GNRMC =
@@ -307,3 +308,5 @@ TEST(SentenceTest, ReadsDatesOfRMCAndZDAAlone) {
     EXPECT_EQ(dayOf("$IIRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4,230394"), 19940323);
     EXPECT_EQ(dayOf("$GPRMC,123519,A,4807.038,N,01131.000,E,022.4,084.4*230394"), 0);
 }
+
+}  // namespace sentenceTest

@@ -15,6 +15,7 @@ using namespace vextrace;
 using Kind = TraceItem::Kind;
 using Messages = std::vector<TraceBytes>;
 
+namespace traceDivisionTest {
 namespace {
 
 constexpr uint64_t SECOND = 1'000'000'000;
@@ -353,3 +354,5 @@ TEST(TraceDivisionTest, NoiseOfEveryLengthBetweenMessagesOfTwoBusesLeavesASoundT
         expectSoundAgain(kept(trace));
     }
 }
+
+}  // namespace traceDivisionTest

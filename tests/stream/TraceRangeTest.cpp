@@ -14,6 +14,7 @@
 using namespace vextrace;
 using Kind = TraceItem::Kind;
 
+namespace traceRangeTest {
 namespace {
 
 constexpr uint64_t SECOND = 1'000'000'000;
@@ -127,3 +128,5 @@ TEST(TraceRangeTest, GivesWhatLiesInFrontWhereItIsAskedTo) {
     }
     EXPECT_EQ(isBefore, (std::vector<bool>{true, true, false, false}));
 }
+
+}  // namespace traceRangeTest

@@ -14,6 +14,7 @@
 using namespace vextrace;
 using Kind = TraceItem::Kind;
 
+namespace traceReaderTest {
 namespace {
 
 constexpr uint64_t STAMP = 0x189A'BCDE'F012'3456;
@@ -656,3 +657,5 @@ TEST(TraceReaderTest, GivesWhatWasReadBeforeAReadError) {
         }
     }
 }
+
+}  // namespace traceReaderTest

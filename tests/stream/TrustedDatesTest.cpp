@@ -10,6 +10,7 @@ using namespace vextrace;
 using std::string;
 using std::vector;
 
+namespace trustedDatesTest {
 namespace {
 
 constexpr std::chrono::sys_days NO_DATE;
@@ -136,3 +137,5 @@ TEST(TrustedDatesTest, ADayBeyondTheLastOneIsNoDate) {
             << days;
     }
 }
+
+}  // namespace trustedDatesTest

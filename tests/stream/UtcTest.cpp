@@ -8,6 +8,7 @@
 using namespace std::string_view_literals;
 using namespace vextrace;
 
+namespace utcTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1'000'000'000;
@@ -183,3 +184,5 @@ TEST(UtcTest, DatesBeginIn1971) {
     EXPECT_TRUE(hasDate(stampOfText("1971-01-01")));
     EXPECT_TRUE(hasDate(UINT64_MAX));
 }
+
+}  // namespace utcTest

@@ -25,6 +25,7 @@ namespace fs = std::filesystem;
 using std::string;
 using std::string_view;
 
+namespace damagedTraceTest {
 namespace {
 
 constexpr uint64_t STAMP = 764'426'119'000'000'000;  // 1994-03-23T12:35:19Z
@@ -546,3 +547,5 @@ TEST_F(DamagedTraceTest, RecordGoesOnBehindATraceAndLosesNothingOfIt) {
         EXPECT_EQ(left.substr(0, left.size() - recorded.size()) + aside, before);
     });
 }
+
+}  // namespace damagedTraceTest

@@ -11,6 +11,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace driveTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1000000000;
@@ -125,3 +126,5 @@ TEST(DriveTest, TakesMoreThanItsOutlineTold) {
     drive.add(fixAt(SECOND), messageAt(SECOND), 1);
     EXPECT_EQ(drive.finish().moments.size(), 1U);
 }
+
+}  // namespace driveTest

@@ -14,7 +14,7 @@ using namespace vextrace::tools;
 namespace fs = std::filesystem;
 using std::string;
 
-namespace {
+namespace growingFileTest {
 
 class GrowingFileTest : public testing::Test {
 protected:
@@ -39,8 +39,6 @@ protected:
     const InputFile input;
     GrowingFile file;
 };
-
-}  // namespace
 
 TEST_F(Written, TakesBackItsLastBytesBehindThoseOfAnother) {
     appendAsAnother("other");
@@ -128,3 +126,5 @@ TEST(SinkTest, TellsFilesOfOneNumberOnTwoFileSystemsApart) {
     other.number = 78;
     EXPECT_FALSE(isOneOf(file, {other}));
 }
+
+}  // namespace growingFileTest

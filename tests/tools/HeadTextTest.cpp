@@ -8,6 +8,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace headTextTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1000000000;
@@ -177,3 +178,5 @@ TEST(HeadTextTest, CountsTheSentencesOfFurtherCodes) {
     EXPECT_EQ(rows[0].first, "–");
     EXPECT_EQ(furtherCodes(summary.sentences), "And 1,300 sentences of further codes.");
 }
+
+}  // namespace headTextTest

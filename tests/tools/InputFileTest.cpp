@@ -12,7 +12,7 @@
 
 using namespace vextrace::tools;
 
-namespace {
+namespace inputFileTest {
 
 // A folder can be opened, but not read.
 void failFromNowOn(const InputFile& input, const std::string& folder) {
@@ -39,8 +39,6 @@ protected:
     TemporaryFolder folder;
 };
 
-}  // namespace
-
 TEST_F(InputFileTest, NamesTheByteThatCannotBeRead) {
     InputFile input(folder.path("log"));
     std::array<uint8_t, 8> bytes = {};
@@ -59,3 +57,5 @@ TEST_F(InputFileTest, NamesTheByteThatCannotBeReadAfterItWentBack) {
     failFromNowOn(input, folder.path());
     EXPECT_EQ(errorOf(input), folder.path("log") + ": cannot be read on at byte 4: Is a directory");
 }
+
+}  // namespace inputFileTest

@@ -5,6 +5,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace motionTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1000000000;
@@ -68,3 +69,5 @@ TEST(MotionTest, LeavesOutWhatGoesBackAndWhatLeadsToAnotherTrace) {
     motion.add(10 * SECOND, 50, GAP);
     EXPECT_EQ(motion.known(), 0U);
 }
+
+}  // namespace motionTest

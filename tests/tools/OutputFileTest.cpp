@@ -24,7 +24,7 @@ using namespace vextrace;
 using namespace vextrace::tools;
 namespace fs = std::filesystem;
 
-namespace {
+namespace outputFileTest {
 
 // Whether the next file systems do not know how to rename to a free name alone.
 bool renamesPlainly = false;
@@ -77,8 +77,6 @@ std::string refusalOf(const std::string& path, bool force = false,
 }
 
 using Names = std::set<std::string>;
-
-}  // namespace
 
 // Takes the place of the system's.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
@@ -343,3 +341,5 @@ TEST_F(OutputFileTest, LeavesIgnoredSignalsIgnored) {
     EXPECT_TRUE(fs::exists(in("out")));
     EXPECT_EQ(std::signal(SIGHUP, before), SIG_IGN);
 }
+
+}  // namespace outputFileTest

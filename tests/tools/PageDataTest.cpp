@@ -13,6 +13,7 @@ using namespace vextrace;
 using namespace vextrace::tools;
 using nlohmann::json;
 
+namespace pageDataTest {
 namespace {
 
 Moment momentAt(timeStamp_t stamp, const std::string& sentence, uint64_t number) {
@@ -119,3 +120,5 @@ TEST(PageDataTest, LeavesNoMarkup) {
         EXPECT_TRUE(c >= ' ' && c <= '~') << static_cast<int>(c);
     }
 }
+
+}  // namespace pageDataTest

@@ -12,7 +12,7 @@ using namespace vextrace;
 using namespace vextrace::tools;
 using namespace std::chrono_literals;
 
-namespace {
+namespace progressTest {
 
 Progress::Clock::time_point testTime;
 
@@ -44,8 +44,6 @@ protected:
 };
 
 constexpr uint64_t MEGABYTE = 1'000'000;
-
-}  // namespace
 
 TEST_F(ProgressTest, IsQuietForASecond) {
     Progress progress(100 * MEGABYTE, ends[1], now);
@@ -142,3 +140,5 @@ TEST_F(ProgressTest, ManagesWithoutAnythingDone) {
     EXPECT_EQ(progressText(200, 100, 2), "100 %, 0.0 MB/s, 0:00 left");
     EXPECT_EQ(progressText(1 * MEGABYTE, 7201 * MEGABYTE, 1), "0 %, 1.0 MB/s, 120:00 left");
 }
+
+}  // namespace progressTest

@@ -5,6 +5,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace shownTextsTest {
 namespace {
 constexpr uint64_t SECOND = 1000000000;
 constexpr timeStamp_t NOON = 1795262400 * SECOND;  // 2026-11-21 12:00:00
@@ -58,3 +59,5 @@ TEST(ShownTextsTest, WritesSizesInUnitsThatFit) {
     EXPECT_EQ(shownSize(999600), "1.0 MB");
     EXPECT_EQ(shownSize(4500000000), "4.5 GB");
 }
+
+}  // namespace shownTextsTest

@@ -13,6 +13,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace stretchesTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1000000000;
@@ -238,3 +239,5 @@ TEST(StretchesTest, AgreesWithAllFixesOfRandomDrives) {
         }
     }
 }
+
+}  // namespace stretchesTest

@@ -9,6 +9,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace summaryTest {
 namespace {
 
 constexpr timeStamp_t SECOND = 1'000'000'000;
@@ -423,3 +424,5 @@ TEST(SummaryTest, SaysNoneOfWhatIsMissing) {
               "  altitude        none\n"
               "  box             none\n");
 }
+
+}  // namespace summaryTest

@@ -11,6 +11,7 @@
 using namespace vextrace;
 using namespace vextrace::tools;
 
+namespace trackPictureTest {
 namespace {
 
 using Fixes = std::vector<Fix>;
@@ -174,3 +175,5 @@ TEST(TrackPictureTest, DividesSpeedsByRoundSteps) {
     EXPECT_EQ(scale.colour(0), "s0");
     EXPECT_EQ(scale.colour(5), "s7");
 }
+
+}  // namespace trackPictureTest

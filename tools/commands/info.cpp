@@ -32,17 +32,17 @@ timeStamp_t nanoseconds(double seconds) {
 }
 
 /// Writes summaries as they come, so that thousands of them need no memory.
-class Report {
+class InfoReport {
 public:
-    Report() = default;
-    Report(const Report&) = delete;
-    Report& operator=(const Report&) = delete;
-    virtual ~Report() = default;
+    InfoReport() = default;
+    InfoReport(const InfoReport&) = delete;
+    InfoReport& operator=(const InfoReport&) = delete;
+    virtual ~InfoReport() = default;
     virtual void addTrace(const std::string& name, const Summary& summary) = 0;
     virtual void addAll(uint64_t traces, const Summary& all) = 0;
 };
 
-class TextReport : public Report {
+class TextReport : public InfoReport {
 public:
     TextReport(OutputFile& destination, bool isLong) : output(destination), longForm(isLong) {}
     void addTrace(const std::string& name, const Summary& summary) override {
@@ -60,7 +60,7 @@ private:
     bool longForm;
 };
 
-class TableReport : public Report {
+class TableReport : public InfoReport {
 public:
     TableReport(OutputFile& destination, const std::vector<std::string>& traces)
         : output(destination), table(traces) {
@@ -77,7 +77,7 @@ private:
 };
 
 // {"files": [{"file": ...}, ...], "all": {"files": N, ...}}
-class JsonReport : public Report {
+class JsonReport : public InfoReport {
 public:
     explicit JsonReport(OutputFile& destination) : output(destination) {
         output.write("{\"files\": [");
@@ -101,7 +101,7 @@ private:
     const char* separator = "\n";
 };
 
-std::unique_ptr<Report> makeReport(const InfoCommand& options, OutputFile& output) {
+std::unique_ptr<InfoReport> makeReport(const InfoCommand& options, OutputFile& output) {
     if (options.json) {
         return std::make_unique<JsonReport>(output);
     }
@@ -114,7 +114,7 @@ std::unique_ptr<Report> makeReport(const InfoCommand& options, OutputFile& outpu
 class Info : public TraceVisitor {
 public:
     /// \param alone  whether there is one trace, which then is all traces
-    Info(Report& destination, timeStamp_t longestPause, bool alone)
+    Info(InfoReport& destination, timeStamp_t longestPause, bool alone)
         : report(destination), isAlone(alone), all(longestPause), own(longestPause) {}
 
     void beginTrace(const std::string& path) override {
@@ -157,7 +157,7 @@ private:
         }
     }
 
-    Report& report;
+    InfoReport& report;
     const bool isAlone;
     FixReader fixes;
     Summary all;
@@ -174,7 +174,7 @@ int info(const InfoCommand& options) {
     walk.traces = options.traces;
     walk.span = spanArgument(options.from, options.until);
     OutputFile output("-", false, statusesThatExist(options.traces));
-    const std::unique_ptr<Report> report = makeReport(options, output);
+    const std::unique_ptr<InfoReport> report = makeReport(options, output);
     Info visitor(*report, gap, options.traces.size() == 1);
     const Walked walked = walkTraces(walk, visitor);
     if (visitor.finish()) {

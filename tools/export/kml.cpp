@@ -10,7 +10,7 @@ namespace vextrace::tools {
 
 namespace {
 
-constexpr const char* HEAD =
+constexpr const char* KML_HEAD =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
     "<kml xmlns=\"http://www.opengis.net/kml/2.2\""
     " xmlns:gx=\"http://www.google.com/kml/ext/2.2\">\n"
@@ -22,7 +22,7 @@ constexpr const char* HEAD =
 constexpr const char* SPEEDS_HEAD =
     "<ExtendedData><SchemaData schemaUrl=\"#fix\"><gx:SimpleArrayData name=\"speed\">\n";
 constexpr const char* SPEEDS_FOOT = "</gx:SimpleArrayData></SchemaData></ExtendedData>\n";
-constexpr const char* FOOT = "</Document>\n</kml>\n";
+constexpr const char* KML_FOOT = "</Document>\n</kml>\n";
 
 /// KML 2.2: a folder for each trace, a placemark for each line, with the time, the place, the
 /// course and the speed of each fix. A track lists all its times, then all its places and so on, so
@@ -34,7 +34,7 @@ public:
 
     Content content() const override { return Content::VALID_FIXES; }
 
-    void begin() override { out.write(HEAD); }
+    void begin() override { out.write(KML_HEAD); }
 
     void beginTrace(const std::string& trace) override {
         name = "<name>" + html(escaped(trace)) + "</name>";
@@ -71,7 +71,7 @@ public:
         inFolder = false;
     }
 
-    void end() override { out.write(FOOT); }
+    void end() override { out.write(KML_FOOT); }
 
 private:
     static constexpr size_t FIXES_PER_PIECE = 4096;

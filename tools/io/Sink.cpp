@@ -25,7 +25,7 @@ bool isNoDevice(int reason) {
     return reason == EINVAL || reason == EROFS || reason == ENOTSUP;
 }
 
-std::string folderOf(const std::string& path) {
+std::string folderToOpen(const std::string& path) {
     const size_t slash = path.rfind('/');
     return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
@@ -119,7 +119,7 @@ bool isOneOf(const FileStatus& file, const std::vector<FileStatus>& inputs) {
 }
 
 bool synchroniseFolder(const std::string& file) {
-    const int folder = open(folderOf(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int folder = open(folderToOpen(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) {
         return errno == EACCES;  // a folder that may be written, but not read
     }

@@ -16,15 +16,15 @@ namespace vextrace::tools {
 namespace {
 
 // The handler may use nothing but these.
-std::atomic<int> first{0};
-std::atomic<int> number{0};
+std::atomic<int> firstSignal{0};
+std::atomic<int> signals{0};
 std::atomic<int> writeEnd{-1};
 
 void note(int signal) {
     const int saved = errno;
     int none = 0;
-    first.compare_exchange_strong(none, signal);
-    ++number;
+    firstSignal.compare_exchange_strong(none, signal);
+    ++signals;
     [[maybe_unused]] const ssize_t written = write(writeEnd, "", 1);
     errno = saved;
 }
@@ -38,8 +38,8 @@ StopSignals::StopSignals() {
     }
     readEnd = ends[0];
     writeEnd = ends[1];
-    first = 0;
-    number = 0;
+    firstSignal = 0;
+    signals = 0;
     struct sigaction noting = {};
     noting.sa_handler = note;
     for (size_t i = 0; i < SIGNALS.size(); ++i) {
@@ -54,14 +54,14 @@ StopSignals::~StopSignals() {
     for (size_t i = 0; i < SIGNALS.size(); ++i) {
         sigaction(SIGNALS[i], &before[i], nullptr);
     }
-    first = 0;
-    number = 0;
+    firstSignal = 0;
+    signals = 0;
     close(writeEnd.exchange(-1));
     close(readEnd);
 }
 
 int StopSignals::caught() {
-    return first;
+    return firstSignal;
 }
 
 const char* StopSignals::nameOf(int signal) {
@@ -69,7 +69,7 @@ const char* StopSignals::nameOf(int signal) {
 }
 
 int StopSignals::count() {
-    return number;
+    return signals;
 }
 
 }  // namespace vextrace::tools

@@ -10,11 +10,9 @@ namespace vextrace::tools {
 
 namespace {
 
-using std::chrono::seconds;
-
-constexpr seconds BETWEEN_UPDATES{1};
-constexpr seconds SILENCE{2};  // most receivers send once a second
-constexpr seconds PATIENCE{5};
+constexpr std::chrono::seconds BETWEEN_UPDATES{1};
+constexpr std::chrono::seconds SILENCE{2};  // most receivers send once a second
+constexpr std::chrono::seconds PATIENCE{5};
 constexpr size_t RATE_UPDATES = 5;
 
 std::string clockText(const std::string& digits) {
@@ -88,8 +86,9 @@ std::string LiveLine::text(const Counters& read, uint64_t traceBytes, Clock::tim
         fmt::format(", {:.0f} sentences/s, {} skipped, {} recorded", sentencesPerSecond(read, now),
                     counted(read.bytesSkipped(), "byte"), sizeText(traceBytes));
     if (now - lastByte >= SILENCE) {
-        text += fmt::format(", silent for {} s",
-                            std::chrono::duration_cast<seconds>(now - lastByte).count());
+        text +=
+            fmt::format(", silent for {} s",
+                        std::chrono::duration_cast<std::chrono::seconds>(now - lastByte).count());
     }
     return text;
 }

@@ -21,7 +21,7 @@ constexpr uint64_t RARE = 1000;
 
 constexpr uint64_t NANOSECONDS = 1'000'000'000;
 
-double seconds(timeStamp_t nanoseconds) {
+double inSeconds(timeStamp_t nanoseconds) {
     return static_cast<double>(nanoseconds) / NANOSECONDS;
 }
 
@@ -187,11 +187,11 @@ Json gapsJson(const Summary& summary) {
     for (const Gap& gap : times.gaps) {
         list.add(Json{{"begin", utcText(gap.begin)},
                       {"end", utcText(gap.end)},
-                      {"seconds", seconds(gap.length())}});
+                      {"seconds", inSeconds(gap.length())}});
     }
-    return {{"limit_s", seconds(summary.gapLimit())},
+    return {{"limit_s", inSeconds(summary.gapLimit())},
             {"count", times.gapCount},
-            {"longest_s", times.longestGap ? Json(seconds(times.longestGap->length())) : Json()},
+            {"longest_s", times.longestGap ? Json(inSeconds(times.longestGap->length())) : Json()},
             {"list", list}};
 }
 
