@@ -18,18 +18,19 @@ help_of() {
     "$program" "$@" --help | sed -nE 's/^ +(-[^ ]+).*/\1/p' | options_in
 }
 
-# known_options COMMAND...: of the program, of a command of its, or of any where none is named.
-known_options() {
+# ask_for_options: asks each command of the program once, and keeps the answers in options_of.
+ask_for_options() {
     local command
-    case " ${commands[*]} " in
-        *" ${1-} "*) help_of "$1" ;;
-        *)
-            help_of
-            for command in "${commands[@]}"; do
-                help_of "$command"
-            done
-            ;;
-    esac
+    options_of[any]=$(help_of)
+    for command in $("$program" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z]*\) .*/\1/p'); do
+        options_of[$command]=$(help_of "$command")
+        options_of[any]+=$'\n'${options_of[$command]}
+    done
+}
+
+# known_options [WORD]: of a command of the program, or of any where the word is none.
+known_options() {
+    echo "${options_of[${1:-any}]-${options_of[any]}}"
 }
 
 # check_command DOCUMENT WORD...: options of other programs are none of ours.
@@ -67,10 +68,11 @@ check_manual_page() {
 }
 
 check_program_options() {
-    local document words commands=()
+    local document words
+    local -A options_of=()
     if [ -n "$program" ]; then
-        mapfile -t commands < <("$program" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z]*\) .*/\1/p')
-        [ "${#commands[@]}" -gt 0 ] || fail "vextrace --help names no command"
+        ask_for_options
+        [ "${#options_of[@]}" -gt 1 ] || fail "vextrace --help names no command"
         check_manual_page
     fi
     for document in "${documents[@]}"; do
