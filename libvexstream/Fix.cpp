@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "libvexstream/internal/FieldReader.h"
+
 namespace vextrace {
 
 namespace {
@@ -32,34 +34,6 @@ constexpr double POWERS_OF_TEN[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
 // Where quotients are kept in more precision than double's they are rounded twice.
 constexpr bool DIVISION_ROUNDS_ONCE = FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1;
 
-// Gives the fields of a sentence one after the other, the address first; empty ones behind the
-// last. Fields are so short that loops outrun std::find.
-class FieldReader {
-public:
-    explicit FieldReader(std::string_view sentence)
-        : place(sentence.data()), end(place + withoutLineEnd(sentence).size()) {}
-
-    std::string_view next() {
-        const char* const begin = place;
-        while (place != end && *place != ',' && *place != '*') {
-            ++place;
-        }
-        const std::string_view field(begin, static_cast<size_t>(place - begin));
-        place += place != end && *place == ',' ? 1 : 0;
-        return field;
-    }
-
-    void skip(size_t count) {
-        for (; count > 0; --count) {
-            next();
-        }
-    }
-
-private:
-    const char* place;
-    const char* end;
-};
-
 // Of a text of digits with at most one point.
 std::optional<double> toDouble(std::string_view text) {
     double value = 0;
@@ -75,25 +49,17 @@ std::optional<double> toDouble(std::string_view text) {
     return fits ? std::optional(value) : std::nullopt;
 }
 
-// The number of a field of digits with at most one point. What the library makes of anything else
-// is no number of the receiver's; where that is one, this is the same, bit for bit.
-std::optional<double> readNumber(std::string_view text) {
+// The number of the next field, of digits with at most one point. What the library makes of
+// anything else is no number of the receiver's; where that is one, this is the same, bit for bit.
+std::optional<double> readNumber(FieldReader& fields) {
+    const char* const begin = fields.position();
     uint64_t value = 0;
-    size_t digits = 0;
-    size_t decimals = 0;
-    bool hasPoint = false;
-    for (const char c : text) {
-        if (c >= '0' && c <= '9') {
-            value = value * 10 + static_cast<unsigned>(c - '0');
-            ++digits;
-            decimals += hasPoint ? 1 : 0;
-        } else if (c == '.' && !hasPoint) {
-            hasPoint = true;
-        } else {
-            return std::nullopt;
-        }
-    }
-    if (digits == 0) {
+    size_t digits = fields.readDigits(value);
+    const bool hasPoint = fields.read('.');
+    const size_t decimals = hasPoint ? fields.readDigits(value) : 0;
+    digits += decimals;
+    const std::string_view text = fields.endField(begin);
+    if (digits == 0 || text.size() != digits + (hasPoint ? 1 : 0)) {
         return std::nullopt;
     }
     return digits < std::size(POWERS_OF_TEN) && DIVISION_ROUNDS_ONCE
@@ -101,9 +67,9 @@ std::optional<double> readNumber(std::string_view text) {
                : toDouble(text);
 }
 
-// The next field, where its number is not too great.
+// The same, where it is not too great.
 std::optional<double> readUpTo(double greatest, FieldReader& fields, double unit = 1) {
-    const std::optional<double> number = readNumber(fields.next());
+    const std::optional<double> number = readNumber(fields);
     return number && *number * unit <= greatest ? std::optional(*number * unit) : std::nullopt;
 }
 
@@ -111,7 +77,7 @@ std::optional<double> readUpTo(double greatest, FieldReader& fields, double unit
 // sense. Minutes are below 60, but for receivers that round up to it.
 std::optional<double> readCoordinate(FieldReader& fields, char positive, char negative,
                                      double greatest) {
-    const std::optional<double> number = readNumber(fields.next());
+    const std::optional<double> number = readNumber(fields);
     const std::string_view hemisphere = fields.next();
     const char letter = hemisphere.size() == 1 ? hemisphere[0] : '\0';
     if (!number || (letter != positive && letter != negative)) {
@@ -146,20 +112,27 @@ std::optional<unsigned> readCount(std::string_view text) {
 
 // The altitude and its unit, the next two fields.
 std::optional<double> readAltitude(FieldReader& fields) {
-    std::string_view text = fields.next();
+    const bool isNegative = fields.read('-');
+    if (!isNegative) {
+        fields.read('+');
+    }
+    const std::optional<double> height = readNumber(fields);
     const std::string_view unit = fields.next();
-    const bool isNegative = text.starts_with('-');
-    text.remove_prefix(isNegative || text.starts_with('+') ? 1 : 0);
-    const std::optional<double> height = readNumber(text);
     if (!height || *height > MAX_ALTITUDE || (!unit.empty() && unit != "M")) {
         return std::nullopt;
     }
     return isNegative ? -*height : *height;
 }
 
+// The fields behind the address of a sentence whose code is known.
+FieldReader fieldsBehindCode(std::string_view sentence) {
+    FieldReader fields(sentence.substr(GPSTraceMessage::NMEA_CODE_SIZE));
+    fields.next();  // what is left of the address
+    return fields;
+}
+
 void readRmc(std::string_view sentence, Fix& fix) {
-    FieldReader fields(sentence);
-    fields.skip(1);  // address
+    FieldReader fields = fieldsBehindCode(sentence);
     fix.time = fields.next();
     const bool isActive = fields.next().starts_with('A');
     readPosition(fields, fix);
@@ -169,8 +142,7 @@ void readRmc(std::string_view sentence, Fix& fix) {
 }
 
 void readGga(std::string_view sentence, Fix& fix) {
-    FieldReader fields(sentence);
-    fields.skip(1);  // address
+    FieldReader fields = fieldsBehindCode(sentence);
     if (fix.usesRmc) {
         fields.skip(5);  // time and position are those of RMC
     } else {

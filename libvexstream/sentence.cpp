@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <stdexcept>
 
+#include "libvexstream/internal/FieldReader.h"
 #include "libvexstream/internal/digits.h"
 #include "libvexstream/utc.h"
 
@@ -12,12 +13,10 @@ namespace vextrace {
 namespace {
 
 constexpr uint64_t NANOSECONDS_PER_SECOND = 1'000'000'000;
-constexpr size_t ADDRESS_SIZE = 6;  // "$", two characters of talker, three of type
+constexpr size_t WHOLE_SECONDS = 6;  // hhmmss
+constexpr size_t ADDRESS_SIZE = 6;   // "$", two characters of talker, three of type
 constexpr size_t TALKER_SIZE = 2;
 constexpr size_t CHECKSUM_SIZE = 3;  // "*hh"
-
-// The letters behind G that a message makes P.
-constexpr std::string_view SECOND_LETTERS = "ABILN";
 
 // A sentence that ends in "*hh", taken apart.
 struct Checked {
@@ -56,31 +55,36 @@ constexpr uint32_t type(std::string_view letters) {
     return number;
 }
 
-// type("RMC") of "$GPRMC,..."; 0 where the address is of another form, or proprietary.
+// type("RMC") of "$GPRMC,..."; that of none where the address is of another form, or proprietary.
 uint32_t typeOf(std::string_view sentence) {
     if (sentence.size() <= ADDRESS_SIZE || sentence[0] != '$' || sentence[1] == 'P' ||
         sentence[ADDRESS_SIZE] != ',') {
         return 0;
     }
-    const std::string_view address = sentence.substr(1, ADDRESS_SIZE - 1);
-    return std::any_of(address.begin(), address.end(), endsField)
-               ? 0
-               : type(address.substr(TALKER_SIZE));
+    const bool isShort = endsField(sentence[1]) || endsField(sentence[2]);
+    return isShort ? 0 : type(sentence.substr(1 + TALKER_SIZE, ADDRESS_SIZE - 1 - TALKER_SIZE));
 }
 
 // Whether the second letter of the talker may have been this one before it was stored. Q counts
 // where receivers send it most: elsewhere it would more often be a P with one flipped bit.
 bool isOtherTalker(std::string_view sentence, char letter) {
-    if (letter == 'Q') {
-        const uint32_t found = typeOf(sentence);
-        return found == type("GSV") || found == type("GSA");
+    switch (letter) {
+        case 'A':
+        case 'B':
+        case 'I':
+        case 'L':
+        case 'N':
+            return true;
+        case 'Q':
+            return typeOf(sentence) == type("GSV") || typeOf(sentence) == type("GSA");
+        default:
+            return false;
     }
-    return SECOND_LETTERS.find(letter) != std::string_view::npos;
 }
 
 // Of hhmmss.
 std::optional<unsigned> secondsOfDay(std::string_view text) {
-    if (text.size() != 6 || !isDigits(text)) {
+    if (text.size() != WHOLE_SECONDS || !isDigits(text)) {
         return std::nullopt;
     }
     const unsigned hour = number(text.substr(0, 2));
@@ -164,31 +168,30 @@ std::string_view withoutLineEnd(std::string_view sentence) {
 }
 
 std::string_view field(std::string_view sentence, size_t index) {
-    std::string_view rest = withoutLineEnd(sentence);
-    rest = rest.substr(0, rest.find('*'));
-    for (; index > 0; --index) {
-        const size_t comma = rest.find(',');
-        if (comma == std::string_view::npos) {
-            return {};
-        }
-        rest.remove_prefix(comma + 1);
-    }
-    return rest.substr(0, rest.find(','));
+    FieldReader fields(sentence);
+    fields.skip(index);
+    return fields.next();
 }
 
 std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
-    const std::string_view whole = text.substr(0, text.find('.'));
-    std::string_view fraction = text.substr(whole.size());
-    const std::optional<unsigned> seconds = secondsOfDay(whole);
-    if (!seconds || (!fraction.empty() && !isDigits(fraction.substr(1)))) {
+    const std::optional<unsigned> seconds = secondsOfDay(text.substr(0, WHOLE_SECONDS));
+    if (!seconds) {
         return std::nullopt;
     }
-    // Without its point, and without zeros at the end.
-    fraction = fraction.substr(fraction.empty() ? 0 : 1);
+    TimeOfDay time = {*seconds * NANOSECONDS_PER_SECOND,
+                      std::string(text.substr(0, WHOLE_SECONDS))};
+    if (text.size() == WHOLE_SECONDS) {
+        return time;
+    }
+    std::string_view fraction = text.substr(WHOLE_SECONDS + 1);
+    if (text[WHOLE_SECONDS] != '.' || !isDigits(fraction)) {
+        return std::nullopt;
+    }
     fraction = fraction.substr(0, fraction.find_last_not_of('0') + 1);
-    TimeOfDay time = {*seconds * NANOSECONDS_PER_SECOND + fractionToNanoseconds(fraction), {}};
-    time.digits.reserve(whole.size() + fraction.size());
-    time.digits.append(whole).append(fraction);
+    if (!fraction.empty()) {
+        time.nanoseconds += fractionToNanoseconds(fraction);
+        time.digits += fraction;
+    }
     return time;
 }
 
@@ -202,7 +205,7 @@ std::optional<TimeOfDay> timeOf(std::string_view sentence) {
         case type("ZDA"):
         case type("GST"):
         case type("GBS"):
-            return TimeOfDay::parse(field(sentence, 1));
+            return TimeOfDay::parse(FieldReader(sentence.substr(ADDRESS_SIZE + 1)).next());
         default:
             return std::nullopt;
     }
