@@ -1,10 +1,9 @@
 #include "libvexstream/EpochBuilder.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <utility>
 
+#include "libvexstream/internal/codeNumber.h"
 #include "libvexstream/utc.h"
 #include "libvextrace/InvalidMessageException.h"
 #include "libvexutil/datablock.h"
@@ -14,17 +13,17 @@ namespace vextrace {
 namespace {
 
 constexpr uint64_t HALF_A_DAY = uint64_t{12} * 3600 * 1'000'000'000;
-constexpr uint32_t NO_ENTRY = UINT32_MAX;
 // No receiver has so many; they are forgotten.
 constexpr size_t MOST_CODES = 4096;
 
-// The code of a sentence that ends in a line feed, as a number.
-uint64_t codeNumber(std::string_view sentence) {
-    std::array<char, sizeof(uint64_t)> code = {};
-    sentence.copy(code.data(), GPSTraceMessage::NMEA_CODE_SIZE);
-    uint64_t number = 0;
-    std::memcpy(&number, code.data(), sizeof(number));
-    return number;
+// Writes the header of a GPS message; gives the place behind it.
+uint8_t* writeHeader(uint8_t* dest, timeStamp_t stamp, size_t payload) {
+    constexpr size_t BEHIND_SIZE = MessageBase::MO_BASE_DERIVED - MessageBase::MSGSIZE_LENGTH;
+    uint16ToByteArray(static_cast<uint16_t>(BEHIND_SIZE + payload), dest + MessageBase::MO_MSGSIZE);
+    uint16ToByteArray(MSGID_GPS, dest + MessageBase::MO_MSGID);
+    uint16ToByteArray(0, dest + MessageBase::MO_HDRRESERVED);
+    uint64ToByteArray(stamp, dest + MessageBase::MO_TIMESTAMP);
+    return dest + MessageBase::MO_BASE_DERIVED;
 }
 
 }  // namespace
@@ -40,7 +39,7 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
                                       "EpochBuilder: No message has room for the sentence.",
                                       static_cast<uint16_t>(std::min<size_t>(size, UINT16_MAX)));
     }
-    const std::optional<TimeOfDay> time = timeOf(sentence);
+    std::optional<TimeOfDay> time = timeOf(sentence);
     const bool beginsEpoch = time && epochTime && !(*time == *epochTime);
     if (beginsEpoch || text.size() + size > PART_ROOM) {
         take();
@@ -56,7 +55,7 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
     sourceSendsRight |= checksum == Checksum::RIGHT;
     if (time) {
         ++timed;
-        noteTime(sentence, *time, checksum);
+        noteTime(sentence, *std::move(time), checksum);
     }
     collect(sentence);
     return part;
@@ -70,15 +69,13 @@ const EpochBuilder::Part& EpochBuilder::take() {
     part.stamp = stamp();
     part.sentences = entries.size();
     part.timedSentences = std::exchange(timed, 0);
-    part.messages = drafts.size();
+    part.messages = sizes.size();
     part.beginsEpoch = !epochGoesOn;
-    for (const Draft& draft : drafts) {
-        build(draft);
-    }
+    build();
     epochGoesOn = epochTime.has_value();
     text.clear();
     entries.clear();
-    drafts.clear();
+    sizes.clear();
     ++partNumber;
     return part;
 }
@@ -101,8 +98,8 @@ void EpochBuilder::endEpoch() {
     epochGoesOn = false;
 }
 
-void EpochBuilder::noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum) {
-    epochTime = time;
+void EpochBuilder::noteTime(std::string_view sentence, TimeOfDay time, Checksum checksum) {
+    epochTime = std::move(time);
     if (checksum == Checksum::RIGHT || !sourceSendsRight) {
         epochIsTrusted = true;
         epochDate = epochDate ? epochDate : dateOf(sentence);
@@ -116,32 +113,29 @@ void EpochBuilder::collect(std::string_view sentence) {
         text += '\n';
     }
     const size_t size = text.size() - begin;
-    if (text.compare(begin, 2, "$G") == 0) {
+    if (sentence.starts_with("$G")) {
         text[begin + 2] = 'P';  // as messages hold it
     }
-    Draft& draft = draftFor(codeNumber(std::string_view(text).substr(begin)), size);
-    const auto number = static_cast<uint32_t>(entries.size());
-    (draft.first == NO_ENTRY ? draft.first : entries[draft.last].next) = number;
-    draft.last = number;
-    draft.size += size;
-    entries.push_back({static_cast<uint32_t>(begin), static_cast<uint32_t>(size), NO_ENTRY});
+    const uint64_t code = codeNumber(std::string_view(text).substr(begin));
+    entries.push_back({messageFor(code, size), code, begin, size});
 }
 
 // The first one with room behind that of the last sentence of this code.
-EpochBuilder::Draft& EpochBuilder::draftFor(uint64_t code, size_t size) {
+size_t EpochBuilder::messageFor(uint64_t code, size_t size) {
     if (places.size() > MOST_CODES && isEmpty()) {
         places.clear();
     }
     Place& place = places[code];
     size_t number = place.part == partNumber ? place.next : 0;
-    while (number < drafts.size() && drafts[number].size + size > MESSAGE_ROOM) {
+    while (number < sizes.size() && sizes[number] + size > MESSAGE_ROOM) {
         ++number;
     }
-    if (number == drafts.size()) {
-        drafts.push_back({NO_ENTRY, NO_ENTRY, 0});
+    if (number == sizes.size()) {
+        sizes.push_back(0);
     }
+    sizes[number] += size;
     place = {partNumber, number + 1};
-    return drafts[number];
+    return number;
 }
 
 std::chrono::sys_days EpochBuilder::date() const {
@@ -162,23 +156,17 @@ timeStamp_t EpochBuilder::stamp() const {
 
 // The bytes are those that the library writes, without a message that would hold copies: header,
 // and the sentences in ascending order of their codes.
-void EpochBuilder::build(const Draft& draft) {
-    ordered.clear();
-    for (uint32_t number = draft.first; number != NO_ENTRY; number = entries[number].next) {
-        ordered.push_back(
-            std::string_view(text).substr(entries[number].begin, entries[number].size));
-    }
-    std::sort(ordered.begin(), ordered.end());
-    const size_t begin = part.bytes.size();
-    part.bytes.resize(begin + MessageBase::MO_BASE_DERIVED);
-    uint8_t* const header = part.bytes.data() + begin;
-    const size_t behindSize =
-        MessageBase::MO_BASE_DERIVED - MessageBase::MSGSIZE_LENGTH + draft.size;
-    uint16ToByteArray(static_cast<uint16_t>(behindSize), header + MessageBase::MO_MSGSIZE);
-    uint16ToByteArray(MSGID_GPS, header + MessageBase::MO_MSGID);
-    uint64ToByteArray(part.stamp, header + MessageBase::MO_TIMESTAMP);
-    for (const std::string_view sentence : ordered) {
-        part.bytes.insert(part.bytes.end(), sentence.begin(), sentence.end());
+void EpochBuilder::build() {
+    std::sort(entries.begin(), entries.end());
+    part.bytes.resize(text.size() + sizes.size() * MessageBase::MO_BASE_DERIVED);
+    uint8_t* dest = part.bytes.data();
+    auto entry = entries.cbegin();
+    for (size_t message = 0; message < sizes.size(); ++message) {
+        dest = writeHeader(dest, part.stamp, sizes[message]);
+        for (; entry != entries.cend() && entry->message == message; ++entry) {
+            dest =
+                std::copy_n(text.begin() + static_cast<ptrdiff_t>(entry->begin), entry->size, dest);
+        }
     }
 }
 

@@ -82,18 +82,16 @@ public:
     bool isEmpty() const { return entries.empty(); }
 
 private:
-    // A sentence, and the next one of the same message.
+    // A sentence, and the message that it goes into: in this order they are stored.
     struct Entry {
-        uint32_t begin;
-        uint32_t size;
-        uint32_t next;
-    };
+        size_t message;
+        uint64_t code;
+        size_t begin;
+        size_t size;
 
-    // A message that is not built yet.
-    struct Draft {
-        uint32_t first;
-        uint32_t last;
-        size_t size;  // as it is stored
+        bool operator<(const Entry& other) const {
+            return message != other.message ? message < other.message : code < other.code;
+        }
     };
 
     // Where the next sentence of a code may go, in the part with this number.
@@ -104,12 +102,12 @@ private:
 
     void clearPart();
     void endEpoch();
-    void noteTime(std::string_view sentence, const TimeOfDay& time, Checksum checksum);
+    void noteTime(std::string_view sentence, TimeOfDay time, Checksum checksum);
     void collect(std::string_view sentence);
-    Draft& draftFor(uint64_t code, size_t size);
+    size_t messageFor(uint64_t code, size_t size);
     std::chrono::sys_days date() const;
     timeStamp_t stamp() const;
-    void build(const Draft& draft);
+    void build();
 
     const StampSource source;
 
@@ -117,9 +115,8 @@ private:
     std::string text;  // its sentences, each with a line feed
     size_t timed = 0;  // of them
     std::vector<Entry> entries;
-    std::vector<Draft> drafts;
-    std::vector<std::string_view> ordered;  // the sentences of the draft that is built
-    std::map<uint64_t, Place> places;       // by code
+    std::vector<size_t> sizes;         // of its messages, what their sentences take
+    std::map<uint64_t, Place> places;  // by code
     uint64_t partNumber = 1;
 
     // The epoch in hand.

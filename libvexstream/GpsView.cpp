@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "libvexstream/internal/codeNumber.h"
 #include "libvextrace/MessageFactory.h"
 #include "libvexutil/datablock.h"
 
@@ -64,11 +65,11 @@ bool GpsView::readSentences(std::string_view payload) {
     if (payload.find('\0') != std::string_view::npos) {
         return false;
     }
-    std::string_view previous;
+    uint64_t previous = 0;
     while (!payload.empty()) {
         const size_t length = payload.find('\n') + 1;  // 0 where there is no line feed
         const std::string_view line = payload.substr(0, length);
-        const std::string_view code = codeOf(line);
+        const uint64_t code = codeNumber(line);
         if (length < 2 || hasForeignTalker(line) || code <= previous) {
             return false;
         }
