@@ -62,8 +62,9 @@ uint64_t wordAt(const char* bytes) {
 bool isPlain(uint64_t word) {
     constexpr uint64_t ONES = 0x0101010101010101;
     constexpr uint64_t HIGH_BITS = 0x80 * ONES;
-    const bool allBelowDelete = ((word | (word + ONES)) & HIGH_BITS) == 0;
-    return allBelowDelete && ((word + (0x80 - '+') * ONES) & HIGH_BITS) == HIGH_BITS;
+    const uint64_t fromDelete = word | (word + ONES);
+    const uint64_t upToStar = ~(word + (0x80 - '+') * ONES);
+    return ((fromDelete | upToStar) & HIGH_BITS) == 0;
 }
 
 // The exclusive or of the bytes of the word.
@@ -113,11 +114,14 @@ bool Framer::refill() {
 
 std::optional<Framer::Sentence> Framer::scan() {
     while (!checkedWaits) {
-        passOrdinary();
         if (position == bufferEnd || mustWait()) {
             return std::nullopt;
         }
         switch (kind(at(position))) {
+            case Kind::PRINTABLE:
+            case Kind::BINARY:
+                passOrdinary();
+                break;
             case Kind::START:
                 addToSum();
                 starts[sum] = position;
@@ -136,7 +140,7 @@ std::optional<Framer::Sentence> Framer::scan() {
                     return sentence;
                 }
                 break;
-            default:
+            case Kind::NUL:
                 lineStands = false;
                 ++position;
                 runBegin = position;
