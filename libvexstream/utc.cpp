@@ -21,32 +21,28 @@ bool fits(std::chrono::sys_days day) {
     return day >= std::chrono::sys_days() && day <= LAST_DAY;
 }
 
-// Writes the number with so many digits; gives the place behind them.
-char* writeDigits(char* place, uint64_t number, size_t count) {
-    for (size_t i = count; i > 0; --i) {
-        place[i - 1] = static_cast<char>('0' + number % 10);
-        number /= 10;
-    }
-    return place + count;
+// Writes a number of two digits and what stands behind it; gives the place behind that.
+char* writePair(char* place, unsigned number, char behind) {
+    place[0] = static_cast<char>('0' + number / 10);
+    place[1] = static_cast<char>('0' + number % 10);
+    place[2] = behind;
+    return place + 3;
 }
 
-char* writeDigitsAnd(char* place, uint64_t number, size_t count, char behind) {
-    place = writeDigits(place, number, count);
-    *place = behind;
-    return place + 1;
-}
-
-// With its point, without zeros at the end; nothing of a whole second.
+// With its point, without zeros at the end, and Z.
 char* writeFraction(char* place, uint64_t nanoseconds) {
-    if (nanoseconds == 0) {
-        return place;
+    constexpr size_t DIGITS = 9;
+    place[0] = '.';
+    for (size_t i = DIGITS; i > 0; --i) {
+        place[i] = static_cast<char>('0' + nanoseconds % 10);
+        nanoseconds /= 10;
     }
-    *place = '.';
-    place = writeDigits(place + 1, nanoseconds, 9);
-    while (place[-1] == '0') {
+    place += DIGITS;
+    while (*place == '0') {
         --place;
     }
-    return place;
+    place[1] = 'Z';
+    return place + 2;
 }
 
 std::optional<TimeOfDay> parseTime(std::string_view text) {
@@ -71,16 +67,19 @@ std::string utcText(timeStamp_t stamp) {
 char* writeUtc(char* dest, timeStamp_t stamp) {
     const std::chrono::year_month_day date{
         std::chrono::sys_days(std::chrono::days(stamp / NANOSECONDS_PER_DAY))};
-    const uint64_t seconds = stamp / NANOSECONDS_PER_SECOND % 86'400;
-    char* end = writeDigitsAnd(dest, static_cast<uint64_t>(static_cast<int>(date.year())), 4, '-');
-    end = writeDigitsAnd(end, static_cast<unsigned>(date.month()), 2, '-');
-    end = writeDigitsAnd(end, static_cast<unsigned>(date.day()), 2, 'T');
-    end = writeDigitsAnd(end, seconds / 3600, 2, ':');
-    end = writeDigitsAnd(end, seconds / 60 % 60, 2, ':');
-    end = writeDigits(end, seconds % 60, 2);
-    end = writeFraction(end, stamp % NANOSECONDS_PER_SECOND);
-    *end = 'Z';
-    return end + 1;
+    const auto year = static_cast<unsigned>(static_cast<int>(date.year()));
+    const auto seconds = static_cast<unsigned>(stamp / NANOSECONDS_PER_SECOND % 86'400);
+    char* end = writePair(dest, year / 100, '\0') - 1;  // the next two digits follow
+    end = writePair(end, year % 100, '-');
+    end = writePair(end, static_cast<unsigned>(date.month()), '-');
+    end = writePair(end, static_cast<unsigned>(date.day()), 'T');
+    end = writePair(end, seconds / 3600, ':');
+    end = writePair(end, seconds / 60 % 60, ':');
+    end = writePair(end, seconds % 60, 'Z');
+    if (const uint64_t fraction = stamp % NANOSECONDS_PER_SECOND; fraction != 0) {
+        end = writeFraction(end - 1, fraction);
+    }
+    return end;
 }
 
 std::optional<timeStamp_t> parseUtc(std::string_view text) {

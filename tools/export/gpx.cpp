@@ -122,7 +122,9 @@ private:
             point += "</fix>";
         }
         if (fix.satellites) {
-            append("<sat>", *fix.satellites, "</sat>");
+            point += "<sat>";
+            appendNumber(point, *fix.satellites);
+            point += "</sat>";
         }
         if (fix.hdop) {
             append("<hdop>", *fix.hdop, "</hdop>");

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <limits>
 
 #include "libvexstream/utc.h"
 
@@ -38,14 +39,19 @@ uint64_t rounded(double number) {
     return static_cast<uint64_t>(above);
 }
 
+// Gives the place behind it.
+char* writeInteger(char* dest, uint64_t number) {
+    return fmt::format_to(dest, FMT_COMPILE("{}"), number);
+}
+
 // Appends number / 10^DECIMALS, without zeros at the end.
 template <unsigned DECIMALS>
 void appendScaled(TextBuffer& text, bool isNegative, uint64_t number) {
+    constexpr uint64_t ONE = powerOfTen(DECIMALS);
     char* const dest = text.room(LONGEST_SCALED);
     *dest = '-';
-    char* end = dest + (isNegative ? 1 : 0);
-    end = std::to_chars(end, dest + LONGEST_SCALED, number / powerOfTen(DECIMALS)).ptr;
-    if (uint64_t fraction = number % powerOfTen(DECIMALS); fraction != 0) {
+    char* end = writeInteger(dest + (isNegative ? 1 : 0), number / ONE);
+    if (uint64_t fraction = number % ONE; fraction != 0) {
         *end = '.';
         for (unsigned i = DECIMALS; i > 0; --i) {
             end[i] = static_cast<char>('0' + fraction % 10);
@@ -98,6 +104,11 @@ void appendShortest(TextBuffer& text, double number) {
 }
 
 }  // namespace
+
+void appendInteger(TextBuffer& text, uint64_t number) {
+    constexpr size_t DIGITS = std::numeric_limits<uint64_t>::digits10 + 1;
+    text.endAt(writeInteger(text.room(DIGITS), number));
+}
 
 void appendNumber(TextBuffer& text, double number) {
     if (number == 0 && std::signbit(number)) {

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <charconv>
 #include <concepts>
-#include <cstddef>
-#include <limits>
+#include <cstdint>
 
 #include "libvextrace/MessageBase.h"
 #include "tools/io/TextBuffer.h"
@@ -23,10 +21,10 @@ void appendDegrees(TextBuffer& text, double degrees);
 /// Appends a time as utcText() gives it.
 void appendUtc(TextBuffer& text, timeStamp_t stamp);
 
+void appendInteger(TextBuffer& text, uint64_t number);
+
 void appendNumber(TextBuffer& text, std::unsigned_integral auto number) {
-    constexpr size_t DIGITS = std::numeric_limits<decltype(number)>::digits10 + 1;
-    char* const dest = text.room(DIGITS);
-    text.endAt(std::to_chars(dest, dest + DIGITS, number).ptr);
+    appendInteger(text, number);
 }
 
 }  // namespace vextrace::tools
