@@ -1,6 +1,5 @@
 #include "libvexstream/GpsView.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "libvexstream/internal/codeNumber.h"
@@ -90,10 +89,14 @@ void GpsView::view(const GPSTraceMessage& message) {
 }
 
 std::string_view GpsView::getSentence(std::string_view code) const {
-    const auto place =
-        std::find_if(sentences.begin(), sentences.end(),
-                     [code](std::string_view sentence) { return codeOf(sentence) == code; });
-    return place != sentences.end() ? *place : std::string_view();
+    for (const std::string_view sentence : sentences) {
+        const std::string_view found = codeOf(sentence);
+        // Most codes differ in their last letters, which takes no call to see.
+        if (!code.empty() && found.back() == code.back() && found == code) {
+            return sentence;
+        }
+    }
+    return {};
 }
 
 bool GpsView::hasNmeaDataType(GPSTraceMessage::nmeaDataType_t type) const {
