@@ -39,7 +39,9 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
                                       "EpochBuilder: No message has room for the sentence.",
                                       static_cast<uint16_t>(std::min<size_t>(size, UINT16_MAX)));
     }
-    std::optional<TimeOfDay> time = timeOf(sentence);
+    const std::string_view sent = timeField(sentence);
+    const bool saysAgain = epochTime && sent == sentTime;
+    std::optional<TimeOfDay> time = saysAgain ? std::nullopt : TimeOfDay::parse(sent);
     const bool beginsEpoch = time && epochTime && !(*time == *epochTime);
     if (beginsEpoch || text.size() + size > PART_ROOM) {
         take();
@@ -54,8 +56,12 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
     }
     sourceSendsRight |= checksum == Checksum::RIGHT;
     if (time) {
+        epochTime = std::move(time);
+        sentTime = sent;
+    }
+    if (time || saysAgain) {
         ++timed;
-        noteTime(sentence, *std::move(time), checksum);
+        noteTimed(sentence, checksum);
     }
     collect(sentence);
     return part;
@@ -98,8 +104,7 @@ void EpochBuilder::endEpoch() {
     epochGoesOn = false;
 }
 
-void EpochBuilder::noteTime(std::string_view sentence, TimeOfDay time, Checksum checksum) {
-    epochTime = std::move(time);
+void EpochBuilder::noteTimed(std::string_view sentence, Checksum checksum) {
     if (checksum == Checksum::RIGHT || !sourceSendsRight) {
         epochIsTrusted = true;
         epochDate = epochDate ? epochDate : dateOf(sentence);

@@ -102,7 +102,7 @@ private:
 
     void clearPart();
     void endEpoch();
-    void noteTime(std::string_view sentence, TimeOfDay time, Checksum checksum);
+    void noteTimed(std::string_view sentence, Checksum checksum);
     void collect(std::string_view sentence);
     size_t messageFor(uint64_t code, size_t size);
     std::chrono::sys_days date() const;
@@ -123,6 +123,7 @@ private:
     bool epochGoesOn = false;  // a part of it was given out
     timeStamp_t epochArrival = 0;
     std::optional<TimeOfDay> epochTime;
+    std::string sentTime;  // as it was sent last, for most sentences of an epoch send the same
     std::optional<std::chrono::sys_days> epochDate;  // of a trusted sentence
     bool epochIsTrusted = false;                     // it has a trusted sentence
 

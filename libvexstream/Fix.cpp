@@ -63,7 +63,7 @@ std::optional<double> readNumber(FieldReader& fields) {
         return std::nullopt;
     }
     return digits < std::size(POWERS_OF_TEN) && DIVISION_ROUNDS_ONCE
-               ? static_cast<double>(value) / POWERS_OF_TEN[decimals]
+               ? static_cast<double>(static_cast<int64_t>(value)) / POWERS_OF_TEN[decimals]
                : toDouble(text);
 }
 

@@ -195,20 +195,24 @@ std::optional<TimeOfDay> TimeOfDay::parse(std::string_view text) {
     return time;
 }
 
-std::optional<TimeOfDay> timeOf(std::string_view sentence) {
+std::string_view timeField(std::string_view sentence) {
     switch (typeOf(sentence)) {
         case type("GLL"):
-            return TimeOfDay::parse(field(sentence, 5));
+            return field(sentence, 5);
         case type("RMC"):
         case type("GGA"):
         case type("GNS"):
         case type("ZDA"):
         case type("GST"):
         case type("GBS"):
-            return TimeOfDay::parse(FieldReader(sentence.substr(ADDRESS_SIZE + 1)).next());
+            return FieldReader(sentence.substr(ADDRESS_SIZE + 1)).next();
         default:
-            return std::nullopt;
+            return {};
     }
+}
+
+std::optional<TimeOfDay> timeOf(std::string_view sentence) {
+    return TimeOfDay::parse(timeField(sentence));
 }
 
 std::optional<std::chrono::sys_days> dateOf(std::string_view sentence) {

@@ -69,6 +69,10 @@ struct VEXSTREAM_EXPORT TimeOfDay {
     bool operator==(const TimeOfDay& other) const { return digits == other.digits; }
 };
 
+/// The field with the time of day, whatever it holds, of a sentence that timeOf() knows; empty for
+/// every other.
+VEXSTREAM_EXPORT std::string_view timeField(std::string_view sentence);
+
 /// The time of a timed sentence: RMC, GGA, GNS, GLL, ZDA, GST or GBS of any talker but the
 /// proprietary ones, with a valid time. Nothing for every other sentence.
 VEXSTREAM_EXPORT std::optional<TimeOfDay> timeOf(std::string_view sentence);
