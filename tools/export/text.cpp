@@ -36,7 +36,7 @@ constexpr uint64_t powerOfTen(unsigned exponent) {
 // Of a number that is not negative.
 uint64_t rounded(double number) {
     const double above = number + 0.5;
-    return static_cast<uint64_t>(above);
+    return static_cast<uint64_t>(static_cast<int64_t>(above));  // faster than without a sign
 }
 
 // Gives the place behind it.
@@ -83,7 +83,7 @@ bool appendFewDecimals(TextBuffer& text, double number) {
         return false;
     }
     const uint64_t millionths = rounded(scaled);
-    if (static_cast<double>(millionths) / SCALE != std::fabs(number)) {
+    if (static_cast<double>(static_cast<int64_t>(millionths)) / SCALE != std::fabs(number)) {
         return false;
     }
     if (millionths % 1000 == 0) {  // as of most
