@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <string_view>
 
+#include "libvexstream/internal/repetition.h"
 #include "libvexstream/utc.h"
 
 namespace vextrace {
@@ -16,7 +16,7 @@ constexpr size_t HEADER = MessageBase::MO_BASE_DERIVED;
 // Of 65,536 ids 85 have a name. Binary data are full of zeros, whatever they mean: one number in
 // four is 0 there, and hardly one message in thirty is a marker. An eighth of all ids is free for
 // types of one's own, and so may be an eighth of all messages. Of a thousand messages hardly one
-// has any other id.
+// has any other id, unless the next one has it, too.
 constexpr int OF_NAMED_ID = 9;
 constexpr int OF_MARKER = -3;
 constexpr int OF_FREE_ID = 0;
@@ -31,9 +31,11 @@ constexpr int MOST_OF_LENGTH = 6;
 // nanoseconds, and 25 where they are within nine minutes, but what counts is like that, too; so is
 // what repeats. Small numbers are near one another everywhere, and 0 is no time. A recorder tells a
 // time of day or a date of its days; other times are near only as texts and code are like others of
-// their kind. Its clock jumps once in tens of thousands of messages at most.
+// their kind. Between minutes and an hour neither is likelier. Its clock jumps farther once
+// in tens of thousands of messages at most.
 constexpr timeStamp_t NEAR = timeStamp_t{1} << 33;
-constexpr timeStamp_t FAR = timeStamp_t{1} << 39;
+constexpr timeStamp_t LIKE = timeStamp_t{1} << 39;
+constexpr timeStamp_t FAR = timeStamp_t{1} << 42;
 constexpr int OF_NEAR_TIME = 24;
 constexpr int OF_LIKE_TIME = 8;
 constexpr int OF_FAR_TIME = Evidence::OF_NOTHING_BEHIND;
@@ -43,9 +45,6 @@ constexpr int OF_ANOTHER_RESERVED = -6;
 
 // Six bytes and more of the header that were there already: 48 bits that a message has by chance.
 constexpr int OF_REPETITION = -40;
-
-// So many bytes are compared to tell a message that is sent again from a like one.
-constexpr size_t EYE = 64;
 
 // By chance a payload holds no NUL byte, ends in a line feed and has its lines in order in one of
 // some 2^16 cases at best, each letter of it is printable in one of three, and its first two bytes
@@ -125,7 +124,7 @@ int ofTimes(timeStamp_t a, timeStamp_t b) {
     if (high - low >= FAR) {
         return OF_FAR_TIME;
     }
-    if (low <= FAR) {
+    if (low <= LIKE || high - low >= LIKE) {
         return 0;
     }
     return a == b || high - low >= NEAR || !isOfARecorder(low) ? OF_LIKE_TIME : OF_NEAR_TIME;
@@ -141,36 +140,6 @@ int ofNeighbour(const uint8_t* header, const uint8_t* other) {
     const bool isSame = number16(header + MessageBase::MO_HDRRESERVED) ==
                         number16(other + MessageBase::MO_HDRRESERVED);
     return ofTimes(stampOf(header), stampOf(other)) + (isSame ? 0 : OF_ANOTHER_RESERVED);
-}
-
-bool repeats(const uint8_t* header, size_t period, size_t count) {
-    return std::memcmp(header, header + period, count - period) == 0;
-}
-
-// Whether the type and the upper bytes of the time stand once more in the first bytes behind their
-// header: so they do in a run of headers, and behind a size field that is too large.
-bool hasHeaderAgain(const uint8_t* header, size_t length) {
-    constexpr size_t UPPER_OF_TIME = 3;
-    constexpr size_t COUNT = MessageBase::MO_TIMESTAMP - MessageBase::MO_MSGID + UPPER_OF_TIME;
-    const std::string_view behind(reinterpret_cast<const char*>(header + HEADER),
-                                  std::min(length - HEADER, EYE));
-    const std::string_view front(reinterpret_cast<const char*>(header + MessageBase::MO_MSGID),
-                                 COUNT);
-    return behind.find(front) != std::string_view::npos;
-}
-
-// Bytes that repeat are all over other data, and what they seem to say repeats with them.
-bool isPeriodic(const uint8_t* header) {
-    if (repeats(header, 1, MessageBase::MO_TIMESTAMP) ||
-        repeats(header, 2, MessageBase::MO_TIMESTAMP)) {
-        return true;
-    }
-    for (size_t period = 3; period <= 10; ++period) {
-        if (header[period] == header[0] && repeats(header, period, HEADER)) {
-            return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace
@@ -240,9 +209,10 @@ int Evidence::ofMessage(uint64_t offset, size_t length) {
 
 // Without regard to what else the message holds.
 int Evidence::ofContent(uint64_t offset, size_t length) {
-    const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
+    const uint8_t* const header = window.at(offset);
+    const uint16_t id = number16(header + MessageBase::MO_MSGID);
     const int bits = ID_BITS[id] + ofLength(length);
-    if (bits > 0 && isPeriodic(window.at(offset))) {
+    if (bits > 0 && isPeriodic(header)) {
         return OF_REPETITION;
     }
     if (id != MSGID_GPS) {
@@ -287,24 +257,25 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
 
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
+    const uint8_t* const header = window.at(offset);
     const bool leadsOn = hasHeader(next);
     const int own = ofMessage(offset, length);
     if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
         return std::min(own, 0);  // the rest says the last of them
     }
-    int bits = own + ofNext(offset, length);
     // Ids that change from message to message are no types, whatever else is like messages.
-    const uint8_t* const header = window.at(offset);
-    const bool isType =
-        idOf(header) > OF_FREE_ID || (leadsOn && haveSameId(header, window.at(next)));
+    const bool isSame = leadsOn && haveSameId(header, window.at(next));
+    const bool isType = idOf(header) > OF_FREE_ID || isSame;
+    const bool isNew = isSame && idOf(header) == OF_UNKNOWN_ID;
+    int bits = own + ofNext(offset, length) - (isNew ? OF_UNKNOWN_ID : 0);
     if (bits < 0 && isType && mayHold(offset)) {
         bits += ofHeld(offset, length);
     }
-    if (!isType || bits <= 0) {
-        return std::min(bits, 0);
+    // What has evidence of its own was asked for that; what has no type and a far time is in doubt.
+    if (own <= 0 && bits > OF_UNKNOWN_ID + OF_FAR_TIME && isRepetition(offset, length)) {
+        return OF_REPETITION;
     }
-    // What has evidence of its own was asked for that.
-    return own <= 0 && isRepetition(offset, length) ? OF_REPETITION : bits;
+    return isType ? bits : std::min(bits, 0);
 }
 
 bool Evidence::speaksFor(uint64_t offset, size_t length) {
@@ -327,7 +298,7 @@ bool Evidence::mayHold(uint64_t offset) {
     }
 }
 
-// Of the messages that are the payload of this one.
+// Of the messages that are the payload of this one. One that is none tells that it is no chain.
 int Evidence::ofHeld(uint64_t offset, size_t length) {
     const uint64_t end = offset + length;
     int bits = 0;
@@ -336,7 +307,13 @@ int Evidence::ofHeld(uint64_t offset, size_t length) {
         if (innerLength == 0 || innerLength > end - inner) {
             return 0;
         }
-        bits = std::min(bits + ofContent(inner, innerLength), OF_SENTENCES);
+        const bool isLast = innerLength == end - inner;
+        const int more =
+            ofContent(inner, innerLength) + (isLast ? 0 : std::min(ofNext(inner, innerLength), 0));
+        if (more <= OF_NOTHING_BEHIND) {
+            return 0;
+        }
+        bits = std::min(bits + more, OF_SENTENCES);
         inner += innerLength;
     }
     return std::max(bits, 0);

@@ -174,20 +174,41 @@ TEST(TraceDivisionTest, KeepsNothingOfTextAndOfSentencesThatAreNotInMessages) {
     EXPECT_EQ(keptOf(repeated({message.begin() + 14, message.end()}, 200'000)), 0U);
 }
 
-TEST(TraceDivisionTest, KeepsNothingOfRunsOfHeaders) {
+namespace {
+
+// Headers of the ids in turn, whose sizes are \p size, or any where it is 0.
+TraceBytes runOfHeaders(const std::vector<unsigned>& ids, unsigned size, uint64_t step) {
     std::mt19937_64 random(2);
+    TraceBytes run;
+    for (unsigned i = 0; i < 3000; ++i) {
+        const auto id = static_cast<uint16_t>(ids[i % ids.size()]);
+        TraceBytes header = messageOf(id, STAMP + i * step, "");
+        const auto any = static_cast<unsigned>(random() % 65'536);
+        uint16ToByteArray(static_cast<uint16_t>(size == 0 ? any : size), header.data());
+        run.insert(run.end(), header.begin(), header.end());
+    }
+    return run;
+}
+
+}  // namespace
+
+TEST(TraceDivisionTest, KeepsNothingOfRunsOfHeaders) {
     for (const unsigned id : {0U, 1U, 2U, 22U, 0x1234U, 0xC123U}) {
         for (const unsigned size : {300U, 1000U, 40'000U, 65'535U, 0U}) {
-            for (const uint64_t step : {uint64_t{0}, uint64_t{1}, SECOND / 1000}) {
-                TraceBytes run;
-                for (unsigned i = 0; i < 3000; ++i) {
-                    TraceBytes header = messageOf(static_cast<uint16_t>(id), STAMP + i * step, "");
-                    const auto any = static_cast<unsigned>(random() % 65'536);
-                    uint16ToByteArray(static_cast<uint16_t>(size == 0 ? any : size), header.data());
-                    run.insert(run.end(), header.begin(), header.end());
-                }
-                EXPECT_EQ(keptOf(run), 0U) << id << ' ' << size << ' ' << step;
+            for (const uint64_t step : {uint64_t{0}, uint64_t{1}, SECOND / 1000, SECOND}) {
+                EXPECT_EQ(keptOf(runOfHeaders({id}, size, step)), 0U)
+                    << id << ' ' << size << ' ' << step;
             }
+        }
+    }
+}
+
+// Their size fields lead to another header of the run.
+TEST(TraceDivisionTest, KeepsNothingOfRunsOfHeadersOfSeveralTypes) {
+    for (const unsigned size : {3 * 14 - 2U, 100 * 14 - 2U, 4000 * 14 - 2U}) {
+        for (const uint64_t step : {uint64_t{0}, SECOND / 1000, SECOND}) {
+            EXPECT_EQ(keptOf(runOfHeaders({1, 2, 4, 5, 0x1234}, size, step)), 0U)
+                << size << ' ' << step;
         }
     }
 }
@@ -253,6 +274,32 @@ TEST(TraceDivisionTest, TouchesNoSoundTrace) {
     }
 }
 
+// Of whatever little speaks for it: a clock that begins at 0 or shows no date, messages that are
+// minutes apart, a type without a name, payloads that are zeros or noise.
+TEST(TraceDivisionTest, TouchesNoTraceOfFewTypesWhateverItsTimesAndPayloads) {
+    std::mt19937_64 random(5);
+    for (const std::vector<unsigned>& ids : std::vector<std::vector<unsigned>>{
+             {0}, {1, 4, 8}, {12}, {0x1234}, {0xC001, 0xD123, 0xC444}}) {
+        for (const uint64_t start : {uint64_t{1000}, 5 * SECOND, 36'000 * SECOND, STAMP}) {
+            for (const uint64_t step : {uint64_t{1000}, SECOND, 1000 * SECOND}) {
+                for (const size_t size : {size_t{0}, size_t{8}, size_t{60}, size_t{9000}}) {
+                    for (const bool isNoise : {false, true}) {
+                        Messages sound;
+                        for (unsigned i = 0; i < 20; ++i) {
+                            const TraceBytes payload =
+                                isNoise ? noise(random, size) : TraceBytes(size);
+                            sound.push_back(messageOf(static_cast<uint16_t>(ids[i % ids.size()]),
+                                                      start + i * step, textOf(payload)));
+                        }
+                        EXPECT_TRUE(kept(joined(sound)) == sound)
+                            << ids[0] << ' ' << start << ' ' << step << ' ' << size << isNoise;
+                    }
+                }
+            }
+        }
+    }
+}
+
 // Each holds the next one and nothing else.
 TEST(TraceDivisionTest, TouchesNoContainersInContainersHoweverDeep) {
     TraceBytes nest = fix(0);
@@ -292,6 +339,22 @@ TEST(TraceDivisionTest, AMessageThatEndsInOthersIsNoneWhateverIsBehindIt) {
         EXPECT_EQ(std::find(found.begin(), found.end(), swallower), found.end());
         expectSoundAgain(found);
     }
+}
+
+// Messages of which one has no type and a far time are no payload of a frame, though they lead to
+// its end: the frame's size field is wrong.
+TEST(TraceDivisionTest, AMessageThatEndsBehindAnotherOneDoesNotHoldIt) {
+    const Messages front = fixes(0, 10);
+    const Messages behind = fixes(20, 40);
+    const std::string again = "\x12" + textOf(messageOf(8, STAMP + 11 * SECOND, "")).substr(2);
+    const TraceBytes junk = messageOf(0x29EC, 0x1234567890ABCDEF, again);
+    TraceBytes frame = messageOf(8, STAMP + 11 * SECOND, textOf(junk));
+    const size_t wrong = frame.size() + sizeOf(fixes(20, 30)) - 2;
+    uint16ToByteArray(static_cast<uint16_t>(wrong), frame.data());
+    const TraceBytes noBeginning(3, 0xFF);
+    Messages sound = front;
+    sound.insert(sound.end(), behind.begin(), behind.end());
+    EXPECT_TRUE(kept(joined({joined(front), noBeginning, frame, joined(behind)})) == sound);
 }
 
 TEST(TraceDivisionTest, OneDamageCostsAtMostTheTwoFixesThatItTouches) {
