@@ -122,23 +122,24 @@ void EpochBuilder::collect(std::string_view sentence) {
         text[begin + 2] = 'P';  // as messages hold it
     }
     const uint64_t code = codeNumber(std::string_view(text).substr(begin));
-    entries.push_back({messageFor(code, size), code, begin, size});
+    entries.push_back(
+        {code, messageFor(code, size), static_cast<uint32_t>(begin), static_cast<uint32_t>(size)});
 }
 
 // The first one with room behind that of the last sentence of this code.
-size_t EpochBuilder::messageFor(uint64_t code, size_t size) {
+uint32_t EpochBuilder::messageFor(uint64_t code, size_t size) {
     if (places.size() > MOST_CODES && isEmpty()) {
         places.clear();
     }
     Place& place = places[code];
-    size_t number = place.part == partNumber ? place.next : 0;
+    uint32_t number = place.part == partNumber ? place.next : 0;
     while (number < sizes.size() && sizes[number] + size > MESSAGE_ROOM) {
         ++number;
     }
     if (number == sizes.size()) {
         sizes.push_back(0);
     }
-    sizes[number] += size;
+    sizes[number] += static_cast<uint32_t>(size);
     place = {partNumber, number + 1};
     return number;
 }
@@ -166,7 +167,7 @@ void EpochBuilder::build() {
     part.bytes.resize(text.size() + sizes.size() * MessageBase::MO_BASE_DERIVED);
     uint8_t* dest = part.bytes.data();
     auto entry = entries.cbegin();
-    for (size_t message = 0; message < sizes.size(); ++message) {
+    for (uint32_t message = 0; message < sizes.size(); ++message) {
         dest = writeHeader(dest, part.stamp, sizes[message]);
         for (; entry != entries.cend() && entry->message == message; ++entry) {
             dest =

@@ -84,10 +84,10 @@ public:
 private:
     // A sentence, and the message that it goes into: in this order they are stored.
     struct Entry {
-        size_t message;
         uint64_t code;
-        size_t begin;
-        size_t size;
+        uint32_t message;
+        uint32_t begin;
+        uint32_t size;
 
         bool operator<(const Entry& other) const {
             return message != other.message ? message < other.message : code < other.code;
@@ -97,14 +97,14 @@ private:
     // Where the next sentence of a code may go, in the part with this number.
     struct Place {
         uint64_t part;
-        size_t next;
+        uint32_t next;
     };
 
     void clearPart();
     void endEpoch();
     void noteTimed(std::string_view sentence, Checksum checksum);
     void collect(std::string_view sentence);
-    size_t messageFor(uint64_t code, size_t size);
+    uint32_t messageFor(uint64_t code, size_t size);
     std::chrono::sys_days date() const;
     timeStamp_t stamp() const;
     void build();
@@ -115,7 +115,7 @@ private:
     std::string text;  // its sentences, each with a line feed
     size_t timed = 0;  // of them
     std::vector<Entry> entries;
-    std::vector<size_t> sizes;         // of its messages, what their sentences take
+    std::vector<uint32_t> sizes;       // of its messages, what their sentences take
     std::map<uint64_t, Place> places;  // by code
     uint64_t partNumber = 1;
 
