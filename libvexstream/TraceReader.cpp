@@ -184,7 +184,7 @@ TraceItem TraceReader::State::incomplete(size_t length) {
 TraceItem TraceReader::State::takeGps(size_t length) {
     const bool isKept = division.keeps(position, length);
     const std::span<const uint8_t> message(window.at(position), length);
-    if (holdsNul(message.subspan(MessageBase::MO_BASE_DERIVED))) {
+    if (!isKept && holdsNul(message.subspan(MessageBase::MO_BASE_DERIVED))) {
         return beginDamage("the GPS message holds a NUL byte");
     }
     if (const auto error = gps.read(message)) {

@@ -53,7 +53,7 @@ void Division::setBefore(uint64_t offset) {
 }
 
 bool Division::keeps(uint64_t offset, size_t length) {
-    if (swallows(offset, length)) {
+    if (evidence.lengthAt(offset) == 0 || swallows(offset, length)) {
         return false;
     }
     const Chain chain = follow(offset);

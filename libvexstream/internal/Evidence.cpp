@@ -177,13 +177,13 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
     const std::span<const uint8_t> payload(window.at(offset) + HEADER, length - HEADER);
     const auto isLineFeed = [](uint8_t byte) { return byte == '\n'; };
     entry = {offset, length, Payload::LOOSE};
-    if (holdsNul(payload) || std::all_of(payload.begin(), payload.end(), isLineFeed)) {
+    if (isCanonical(payload)) {
+        const bool isSentence = (payload[0] == '$' || payload[0] == '!') && payload.size() > 2;
+        entry.payload = isSentence ? Payload::SENTENCES : Payload::LINES;
+    } else if (holdsNul(payload) || std::all_of(payload.begin(), payload.end(), isLineFeed)) {
         entry.payload = Payload::UNREADABLE;
     } else if (payload.back() != '\n') {
         entry.payload = Payload::CUT;
-    } else if (isCanonical(payload)) {
-        const bool isSentence = (payload[0] == '$' || payload[0] == '!') && payload.size() > 2;
-        entry.payload = isSentence ? Payload::SENTENCES : Payload::LINES;
     }
     return entry.payload;
 }

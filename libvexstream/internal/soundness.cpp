@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "libvextrace/GPSTraceMessage.h"
+#include "libvexstream/internal/codeNumber.h"
 
 namespace vextrace {
 
@@ -17,10 +17,10 @@ bool isCanonical(std::span<const uint8_t> payload) {
         return false;
     }
     std::string_view rest(reinterpret_cast<const char*>(payload.data()), payload.size());
-    std::string_view previous;
+    uint64_t previous = 0;
     while (!rest.empty()) {
         const std::string_view line = rest.substr(0, rest.find('\n') + 1);
-        const std::string_view code = line.substr(0, GPSTraceMessage::NMEA_CODE_SIZE);
+        const uint64_t code = codeNumber(line);
         if (line.size() == 1 || code <= previous) {
             return false;
         }

@@ -21,7 +21,7 @@ public:
 
     void begin() override {
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
-            names[i] = ",\"" + std::string(COLUMNS[i].name) + "\":";
+            names[i] = ",\"" + std::string(COLUMNS[i].name) + (COLUMNS[i].isText ? "\":\"" : "\":");
         }
     }
 
@@ -42,21 +42,19 @@ public:
     }
 
 private:
+    // Behind its name.
     static void appendValue(TextBuffer& line, const Column& column, const Fix& fix) {
         const size_t begin = line.size();
-        if (column.isText) {
-            line += '"';
-        }
         if (!column.append(line, fix)) {
-            line.truncate(begin);
+            line.truncate(begin - (column.isText ? 1 : 0));
             line += "null";
         } else if (column.isText) {
             line += '"';
         }
     }
 
-    std::string trace;  // how its lines begin
-    std::array<std::string, COLUMNS.size()> names;
+    std::string trace;                              // how its lines begin
+    std::array<std::string, COLUMNS.size()> names;  // with the quotation mark of a text
 };
 
 }  // namespace
