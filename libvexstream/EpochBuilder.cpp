@@ -55,13 +55,13 @@ const EpochBuilder::Part& EpochBuilder::add(std::string_view sentence, Checksum 
         epochArrival = arrival;
     }
     sourceSendsRight |= checksum == Checksum::RIGHT;
-    if (time) {
-        epochTime = std::move(time);
-        sentTime = sent;
-    }
     if (time || saysAgain) {
         ++timed;
         noteTimed(sentence, checksum);
+    }
+    if (time) {
+        epochTime = std::move(time);
+        sentTime = sent;
     }
     collect(sentence);
     return part;
