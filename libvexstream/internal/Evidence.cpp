@@ -31,8 +31,8 @@ constexpr int MOST_OF_LENGTH = 6;
 // nanoseconds, and 25 where they are within nine minutes, but what counts is like that, too; so is
 // what repeats. Small numbers are near one another everywhere, and 0 is no time. A recorder tells a
 // time of day or a date of its days; other times are near only as texts and code are like others of
-// their kind. Between minutes and an hour neither is likelier. Its clock jumps farther once
-// in tens of thousands of messages at most.
+// their kind. Between minutes and an hour neither is likelier; its clock jumps farther once in tens
+// of thousands of messages at most.
 constexpr timeStamp_t NEAR = timeStamp_t{1} << 33;
 constexpr timeStamp_t LIKE = timeStamp_t{1} << 39;
 constexpr timeStamp_t FAR = timeStamp_t{1} << 42;
