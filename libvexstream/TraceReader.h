@@ -56,8 +56,9 @@ struct TraceRange {
 /// messages of any trace, written back to back, are a sound one, but for some that leave doubt by
 /// themselves, such as containers that are cut. A damaged place costs at most the two messages that
 /// it touches; of a type other than GPS, whose payload cannot be checked, where five sound messages
-/// stand behind it. A size field of such a type may be changed to lead to the end of a later
-/// message: nobody can tell that message from one that holds the others.
+/// stand behind it, their stamps with a date or a time of day and minutes apart at most. A size
+/// field of such a type may be changed to lead to the end of a later message: nobody can tell that
+/// message from one that holds the others.
 ///
 ///     MemorySource bytes(trace);
 ///     TraceReader reader(bytes);
