@@ -9,6 +9,7 @@ namespace {
 
 // How many messages a chain is followed, and how far it may take to lead on again.
 constexpr unsigned MOST_MESSAGES = 8;
+constexpr unsigned MOST_TO_BEGIN = 16;
 constexpr uint64_t REACH = 2 * LONGEST_MESSAGE;
 static_assert(REACH + (MOST_MESSAGES + 1) * LONGEST_MESSAGE <= TraceWindow::ROOM,
               "what is behind a chain that leads on again, from each of its bytes");
@@ -207,7 +208,8 @@ Soundness Division::isBeginning(uint64_t offset) {
         return Soundness::UNSOUND;
     }
     int bits = 0;
-    for (unsigned i = 0; i < MOST_MESSAGES; ++i) {
+    const uint64_t limit = offset + MOST_MESSAGES * LONGEST_MESSAGE;
+    for (unsigned i = 0; i < MOST_TO_BEGIN && offset < limit; ++i) {
         const size_t length = evidence.lengthAt(offset);
         if (length == 0) {
             return growing && evidence.isIncomplete(offset) ? Soundness::UNDECIDED

@@ -21,6 +21,31 @@ bool isAll(std::string_view bytes, char byte) {
     return bytes.find_first_not_of(byte) == std::string_view::npos;
 }
 
+// Searched by the id's second byte: zeros, with which the others mostly begin, are all over.
+bool holdsTypeAndTime(std::string_view payload, std::string_view typeAndTime) {
+    for (size_t at = 0; at + typeAndTime.size() <= payload.size(); ++at) {
+        if (payload[at + 1] == typeAndTime[1] &&
+            payload.substr(at, typeAndTime.size()) == typeAndTime) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether the time of a header stands again, behind the type or in steps.
+bool holdsTime(std::string_view front, std::string_view type, std::string_view time) {
+    constexpr size_t FIRST = MessageBase::MO_BASE_DERIVED + TYPE;
+    for (size_t at = front.find(time, FIRST); at != std::string_view::npos;
+         at = front.find(time, at + 1)) {
+        const size_t inStep = at + at - MessageBase::MO_TIMESTAMP;
+        if (front.substr(at - TYPE, TYPE) == type ||
+            (inStep < front.size() && front.substr(inStep, UPPER_OF_TIME) == time)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 bool isPeriodic(const uint8_t* header) {
@@ -37,23 +62,16 @@ bool isPeriodic(const uint8_t* header) {
 }
 
 bool hasHeaderAgain(const uint8_t* header, size_t length) {
+    constexpr size_t PAYLOAD = MessageBase::MO_BASE_DERIVED;
     const std::string_view front(reinterpret_cast<const char*>(header),
-                                 std::min(length, MessageBase::MO_BASE_DERIVED + EYE));
-    const std::string_view type = front.substr(MessageBase::MO_MSGID, TYPE);
-    const std::string_view time = front.substr(MessageBase::MO_TIMESTAMP, UPPER_OF_TIME);
-    if (isAll(type, '\0') && isAll(time, '\0')) {
-        return false;  // as payloads of zeros have it
+                                 std::min(length, PAYLOAD + EYE));
+    const std::string_view typeAndTime = front.substr(MessageBase::MO_MSGID, TYPE + UPPER_OF_TIME);
+    const std::string_view time = typeAndTime.substr(TYPE);
+    if (!isAll(time, time[0])) {
+        return holdsTime(front, typeAndTime.substr(0, TYPE), time);
     }
-    const bool isUniform = isAll(time, time[0]);
-    for (size_t at = front.find(time, MessageBase::MO_BASE_DERIVED + TYPE);
-         at != std::string_view::npos; at = front.find(time, at + 1)) {
-        const size_t inStep = at + at - MessageBase::MO_TIMESTAMP;
-        if (front.substr(at - TYPE, TYPE) == type ||
-            (!isUniform && inStep < front.size() && front.substr(inStep, UPPER_OF_TIME) == time)) {
-            return true;
-        }
-    }
-    return false;
+    // Where all of it is zeros, so it is in payloads of zeros.
+    return !isAll(typeAndTime, '\0') && holdsTypeAndTime(front.substr(PAYLOAD), typeAndTime);
 }
 
 }  // namespace vextrace
