@@ -7,7 +7,8 @@ namespace vextrace {
 
 namespace {
 
-// How many messages a chain is followed, and how far it may take to lead on again.
+// How many messages a chain is followed, and how far it may take to lead on again. Behind damage
+// it is followed over more where they are short, since each says so little for itself.
 constexpr unsigned MOST_MESSAGES = 8;
 constexpr unsigned MOST_TO_BEGIN = 16;
 constexpr uint64_t REACH = 2 * LONGEST_MESSAGE;

@@ -36,7 +36,8 @@ public:
     void setBefore(uint64_t offset);
 
     /// Whether bytes at \p offset that are a message by themselves, of \p length bytes, are the
-    /// next one of the trace, behind the one taken last.
+    /// next one of the trace, behind the one taken last. A GPS message that holds a NUL byte never
+    /// is.
     bool keeps(uint64_t offset, size_t length);
 
     /// An offset, and what is there.

@@ -1,6 +1,5 @@
 #include "libvexstream/internal/soundness.h"
 
-#include <algorithm>
 #include <cstring>
 #include <string_view>
 

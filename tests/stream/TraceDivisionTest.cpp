@@ -274,6 +274,22 @@ TEST(TraceDivisionTest, TouchesNoSoundTrace) {
     }
 }
 
+namespace {
+
+// Twenty messages, of the types in turn.
+template <typename Payload>
+Messages messagesOfTypes(const std::vector<unsigned>& ids, uint64_t start, uint64_t step,
+                         Payload payload) {
+    Messages messages;
+    for (unsigned i = 0; i < 20; ++i) {
+        const auto id = static_cast<uint16_t>(ids[i % ids.size()]);
+        messages.push_back(messageOf(id, start + i * step, textOf(payload())));
+    }
+    return messages;
+}
+
+}  // namespace
+
 // Of whatever little speaks for it: a clock that begins at 0 or shows no date, messages that are
 // minutes apart, a type without a name, payloads that are zeros or noise.
 TEST(TraceDivisionTest, TouchesNoTraceOfFewTypesWhateverItsTimesAndPayloads) {
@@ -284,13 +300,9 @@ TEST(TraceDivisionTest, TouchesNoTraceOfFewTypesWhateverItsTimesAndPayloads) {
             for (const uint64_t step : {uint64_t{1000}, SECOND, 1000 * SECOND}) {
                 for (const size_t size : {size_t{0}, size_t{8}, size_t{60}, size_t{9000}}) {
                     for (const bool isNoise : {false, true}) {
-                        Messages sound;
-                        for (unsigned i = 0; i < 20; ++i) {
-                            const TraceBytes payload =
-                                isNoise ? noise(random, size) : TraceBytes(size);
-                            sound.push_back(messageOf(static_cast<uint16_t>(ids[i % ids.size()]),
-                                                      start + i * step, textOf(payload)));
-                        }
+                        const Messages sound = messagesOfTypes(ids, start, step, [&] {
+                            return isNoise ? noise(random, size) : TraceBytes(size);
+                        });
                         EXPECT_TRUE(kept(joined(sound)) == sound)
                             << ids[0] << ' ' << start << ' ' << step << ' ' << size << isNoise;
                     }

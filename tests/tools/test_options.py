@@ -86,8 +86,8 @@ def test_bash_completes_commands_and_values_and_leaves_files(vextrace):
 @pytest.mark.parametrize("command", COMMANDS)
 def test_zsh_completes_the_options_of_a_command(helped, command):
     case = re.search(rf"^        {command}\)\n(.*?);;", ZSH.read_text(), re.S | re.M)[1]
-    specifications = re.findall(r"^ +'(?:\([^)]*\)'\{([^}]*)\}'|(-[-a-z]+))\[", case, re.M)
-    assert {name for names in specifications for name in "".join(names).split(",")} == helped(command)
+    offered = re.findall(r"^ +'(?:\([^)]*\)'\{([^}]*)\}'|(-[-a-z]+))\[", case, re.M)
+    assert {name for names in offered for name in "".join(names).split(",")} == helped(command)
 
 
 @pytest.mark.parametrize("command", COMMANDS)
