@@ -269,6 +269,7 @@ TraceItem TraceReader::State::theEnd() {
     window.throwReadError();
     if (growing) {
         window.forgetFrom(damage ? cursor : position);
+        division.forget();
     }
     TraceItem item;
     item.offset = position;

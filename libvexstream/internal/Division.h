@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
+#include "libvexstream/internal/BestDivision.h"
 #include "libvexstream/internal/Evidence.h"
 #include "libvexstream/internal/TraceWindow.h"
 
@@ -19,18 +19,16 @@ enum class Soundness {
 };
 
 /// Divides a trace into messages and other bytes. A chain of messages is followed as long as it
-/// leads on; where it does not, that division is taken which has the most evidence.
-///
-/// Whatever is kept leads on when it is read again without the bytes between, chains in doubt
-/// aside: that a message is kept depends on those before it by the header of the last one alone,
-/// and on those behind it in such a way that a message which begins beyond doubt is better than
-/// none.
+/// leads on; where it breaks off, the division is taken that has the most evidence.
 class Division {
 public:
-    explicit Division(TraceWindow& trace) : window(trace), evidence(trace) {}
+    explicit Division(TraceWindow& trace) : window(trace), evidence(trace), best(trace, evidence) {}
 
     /// Whether more may come at the end of the trace.
     void setGrowing(bool isGrowing);
+
+    /// What is at the end of a growing trace may be something else from now on.
+    void forget() { best.forget(); }
 
     /// The message at this offset is taken: the next is judged as the one behind it.
     void setBefore(uint64_t offset);
@@ -46,43 +44,24 @@ public:
         uint64_t offset;
     };
 
-    /// The first message in [from, to) that begins there beyond doubt. Where there is none, the
-    /// offset given back is \p to or the end of the trace.
+    /// Where a message begins beyond doubt in [from, to), or behind it where what begins there is
+    /// none. Where there is none, the offset given back is \p to or the end of the trace.
     Place findBeginning(uint64_t from, uint64_t to);
 
     /// Whether a message begins in [from, to) beyond doubt.
     bool anyBegins(uint64_t from, uint64_t to);
 
 private:
-    struct Chain {
-        bool leadsOn;
-        std::optional<uint64_t> regained;  // behind what is in doubt
-    };
-
-    struct Beginning {
-        uint64_t offset;
-        int bits;
-    };
-
-    Chain follow(uint64_t offset);
+    bool leadsOn(uint64_t offset);
     Soundness isBeginning(uint64_t offset);
-    bool endsAt(uint64_t offset);
     int ofHistory(uint64_t offset);
-    bool swallows(uint64_t offset, size_t length);
-    int ofChainTo(uint64_t begin, uint64_t end);
-    bool holdsChain(uint64_t offset, size_t length);
-    int ofHeld(uint64_t offset, size_t length);
-    int ofChain(uint64_t offset, uint64_t end);
-    int ofStart(uint64_t offset, uint64_t end);
-    Beginning mostIn(uint64_t from, uint64_t to, uint64_t end);
-    uint64_t bestFrom(uint64_t offset);
-    int within(uint64_t begin, uint64_t end);
+    bool mayBeTooLong(uint64_t offset, size_t length);
 
     TraceWindow& window;
     Evidence evidence;
+    BestDivision best;
     bool growing = false;
     std::optional<std::array<uint8_t, MessageBase::MO_BASE_DERIVED>> before;
-    std::vector<int> inSequence;  // kept for its memory
 };
 
 }  // namespace vextrace

@@ -188,11 +188,6 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
     return entry.payload;
 }
 
-bool Evidence::isRepetition(uint64_t offset, size_t length) {
-    const uint8_t* const header = window.at(offset);
-    return isPeriodic(header) || standsAgain(offset, length);
-}
-
 // A message that is held may have the header of the one that holds it.
 bool Evidence::standsAgain(uint64_t offset, size_t length) {
     const uint8_t* const header = window.at(offset);
@@ -211,10 +206,10 @@ int Evidence::ofMessage(uint64_t offset, size_t length) {
 int Evidence::ofContent(uint64_t offset, size_t length) {
     const uint8_t* const header = window.at(offset);
     const uint16_t id = number16(header + MessageBase::MO_MSGID);
-    const int bits = ID_BITS[id] + ofLength(length);
-    if (bits > 0 && isPeriodic(header)) {
+    if (isPeriodic(header)) {
         return OF_REPETITION;
     }
+    const int bits = ID_BITS[id] + ofLength(length);
     if (id != MSGID_GPS) {
         return bits;
     }
@@ -249,7 +244,7 @@ bool Evidence::isSentAgain(uint64_t offset, size_t length) {
 int Evidence::ofNext(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     if (hasHeader(next)) {
-        return ofNeighbour(window.at(offset), window.at(next));
+        return std::max(ofNeighbour(window.at(offset), window.at(next)), OF_NOTHING_BEHIND);
     }
     const bool mayFollow = window.available(next, 1) == 0 || (growing && isIncomplete(next));
     return mayFollow ? 0 : OF_NOTHING_BEHIND;
@@ -259,28 +254,30 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     const uint8_t* const header = window.at(offset);
     const bool leadsOn = hasHeader(next);
-    const int own = ofMessage(offset, length);
-    if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
-        return std::min(own, 0);  // the rest says the last of them
-    }
-    // Ids that change from message to message are no types, whatever else is like messages.
+    // Ids that change from message to message are no types, whatever else is like messages. What
+    // speaks against an id, the last message that has it says for all of them.
     const bool isSame = leadsOn && haveSameId(header, window.at(next));
     const bool isType = idOf(header) > OF_FREE_ID || isSame;
-    const bool isNew = isSame && idOf(header) == OF_UNKNOWN_ID;
-    int bits = own + ofNext(offset, length) - (isNew ? OF_UNKNOWN_ID : 0);
-    if (bits < 0 && isType && mayHold(offset)) {
-        bits += ofHeld(offset, length);
+    const int own = ofMessage(offset, length);
+    const int once = own - (isSame ? std::min(idOf(header), 0) : 0);
+    if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
+        // So it does with what speaks for messages that are the same.
+        return once >= 0 && standsAgain(offset, length) ? OF_REPETITION : std::min(once, 0);
     }
+    const int bits = once + ofNext(offset, length);
     // What has evidence of its own was asked for that; what has no type and a far time is in doubt.
-    if (own <= 0 && bits > OF_UNKNOWN_ID + OF_FAR_TIME && isRepetition(offset, length)) {
+    if (own <= 0 && bits > OF_UNKNOWN_ID + OF_FAR_TIME && standsAgain(offset, length)) {
         return OF_REPETITION;
     }
     return isType ? bits : std::min(bits, 0);
 }
 
 bool Evidence::speaksFor(uint64_t offset, size_t length) {
+    if (inChain(offset, length) > 0) {
+        return true;
+    }
     const int own = ofMessage(offset, length);
-    return own + ofNext(offset, length) > 0 && !(own <= 0 && isRepetition(offset, length));
+    return own + ofNext(offset, length) > 0 && !(own <= 0 && standsAgain(offset, length));
 }
 
 bool Evidence::mayHold(uint64_t offset) {
@@ -296,6 +293,10 @@ bool Evidence::mayHold(uint64_t offset) {
         default:
             return idOf(window.at(offset)) == OF_FREE_ID;
     }
+}
+
+bool Evidence::mayCover(uint64_t offset, size_t length) {
+    return length >= 3 * HEADER && messageId(window.at(offset)) != MSGID_GPS;
 }
 
 // Of the messages that are the payload of this one. One that is none tells that it is no chain.
@@ -329,7 +330,7 @@ bool Evidence::isHopeless(uint64_t offset) {
         return false;
     }
     const size_t length = number16(header) + MessageBase::MSGSIZE_LENGTH;
-    static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME < 0);
+    static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME == OF_HOPELESS);
     return ofTimes(stampOf(header), stampOf(header + length)) == OF_FAR_TIME;
 }
 

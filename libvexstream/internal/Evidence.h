@@ -18,6 +18,9 @@ public:
     /// Of bytes that are no message's beginning, and of a message with nothing behind it.
     static constexpr int OF_NOTHING_BEHIND = -15;
 
+    /// Of what is hopeless, at most.
+    static constexpr int OF_HOPELESS = -9;
+
     explicit Evidence(TraceWindow& trace) : window(trace) {}
 
     /// Whether more may come at the end of the trace.
@@ -30,7 +33,7 @@ public:
     /// Whether nothing but the beginning of a message is there, which may become a whole one.
     bool isIncomplete(uint64_t offset);
 
-    /// Whether whatever is at \p offset has evidence below 0. False says nothing.
+    /// Whether whatever is at \p offset has evidence of OF_HOPELESS at most. False says nothing.
     bool isHopeless(uint64_t offset);
 
     /// Whether anything speaks for a message, be it of a type of which nothing is known.
@@ -39,13 +42,10 @@ public:
     /// Whether a message of this type may hold others.
     bool mayHold(uint64_t offset);
 
-    /// Of a message by its own bytes: its id, its length, its payload.
-    int ofMessage(uint64_t offset, size_t length);
+    /// Whether others may lie within a message, held or not: in the text of GPS there are none.
+    bool mayCover(uint64_t offset, size_t length);
 
-    /// Of the messages that are the whole payload of one; 0 where it is something else.
-    int ofHeld(uint64_t offset, size_t length);
-
-    /// Of a message by its own bytes and by the header behind it.
+    /// Of a message by its own bytes (id, length, payload) and by the header behind it.
     int inChain(uint64_t offset, size_t length);
 
     /// Of a message by the header of the one before it.
@@ -54,11 +54,12 @@ public:
 private:
     enum class Payload : uint8_t { UNREADABLE, CUT, LOOSE, LINES, SENTENCES };
 
+    int ofMessage(uint64_t offset, size_t length);
+    int ofHeld(uint64_t offset, size_t length);
     Payload payloadOf(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
     int ofNext(uint64_t offset, size_t length);
     bool isSentAgain(uint64_t offset, size_t length);
-    bool isRepetition(uint64_t offset, size_t length);
     bool standsAgain(uint64_t offset, size_t length);
     int ofContent(uint64_t offset, size_t length);
 

@@ -14,7 +14,7 @@ constexpr size_t TYPE = MessageBase::MO_TIMESTAMP - MessageBase::MO_MSGID;
 constexpr size_t UPPER_OF_TIME = 3;
 
 bool repeats(const uint8_t* header, size_t period, size_t count) {
-    return std::memcmp(header, header + period, count - period) == 0;
+    return header[period] == header[0] && std::memcmp(header, header + period, count - period) == 0;
 }
 
 bool isAll(std::string_view bytes, char byte) {
@@ -23,13 +23,12 @@ bool isAll(std::string_view bytes, char byte) {
 
 // Searched by the id's second byte: zeros, with which the others mostly begin, are all over.
 bool holdsTypeAndTime(std::string_view payload, std::string_view typeAndTime) {
-    for (size_t at = 0; at + typeAndTime.size() <= payload.size(); ++at) {
-        if (payload[at + 1] == typeAndTime[1] &&
-            payload.substr(at, typeAndTime.size()) == typeAndTime) {
-            return true;
-        }
+    size_t at = payload.find(typeAndTime[1], 1);
+    while (at != std::string_view::npos &&
+           payload.substr(at - 1, typeAndTime.size()) != typeAndTime) {
+        at = payload.find(typeAndTime[1], at + 1);
     }
-    return false;
+    return at != std::string_view::npos;
 }
 
 // Whether the time of a header stands again, behind the type or in steps.
@@ -54,7 +53,7 @@ bool isPeriodic(const uint8_t* header) {
         return true;
     }
     for (size_t period = 3; period <= 10; ++period) {
-        if (header[period] == header[0] && repeats(header, period, MessageBase::MO_BASE_DERIVED)) {
+        if (repeats(header, period, MessageBase::MO_BASE_DERIVED)) {
             return true;
         }
     }

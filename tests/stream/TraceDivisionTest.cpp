@@ -290,14 +290,14 @@ Messages messagesOfTypes(const std::vector<unsigned>& ids, uint64_t start, uint6
 
 }  // namespace
 
-// Of whatever little speaks for it: a clock that begins at 0 or shows no date, messages that are
-// minutes apart, a type without a name, payloads that are zeros or noise.
+// Of whatever little speaks for it: a clock that stands, begins at 0 or shows no date, messages
+// that are minutes apart, a type without a name, payloads that are zeros or noise.
 TEST(TraceDivisionTest, TouchesNoTraceOfFewTypesWhateverItsTimesAndPayloads) {
     std::mt19937_64 random(5);
     for (const std::vector<unsigned>& ids : std::vector<std::vector<unsigned>>{
              {0}, {1, 4, 8}, {12}, {0x1234}, {0xC001, 0xD123, 0xC444}}) {
         for (const uint64_t start : {uint64_t{1000}, 5 * SECOND, 36'000 * SECOND, STAMP}) {
-            for (const uint64_t step : {uint64_t{1000}, SECOND, 1000 * SECOND}) {
+            for (const uint64_t step : {uint64_t{0}, uint64_t{1000}, SECOND, 1000 * SECOND}) {
                 for (const size_t size : {size_t{0}, size_t{8}, size_t{60}, size_t{9000}}) {
                     for (const bool isNoise : {false, true}) {
                         const Messages sound = messagesOfTypes(ids, start, step, [&] {
@@ -322,6 +322,55 @@ TEST(TraceDivisionTest, TouchesNoContainersInContainersHoweverDeep) {
     }
     const Messages sound = {fix(0), nest, fix(1)};
     EXPECT_TRUE(kept(joined(sound)) == sound);
+}
+
+TEST(TraceDivisionTest, AContainerIsWorthWhatItHoldsInFrontOfDamageToo) {
+    Messages inner;
+    for (unsigned number = 0; number < 1000; ++number) {
+        inner.push_back(can(number));
+    }
+    for (const std::string& front : {std::string(), std::string("four")}) {
+        const TraceBytes container = messageOf(12, STAMP, front + textOf(joined(inner)));
+        const TraceBytes junk(5, 0xFF);
+        const Messages sound = {fix(0), container, fix(2)};
+        EXPECT_TRUE(kept(joined({fix(0), container, junk, fix(2)})) == sound);
+    }
+}
+
+// A message that lost bytes ends within the next one, which is of a type without a name and so has
+// little to say for itself.
+TEST(TraceDivisionTest, AMessageThatLostBytesCostsNoneBehindIt) {
+    const Messages front = mixed(20);
+    const Messages behind = {messageOf(0xC001, STAMP + 20 * SECOND, "free"),
+                             messageOf(0, STAMP + 21 * SECOND, ""), can(220), fix(23), fix(24)};
+    const TraceBytes whole = messageOf(1, STAMP + 19 * SECOND, std::string(60, 'x'));
+    const auto toTheFirst = static_cast<int>(behind[0].size());
+    const auto toTheSecond = toTheFirst + static_cast<int>(behind[1].size());
+    for (int count = 1; count < 40; ++count) {
+        if (count == toTheFirst || count == toTheSecond) {
+            continue;  // it is a sound message then, which holds others
+        }
+        const TraceBytes torn(whole.begin(), whole.end() - count);
+        const Messages found = kept(joined({joined(front), torn, joined(behind)}));
+        EXPECT_EQ(lost(front, found), 0U) << count;
+        EXPECT_EQ(lost(behind, found), 0U) << count;
+        expectSoundAgain(found);
+    }
+}
+
+// Long traces are divided in parts, of which nothing must be seen.
+TEST(TraceDivisionTest, OneDamageCostsTheSameWhereverItLies) {
+    const Messages sound = mixed(4800);
+    const TraceBytes whole = joined(sound);
+    ASSERT_GT(whole.size(), 262'144U);
+    for (size_t place = 196'000; place < 197'200; place += 7) {
+        TraceBytes trace = whole;
+        trace.erase(trace.begin() + static_cast<std::ptrdiff_t>(place),
+                    trace.begin() + static_cast<std::ptrdiff_t>(place + 9));
+        const Messages found = kept(trace);
+        EXPECT_LE(lost(sound, found), 2U) << place;
+        EXPECT_GE(found.size(), sound.size() - 2) << place;
+    }
 }
 
 TEST(TraceDivisionTest, ATornFirstMessageCostsNoOther) {

@@ -1,0 +1,180 @@
+#include "libvexstream/internal/BestDivision.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vextrace {
+
+namespace {
+
+constexpr uint64_t PART = uint64_t{192} * 1024;
+constexpr uint64_t BEHIND_PART = LONGEST_MESSAGE;
+
+// How far a chain is followed.
+constexpr unsigned MOST_MESSAGES = 16;
+constexpr uint64_t REACH = 6 * LONGEST_MESSAGE;
+static_assert(PART + BEHIND_PART + REACH + LONGEST_MESSAGE + MessageBase::MO_BASE_DERIVED <=
+                  TraceWindow::ROOM,
+              "a chain from the last place, and the header behind it");
+
+// A message begins in the midst of anything once in 2^64 places by chance, of which a trace of
+// 1 GB has 2^30: beyond doubt, even where chance is not quite what the evidence takes it for. A
+// chain that leads from any place exactly to the end of the trace does so once in 2^16 times, and
+// it is asked for at one place in a trace.
+constexpr int OF_THE_END = 48;
+static_assert(BestDivision::ENOUGH_TO_BEGIN == 64);
+
+// A trace has one damage in 2^26 bytes at most, and behind it a message begins within some 2^14.
+constexpr int COST_OF_DAMAGE = 26;
+constexpr int COST_OF_BEGINNING = 14;
+
+constexpr uint32_t NOWHERE = std::numeric_limits<uint32_t>::max();
+constexpr int IMPOSSIBLE = std::numeric_limits<int>::min() / 2;
+
+}  // namespace
+
+void BestDivision::setGrowing(bool isGrowing) {
+    growing = isGrowing;
+    forget();
+}
+
+bool BestDivision::endsAt(uint64_t offset) {
+    return window.available(offset, 1) == 0 || (growing && evidence.isIncomplete(offset));
+}
+
+BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
+    int bits = 0;
+    const uint64_t limit = offset + REACH;
+    for (unsigned i = 0; i < MOST_MESSAGES && offset < limit && bits < ENOUGH_TO_BEGIN; ++i) {
+        const size_t length = evidence.lengthAt(offset);
+        const int more = length == 0 ? -1 : evidence.inChain(offset, length);
+        if (more < 0) {
+            break;
+        }
+        bits += more;
+        offset += length;
+    }
+    return {window.available(offset, 1) == 0 ? bits + OF_THE_END : bits, offset};
+}
+
+void BestDivision::find(uint64_t offset) {
+    const uint64_t end = (offset / PART + 1) * PART;
+    const size_t there = window.available(offset, static_cast<size_t>(end - offset + BEHIND_PART));
+    if (offset >= first && end == partEnd && offset + there == first + count) {
+        return;
+    }
+    first = offset;
+    partEnd = end;
+    count = there;
+    places.resize(std::max(places.size(), count));
+    for (size_t i = count; i-- > 0;) {
+        weigh(i);
+    }
+}
+
+void BestDivision::weigh(size_t i) {
+    Place& place = places[i];
+    place.begin = beginBehind(i);
+    place.chain = 0;
+    const uint64_t offset = first + i;
+    const size_t length = evidence.lengthAt(offset);
+    int bits = growing && evidence.isIncomplete(offset) ? 0 : IMPOSSIBLE;
+    int damage = inDamageBehind(i);
+    if (length != 0 && !isVain(i, length)) {
+        const int own = evidence.inChain(offset, length);
+        const Behind behind = behindOf(offset + length);
+        const int chain = own < 0 ? 0 : own + behind.chain;
+        place.chain = static_cast<uint8_t>(std::min(chain, ENOUGH_TO_BEGIN));
+        bits = withHeld(own, offset, length) + behind.inSequence;
+        if (chain >= ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage &&
+            evidence.speaksFor(offset, length)) {
+            place.begin = static_cast<uint32_t>(i);
+            damage = bits - COST_OF_BEGINNING;
+        }
+    }
+    const bool isMessage = bits >= damage - COST_OF_DAMAGE;
+    place.inSequence = isMessage ? bits : damage - COST_OF_DAMAGE;
+    const size_t end = length == 0 ? count : i + length;
+    goOn(i, isMessage ? end : place.begin);
+}
+
+// Whether what is at a place has no chance, whatever it is.
+bool BestDivision::isVain(size_t i, size_t length) {
+    const size_t end = i + length;
+    const bool isWorse = end >= count || places[end].inSequence + Evidence::OF_HOPELESS <=
+                                             inDamageBehind(i) - COST_OF_DAMAGE;
+    return isWorse && evidence.isHopeless(first + i);
+}
+
+// Some steps leave out as much as the two behind them together: any place is reached in few.
+void BestDivision::goOn(size_t i, size_t next) {
+    const size_t then = next < count ? places[next].farther : count;
+    const bool areTwo = then < count && places[next].rank == places[then].rank;
+    places[i].next = static_cast<uint32_t>(next);
+    places[i].rank = static_cast<uint8_t>(areTwo ? places[next].rank + 1 : 0);
+    places[i].farther = areTwo ? places[then].farther : places[i].next;
+}
+
+// Whether what is in sequence at a place has a message that ends there.
+bool BestDivision::leadsTo(size_t i, size_t end) const {
+    while (i < end) {
+        i = places[i].farther <= end ? places[i].farther : places[i].next;
+    }
+    return i == end;
+}
+
+uint32_t BestDivision::beginBehind(size_t i) const {
+    return i + 1 < count ? places[i + 1].begin : NOWHERE;
+}
+
+int BestDivision::inDamageBehind(size_t i) const {
+    const uint32_t begin = beginBehind(i);
+    return begin == NOWHERE ? 0 : places[begin].inSequence - COST_OF_BEGINNING;
+}
+
+std::optional<uint64_t> BestDivision::beginFrom(uint64_t offset) const {
+    const uint32_t begin = places[offset - first].begin;
+    const bool isInPart = begin != NOWHERE && first + begin < partEnd;
+    return isInPart ? std::optional<uint64_t>(first + begin) : std::nullopt;
+}
+
+// Behind the last place the chain from there on is sure.
+BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
+    const size_t i = offset - first;
+    if (i < count) {
+        return {places[i].inSequence, places[i].chain};
+    }
+    const int bits = chainFrom(offset).bits;
+    return {endsAt(offset) ? 0 : bits - COST_OF_DAMAGE, bits};
+}
+
+int BestDivision::inDamage(uint64_t offset) const {
+    return inDamageBehind(offset - first) - COST_OF_DAMAGE;
+}
+
+int BestDivision::ofMessage(uint64_t offset, size_t length) {
+    return withHeld(evidence.inChain(offset, length), offset, length);
+}
+
+int BestDivision::withHeld(int bits, uint64_t offset, size_t length) {
+    if (bits <= Evidence::OF_NOTHING_BEHIND || !evidence.mayCover(offset, length)) {
+        return bits;
+    }
+    const size_t payload = offset - first + MessageBase::MO_BASE_DERIVED;
+    const size_t end = offset - first + length;
+    if (end > count || places[payload].begin >= end || !leadsTo(places[payload].begin, end)) {
+        return bits;
+    }
+    const size_t begin = places[payload].begin;
+    const int held = std::max(places[begin].inSequence - behindOf(offset + length).inSequence, 0);
+    return begin == payload || evidence.mayHold(offset) ? bits + held : bits - held;
+}
+
+bool BestDivision::isTorn(uint64_t offset, size_t length) const {
+    const size_t end = offset - first + length;
+    const uint32_t begin = beginBehind(offset - first);
+    return end < count && places[end].next == places[end].begin && begin < end &&
+           !leadsTo(begin, end) && messageId(window.at(offset)) != MSGID_GPS;
+}
+
+}  // namespace vextrace

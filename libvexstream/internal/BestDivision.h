@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "libvexstream/internal/Evidence.h"
+#include "libvexstream/internal/TraceWindow.h"
+
+namespace vextrace {
+
+/// The division of a part of a trace into messages and other bytes that has the most evidence. It
+/// is found in one pass backwards, in which each offset i is weighed once:
+///
+///     S[i] = max(w[i] + S[i + length[i]], D[i] - cost of a damage)         in sequence
+///     D[i] = max(D[i + 1], w[i] + S[i + length[i]] - cost of a beginning)  in damage
+///
+/// where w is the evidence of the message at i in bits, and one begins in damage only where the
+/// chain from there on leaves no doubt. Parts begin at multiples of their length, so that those
+/// who begin to read elsewhere find the same.
+class BestDivision {
+public:
+    /// Evidence of a chain that leaves no doubt.
+    static constexpr int ENOUGH_TO_BEGIN = 64;
+
+    BestDivision(TraceWindow& trace, Evidence& ofMessages) : window(trace), evidence(ofMessages) {}
+
+    void setGrowing(bool isGrowing);
+
+    /// What was found holds no longer.
+    void forget() { count = 0; }
+
+    /// Messages that follow one another, as long as each has evidence.
+    struct Chain {
+        int bits;      ///< of all of them; no more are followed where there is no doubt
+        uint64_t end;  ///< where it breaks off, or was followed to
+    };
+
+    Chain chainFrom(uint64_t offset);
+
+    /// Whether the trace ends there, or would with a message that is not all there yet.
+    bool endsAt(uint64_t offset);
+
+    /// Finds the division of the part in which an offset is, from there on. The functions below
+    /// answer for offsets from there on.
+    void find(uint64_t offset);
+
+    /// Where the next message begins from an offset on that is in damage; none where it is in
+    /// another part.
+    std::optional<uint64_t> beginFrom(uint64_t offset) const;
+
+    /// The most evidence of what follows where an offset is in sequence.
+    int inSequence(uint64_t offset) { return behindOf(offset).inSequence; }
+
+    /// The same where damage begins there.
+    int inDamage(uint64_t offset) const;
+
+    /// Of a message in its chain. What it holds counts for it, and against it where its type holds
+    /// none, unless it is all of the payload.
+    int ofMessage(uint64_t offset, size_t length);
+
+    /// Whether nothing follows a message, and one begins within it which it does not hold: what
+    /// speaks for its header is as true of a message that has lost bytes.
+    bool isTorn(uint64_t offset, size_t length) const;
+
+private:
+    // Places are told by their distance from the first one.
+    struct Place {
+        int inSequence;    // S
+        uint32_t begin;    // where D has its next message
+        uint32_t next;     // where S goes on: behind its message, or where D does
+        uint32_t farther;  // where S goes on some steps later
+        uint8_t rank;      // of these steps
+        uint8_t chain;     // bits of the chain from there on
+    };
+
+    struct Behind {
+        int inSequence;
+        int chain;
+    };
+
+    void weigh(size_t i);
+    bool isVain(size_t i, size_t length);
+    void goOn(size_t i, size_t next);
+    bool leadsTo(size_t i, size_t end) const;
+    uint32_t beginBehind(size_t i) const;
+    int inDamageBehind(size_t i) const;
+    int withHeld(int bits, uint64_t offset, size_t length);
+    Behind behindOf(uint64_t offset);
+
+    TraceWindow& window;
+    Evidence& evidence;
+    bool growing = false;
+    uint64_t first = 0;    // offset of the first place
+    uint64_t partEnd = 0;  // what is behind it is there for those in front of it
+    size_t count = 0;      // of the places that are known
+    std::vector<Place> places;
+};
+
+}  // namespace vextrace
