@@ -101,6 +101,24 @@ def test_what_cannot_be_is_refused(vextrace, tmp_path, command, line):
     assert os.listdir(tmp_path) == []
 
 
+def test_standard_input_is_refused_for_a_folder_where_no_log_is_named(vextrace, tmp_path):
+    result = vextrace("record", "-o", "out/", input=DRIVE.read_bytes())
+    assert (result.returncode, result.stderr) == (
+        2, b"vextrace: -: standard input has no name that a file in a folder could have\n")
+    assert os.listdir(tmp_path) == []
+
+
+@pytest.mark.parametrize("command, ending, _", WORKS)
+def test_an_output_that_cannot_be_looked_at_is_refused(vextrace, inputs, command, ending, _):
+    name = inputs(ending, 1)[0]
+    long = "x" * 256 + "\x1b"
+    for output, reason in ((long, "written"), (long + "/", "made")):
+        result = vextrace(*command, "-o", output, name)
+        shown = output.replace("\x1b", "\\x1b")
+        assert (result.returncode, result.stderr.decode()) == (
+            2, f"vextrace: {shown}: cannot be {reason}: File name too long\n")
+
+
 def test_a_file_in_the_way_of_a_folder_is_named(vextrace, tmp_path, inputs):
     (tmp_path / "out").write_bytes(b"")
     result = vextrace("export", "--to", "csv", "-o", "out/", *inputs("trace"))

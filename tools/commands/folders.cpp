@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
+#include <system_error>
 
 #include "tools/io/FileStatus.h"
 #include "tools/io/Progress.h"
@@ -37,10 +39,15 @@ std::vector<std::string> outputsOf(const FolderWork& work) {
     return outputs;
 }
 
+bool exists(const std::string& folder) {
+    const std::optional<FileStatus> status = fileStatus(folder);
+    return status && status->kind == FileStatus::Kind::FOLDER;
+}
+
 void makeFolder(const std::string& path) {
     std::error_code error;
     fs::create_directories(path, error);
-    if (!fs::is_directory(path)) {
+    if (!exists(path)) {
         throw UsageError(fmt::format("{}: cannot be made: {}", shownName(path), error.message()));
     }
 }
@@ -53,7 +60,7 @@ uint64_t sizeOf(const std::string& path) {
 }  // namespace
 
 bool isFolder(const std::string& output) {
-    return output.ends_with('/') || (output != "-" && fs::is_directory(output));
+    return output.ends_with('/') || (output != "-" && exists(output));
 }
 
 int fillFolder(const FolderWork& work) {

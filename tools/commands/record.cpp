@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "libvexstream/utc.h"
 #include "tools/commands/commands.h"
@@ -58,13 +59,17 @@ int record(const RecordCommand& options) {
         recording.output = output;
         return Recorder(recording).run();
     };
-    if (isFolder(options.output)) {
-        return fillFolder({options.inputs, options.output, ".trace", options.jobs, recordOne});
+    std::vector<std::string> inputs = options.inputs;
+    if (inputs.empty()) {
+        inputs = {"-"};
     }
-    if (options.inputs.size() > 1) {
+    if (isFolder(options.output)) {
+        return fillFolder({inputs, options.output, ".trace", options.jobs, recordOne});
+    }
+    if (inputs.size() > 1) {
         throw UsageError("-o: several logs need a folder for their traces, such as traces/");
     }
-    return recordOne(options.inputs.empty() ? "-" : options.inputs.front(), options.output);
+    return recordOne(inputs.front(), options.output);
 }
 
 }  // namespace vextrace::tools
