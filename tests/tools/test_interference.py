@@ -7,6 +7,7 @@ import subprocess
 import pytest
 
 from conftest import DRIVE
+from samples import SMALL
 from recorders import GSV, LAST, LAST_STAMP, NEVER, NEXT, NEXT_STAMP, RMC, STAMP, unread, wait_until
 from traces import message
 
@@ -87,3 +88,19 @@ def test_lets_one_recorder_write_to_a_file_on_standard_output(start, vextrace, p
         # A shell may hold the file open that it opened for the first one.
         assert vextrace("record", DRIVE, stdout=out, stderr=subprocess.PIPE).returncode == 0
         assert vextrace("record", "--append", "-o", "trace", DRIVE).returncode == 0
+
+
+@pytest.mark.parametrize("command", [
+    ["export", "--to", "csv", "-o", "trace", "other"], ["repair", "other", "trace"],
+    ["cut", "--from", "1970-01-01", "-o", "trace", "other"], ["report", "-o", "trace", "other"]])
+def test_a_trace_that_is_being_recorded_is_not_replaced(start, vextrace, pipe, tmp_path, command):
+    (tmp_path / "other").write_bytes(SMALL)
+    recorder = start("--idle", NEVER, stdin=pipe[0])
+    os.write(pipe[1], RMC + NEXT)
+    recorder.wait_for(message(STAMP, RMC))
+    result = vextrace(*command, "--force")
+    assert (result.returncode, result.stderr) == (
+        2, b"vextrace: trace: is being recorded by another program\n")
+    recorder.stop()
+    assert recorder.trace() == message(STAMP, RMC) + message(NEXT_STAMP, NEXT)
+    assert vextrace(*command, "--force").returncode == 0

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <fmt/core.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/fileLock.h"
 #include "tools/io/readAt.h"
 
 namespace vextrace::tools {
@@ -106,9 +106,8 @@ void GrowingFile::refuseInput(const FileStatus& status, const InputFile& input) 
     }
 }
 
-// Not every file system has locks; without them there is no harm in going on.
 void GrowingFile::lock() const {
-    if (regular && flock(out.descriptor(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    if (regular && !lockFile(out.descriptor())) {
         out.refuse("is being recorded by another program");
     }
 }
@@ -218,7 +217,7 @@ void GrowingFile::close() {
     requireName();
     removeIfEmpty();
     if (regular && out.isStandardOutput()) {
-        flock(out.descriptor(), LOCK_UN);  // others have it open, too
+        unlockFile(out.descriptor());  // others have it open, too
     }
     if (!out.close()) {
         out.failFor(errno);
@@ -229,7 +228,7 @@ void GrowingFile::release() {
     if (out.isOpen() && !out.isStandardOutput()) {
         removeIfEmpty();
     } else if (out.isOpen() && regular) {
-        flock(out.descriptor(), LOCK_UN);
+        unlockFile(out.descriptor());
     }
 }
 

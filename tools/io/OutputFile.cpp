@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "tools/io/errors.h"
+#include "tools/io/fileLock.h"
 #include "tools/io/readAt.h"
 
 namespace vextrace::tools {
@@ -102,6 +103,9 @@ void OutputFile::openExisting(const FileStatus& existing, bool force, const Inpu
     if (!isRegular) {
         openDirectly();
         return;
+    }
+    if (isRecorded(target)) {
+        sink.refuse("is being recorded by another program");
     }
     target = resolved(target);
     if (target.empty() || access(target.c_str(), W_OK) != 0) {
