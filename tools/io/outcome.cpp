@@ -1,5 +1,9 @@
 #include "tools/io/outcome.h"
 
+#include <exception>
+#include <new>
+#include <string_view>
+
 #include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 
@@ -7,8 +11,8 @@ namespace vextrace::tools {
 
 namespace {
 
-int fail(Status status, const std::exception& error) {
-    tell(error.what());
+int fail(Status status, std::string_view reason) {
+    tell(reason);
     return status;
 }
 
@@ -20,9 +24,11 @@ int outcomeOf(const std::function<int()>& command) {
     } catch (const BrokenPipe&) {
         return STATUS_OK;
     } catch (const UsageError& error) {
-        return fail(STATUS_USAGE, error);
+        return fail(STATUS_USAGE, error.what());
+    } catch (const std::bad_alloc&) {
+        return fail(STATUS_DATA, "there is not enough memory");
     } catch (const std::exception& error) {
-        return fail(STATUS_DATA, error);
+        return fail(STATUS_DATA, error.what());
     }
 }
 
