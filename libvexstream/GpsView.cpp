@@ -15,6 +15,22 @@ bool hasForeignTalker(std::string_view line) {
     return line[0] == '$' && line[1] == 'G' && line[2] != 'P';
 }
 
+// Why the bytes are not those of a GPS message.
+std::optional<InvalidMessageException> refusalOf(std::span<const uint8_t> message) {
+    constexpr size_t SIZE_LENGTH = MessageBase::MSGSIZE_LENGTH;
+    if (message.size() < MessageBase::MO_BASE_DERIVED ||
+        byteArrayToUint16(message.data() + MessageBase::MO_MSGSIZE) + SIZE_LENGTH !=
+            message.size()) {
+        return InvalidMessageException(IM_INVALID_LEN, "GpsView: The size field says otherwise.",
+                                       static_cast<uint16_t>(message.size()));
+    }
+    if (const uint16_t id = byteArrayToUint16(message.data() + MessageBase::MO_MSGID);
+        id != MSGID_GPS) {
+        return InvalidMessageException(IM_INVALID_MSGID, "GpsView: No GPS message.", id);
+    }
+    return std::nullopt;
+}
+
 std::string_view payloadOf(std::span<const uint8_t> message) {
     const std::string_view text(reinterpret_cast<const char*>(message.data()), message.size());
     return text.substr(MessageBase::MO_BASE_DERIVED);
@@ -44,6 +60,9 @@ std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> me
     bytes = {};
     holder = nullptr;
     decoded.reset();
+    if (std::optional<InvalidMessageException> refusal = refusalOf(message)) {
+        return refusal;
+    }
     if (readSentences(payloadOf(message))) {
         stamp = byteArrayToUint64(message.data() + MessageBase::MO_TIMESTAMP);
         headerReserved = byteArrayToUint16(message.data() + MessageBase::MO_HDRRESERVED);

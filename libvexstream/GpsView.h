@@ -33,10 +33,9 @@ public:
     /// talker that begins with G already GP, no NUL byte), it is read in place. Every other one is
     /// decoded by the library; the view keeps what comes of it.
     ///
-    /// \param message  all bytes of a GPS message, by its size field and id; they must outlive the
-    ///                 view
-    /// \return nothing, or why the library does not decode these bytes; the view is then of no
-    ///         sentences
+    /// \param message  all bytes of a GPS message; they must outlive the view
+    /// \return nothing, or why these bytes are none, by their size field, their id or because the
+    ///         library does not decode them; the view is then of no sentences
     std::optional<InvalidMessageException> read(std::span<const uint8_t> message);
 
     /// See MessageBase.

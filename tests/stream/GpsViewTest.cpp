@@ -124,6 +124,30 @@ TEST(GpsViewTest, TellsWhyThereIsNoMessage) {
     }
 }
 
+TEST(GpsViewTest, RefusesWhatIsNoGpsMessageByItsHeader) {
+    const TraceBytes sound = gps(RMC);
+    GpsView view;
+    for (size_t size = 0; size < sound.size(); ++size) {
+        const TraceBytes cut(sound.begin(), sound.begin() + static_cast<ptrdiff_t>(size));
+        const auto error = view.read(cut);
+        ASSERT_TRUE(error) << size;
+        EXPECT_EQ(error->getCause(), IM_INVALID_LEN);
+        EXPECT_TRUE(view.getSentences().empty());
+        EXPECT_TRUE(view.message().getSentences().empty());
+    }
+    TraceBytes longer = sound;
+    longer.push_back('\n');
+    EXPECT_TRUE(view.read(longer));
+    for (const std::string_view payload : {std::string_view(RMC), "unordered\nlines\n"sv}) {
+        TraceBytes other = gps(payload);
+        other[MessageBase::MO_MSGID + 1] = MSGID_GPS + 1;
+        const auto error = view.read(other);
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->getCause(), IM_INVALID_MSGID);
+        EXPECT_TRUE(view.message().getSentences().empty());
+    }
+}
+
 TEST(GpsViewTest, NothingOfTheMessageBeforeStays) {
     GpsView view;
     const TraceBytes two = gps(GGA + RMC);
