@@ -10,6 +10,7 @@
 
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
+#include "tools/io/readSome.h"
 
 namespace vextrace::tools {
 
@@ -60,10 +61,7 @@ InputFile::~InputFile() {
 }
 
 size_t InputFile::read(uint8_t* dest, size_t room) {
-    ssize_t count = 0;
-    do {
-        count = ::read(fd, dest, room);
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count = readSome(fd, dest, room);
     if (count < 0) {
         throw ReadError(fmt::format("{}: cannot be read on at byte {}: {}", shown, position,
                                     std::strerror(errno)));
