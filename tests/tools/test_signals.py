@@ -137,5 +137,15 @@ def test_ends_by_a_signal_while_the_trace_is_looked_through(start, pipe, tmp_pat
     status, told = recorder.stop(signal.SIGINT)
     assert time.monotonic() - begin < 2
     assert (status, told) == (
-        128 + signal.SIGINT, ["vextrace: trace: ended by SIGINT, before the trace was read to its end"])
+        128 + signal.SIGINT, ["vextrace: trace: ended by SIGINT, before anything was recorded"])
     assert os.path.getsize(tmp_path / "trace") == size
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
+def test_ends_by_a_signal_while_nobody_reads_the_fifo_yet(start, pipe, tmp_path, number):
+    os.mkfifo(tmp_path / "trace")
+    recorder = start(stdin=pipe[0])
+    time.sleep(0.3)
+    name = signal.Signals(number).name
+    assert recorder.stop(number) == (
+        128 + number, [f"vextrace: trace: ended by {name}, before anything was recorded"])

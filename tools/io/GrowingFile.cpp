@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <vector>
 
+#include "tools/io/StoppableSource.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/fileLock.h"
@@ -80,6 +81,9 @@ void GrowingFile::openNamed(ExistingFile existing, const InputFile& input) {
     appends = regular && existing == ExistingFile::APPEND;
     replaces = regular && !appends;
     if (!out.open(file, (appends ? O_RDWR : O_WRONLY) | (regular ? O_APPEND : 0))) {
+        const int reason = errno;
+        StoppableSource::stopWhenTold();  // a FIFO waits for its reader
+        errno = reason;
         out.refuseForErrno();
     }
     lock();

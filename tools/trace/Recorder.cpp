@@ -59,7 +59,7 @@ bool Recorder::openOutput() {
     try {
         output.emplace(options.output, options.existing, input);
     } catch (const Interrupted& interrupted) {
-        tell(fmt::format("{}: ended by {}, before the trace was read to its end", options.output,
+        tell(fmt::format("{}: ended by {}, before anything was recorded", options.output,
                          StopSignals::nameOf(interrupted.signal)));
         return false;
     }
