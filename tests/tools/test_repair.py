@@ -1,5 +1,6 @@
 """vextrace repair"""
 import os
+import pty
 import random
 import stat
 import subprocess
@@ -245,3 +246,14 @@ def test_takes_little_memory(vextrace, tmp_path):
     assert status == 1
     assert memory < 32 * 2**20
     assert (tmp_path / "out").stat().st_size == 64 * (10**6 // len(SMALL)) * len(SMALL)
+
+
+def test_writes_no_trace_to_a_terminal(vextrace, tmp_path):
+    (tmp_path / "in").write_bytes(SMALL)
+    controller, terminal = pty.openpty()
+    for arguments in (["in", "-"], ["-o", "-", "in"]):
+        done = vextrace("repair", *arguments, stdout=terminal, stderr=subprocess.PIPE)
+        assert (done.returncode, done.stderr) == (
+            2, b"vextrace: OUT: name a file for the trace; it is not for a terminal\n")
+    os.close(terminal)
+    os.close(controller)

@@ -47,6 +47,9 @@ int repair(const RepairCommand& options) {
     if (isFolder(output)) {
         return fillFolder({traces, output, ".trace", options.jobs, run});
     }
+    if (output == "-" && outputIsTerminal()) {
+        throw UsageError("OUT: name a file for the trace; it is not for a terminal");
+    }
     if (traces.size() != 1) {
         throw UsageError("several traces need a folder for what is kept of them, such as mended/");
     }
