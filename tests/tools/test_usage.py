@@ -20,6 +20,8 @@ from samples import SMALL
     (["repair", "a"], "OUT is required"),
     (["help", "rekord"], "rekord: no command; did you mean record?"),
     (["helpp"], "helpp: no command; did you mean help?"),
+    (["help", "record", "sh\x1bow"], "sh\\x1bow: is one name too many"),
+    (["help", "record", "--fix"], "--fix: no option of record"),
     (["show", "a", "b\x1b", "c"], "b\\x1b: is one name too many"),
     (["check", "a", "b", "c"], "c: is one name too many"),
     (["show", "--from", "2026-11-21", "a", "--from=2026-11-22"], "--from: is given 2 times"),
@@ -51,7 +53,8 @@ def test_help_is_shown_however_it_is_asked_for(vextrace):
         assert (result.returncode, result.stdout, result.stderr) == (0, whole.stdout, b"")
     one = vextrace("export", "--help")
     assert b"--unchecked" in one.stdout and b"Example: vextrace export" in one.stdout
-    assert vextrace("help", "export").stdout == one.stdout
+    for arguments in (["help", "export"], ["help", "export", "--help"]):
+        assert vextrace(*arguments).stdout == one.stdout
 
 
 def test_the_format_follows_from_the_name_and_is_taken_in_any_case(vextrace, tmp_path):

@@ -108,8 +108,11 @@ std::vector<std::string> withoutHelp(const std::vector<std::string>& arguments) 
     if (arguments.empty()) {
         return {"--help"};
     }
-    if (arguments.size() > 2 || arguments[0] != "help") {
+    if (arguments[0] != "help") {
         return arguments;
+    }
+    if (arguments.size() > 2 && !arguments[2].starts_with('-')) {
+        throw UsageError(escaped(arguments[2]) + ": is one name too many");
     }
     std::vector<std::string> others(arguments.begin() + 1, arguments.end());
     others.emplace_back("--help");
