@@ -38,6 +38,37 @@ def test_names_what_does_not_exist_and_what_is_near(vextrace, arguments, line):
     assert result.stderr.decode() == f"vextrace: {line}\n"
 
 
+@pytest.mark.parametrize("arguments, name", [
+    (["repair", "--force", "-o", "", "a", "b"], "-o"),
+    (["repair", "--force", "--output=", "a", "b"], "--output"),
+    (["export", "--force", "--to", "csv", "--output=", "a", "b"], "--output"),
+    (["record", "--append", "--output=", "a", "log"], "--output"),
+    (["record", "log", "--force", "--output", ""], "--output"),
+    (["cut", "--from=", "2026-11-21", "a"], "--from"),
+    (["show", "--raw", "--until", "", "a"], "--until"),
+    (["info", "--gap=", "5", "a"], "--gap"),
+    (["export", "--to=", "csv", "a"], "--to")])
+def test_no_argument_takes_the_place_of_an_empty_value(vextrace, tmp_path, arguments, name):
+    for file in ("a", "b"):
+        (tmp_path / file).write_bytes(SMALL)
+    (tmp_path / "log").write_bytes(DRIVE.read_bytes())
+    result = vextrace(*arguments)
+    assert (result.returncode, result.stdout) == (2, b"")
+    assert result.stderr.decode() == f"vextrace: {name}: its value is empty\n"
+    assert (tmp_path / "a").read_bytes() == (tmp_path / "b").read_bytes() == SMALL
+    assert len(list(tmp_path.iterdir())) == 3
+
+
+def test_an_empty_argument_is_no_empty_value_where_none_is_due(vextrace, tmp_path):
+    (tmp_path / "--from=").write_bytes(SMALL)
+    wanted = vextrace("show", "./--from=")
+    assert vextrace("show", "--", "--from=").stdout == wanted.stdout != b""
+    assert vextrace("show", "--utc", "").stderr == (
+        b"vextrace: : cannot be read: No such file or directory\n")
+    assert vextrace("record", "-o", "--from=", "").stderr == (
+        b"vextrace: : cannot be read: No such file or directory\n")
+
+
 def test_an_argument_behind_two_dashes_is_no_option(vextrace):
     result = vextrace("show", "--", "--fixs")
     assert result.returncode == 2

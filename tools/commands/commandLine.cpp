@@ -137,6 +137,9 @@ int runCommandLine(const std::vector<std::string>& given) {
     app.add_subcommand("help",
                        "Shows the help of the program, or of a command.\n"
                        "Example: vextrace help record");
+    if (const std::optional<std::string> empty = emptyOption(commands, arguments)) {
+        throw UsageError(*empty);
+    }
     try {
         app.parse(forParser(arguments));
     } catch (const CLI::ParseError& error) {

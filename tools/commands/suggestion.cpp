@@ -80,6 +80,23 @@ bool exists(const std::string& name, const std::vector<std::string>& names) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// The command that the arguments begin with; null where there is none.
+const CommandEntry* commandOf(const std::vector<CommandEntry>& commands,
+                              const std::vector<std::string>& arguments) {
+    const auto named =
+        std::find_if(commands.begin(), commands.end(), [&](const CommandEntry& command) {
+            return !arguments.empty() && command.name == arguments.front();
+        });
+    return named == commands.end() ? nullptr : &*named;
+}
+
+bool takesValue(const CommandEntry& command, const std::string& name) {
+    return std::any_of(command.options.begin(), command.options.end(),
+                       [&](const OptionEntry& option) {
+                           return !option.value.empty() && exists(name, option.eachName());
+                       });
+}
+
 }  // namespace
 
 std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands,
@@ -113,21 +130,37 @@ std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands
 
 std::optional<std::string> doubledOption(const std::vector<CommandEntry>& commands,
                                          const std::vector<std::string>& arguments) {
-    for (const CommandEntry& command : commands) {
-        if (arguments.empty() || arguments.front() != command.name) {
+    const CommandEntry* const command = commandOf(commands, arguments);
+    if (command == nullptr) {
+        return std::nullopt;
+    }
+    for (const OptionEntry& option : command->options) {
+        const std::vector<std::string> names = option.eachName();
+        const auto end = std::find(arguments.begin(), arguments.end(), "--");
+        const auto count = std::count_if(arguments.begin(), end, [&](const std::string& argument) {
+            return isOption(argument) && exists(optionName(argument), names);
+        });
+        if (count > 1 && !option.value.empty()) {
+            return fmt::format("{}: is given {} times", names.front(), count);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> emptyOption(const std::vector<CommandEntry>& commands,
+                                       const std::vector<std::string>& arguments) {
+    const CommandEntry* const command = commandOf(commands, arguments);
+    for (size_t i = 1; command != nullptr && i < arguments.size() && arguments[i] != "--"; ++i) {
+        const std::string name = optionName(arguments[i]);
+        if (!takesValue(*command, name)) {
             continue;
         }
-        for (const OptionEntry& option : command.options) {
-            const std::vector<std::string> names = option.eachName();
-            const auto end = std::find(arguments.begin(), arguments.end(), "--");
-            const auto count =
-                std::count_if(arguments.begin(), end, [&](const std::string& argument) {
-                    return isOption(argument) && exists(optionName(argument), names);
-                });
-            if (count > 1 && !option.value.empty()) {
-                return fmt::format("{}: is given {} times", names.front(), count);
-            }
+        const bool isAlone = arguments[i] == name;  // the value is the next one
+        if (isAlone ? i + 1 < arguments.size() && arguments[i + 1].empty()
+                    : arguments[i] == name + '=') {
+            return name + ": its value is empty";
         }
+        i += isAlone ? 1 : 0;
     }
     return std::nullopt;
 }

@@ -19,4 +19,9 @@ std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands
 std::optional<std::string> doubledOption(const std::vector<CommandEntry>& commands,
                                          const std::vector<std::string>& arguments);
 
+/// The same, where the value of an option is empty, as that of a variable of the shell may be. No
+/// other argument must take its place.
+std::optional<std::string> emptyOption(const std::vector<CommandEntry>& commands,
+                                       const std::vector<std::string>& arguments);
+
 }  // namespace vextrace::tools
