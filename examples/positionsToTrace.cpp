@@ -1,6 +1,6 @@
 /// \file
-/// Turns lines such as "2026-05-17T10:00:00Z,48.1173,11.5167,545.4" (UTC, degrees, metres) into the
-/// sentences that a receiver would have sent, and these into a trace.
+/// Turns lines such as "2026-05-17T10:00:00Z,48.1173,11.5167,545.4" (UTC of the years that RMC can
+/// tell, degrees, metres) into sentences as a receiver sends them, and these into a trace.
 #include <array>
 #include <cmath>
 #include <fstream>
@@ -33,16 +33,16 @@ int main(int argc, char* argv[]) {
     const auto text = [](const std::vector<uint8_t>& v) { return std::string(v.begin(), v.end()); };
     bool allRead = true;
     for (std::string line; std::getline(std::cin, line);) {
-        const auto stamp = parseUtc(field(line, 0));
+        const std::string utc = utcText(parseUtc(field(line, 0)).value_or(0));
         std::istringstream in(line.substr(line.find(',') + 1));
         auto [north, east, up] = std::array{0.0, 0.0, 0.0};
-        if (!stamp || !(in >> north) || in.get() != ',' || !(in >> east) || in.get() != ',' ||
-            !(in >> up) || std::abs(north) > 90 || std::abs(east) > 180 || std::abs(up) >= 1e6) {
+        if (utc < "1980" || utc >= "2080" || !(in >> north) || in.get() != ',' || !(in >> east) ||
+            in.get() != ',' || !(in >> up) || std::abs(north) > 90 || std::abs(east) > 180 ||
+            std::abs(up) >= 1e6) {
             std::cerr << "No position: " << line << '\n';
             allRead = false;
             continue;
         }
-        const std::string utc = utcText(*stamp);  // 2026-05-17T10:00:00.25Z
         const auto time = utc.substr(11, 2) + utc.substr(14, 2) + utc.substr(17, utc.size() - 18);
         const auto date = utc.substr(8, 2) + utc.substr(5, 2) + utc.substr(2, 2);
         const auto place = coordinate(north, 4, "NS") + ',' + coordinate(east, 5, "EW");

@@ -158,3 +158,13 @@ def test_a_line_that_is_no_position_costs_no_other(examples, tmp_path):
     assert result.stderr.decode() == ("No position: time,latitude,longitude,altitude\n"
                                       "No position: 2026-05-17T10:00:02Z,90.1,2,3\n")
     assert [stamp // 10**9 % 10 for stamp, _ in kept] == [1, 3]
+
+
+def test_a_year_that_two_digits_do_not_tell_is_no_position(examples, tmp_path):
+    line = "%s,1,2,3\n"
+    times = ["1979-12-31T23:59:59Z", "1980-01-01", "2079-12-31T23:59:59.5Z", "2080-01-01"]
+    result, _, kept = convert(examples, tmp_path, "".join(line % time for time in times))
+    assert result.returncode == 1
+    assert result.stderr.decode() == "".join("No position: " + line % times[i] for i in (0, 3))
+    assert [stamp for stamp, _ in kept] == [
+        315_532_800 * 10**9, 3_471_292_799 * 10**9 + 500_000_000]
