@@ -19,6 +19,7 @@
 
 #include "tests/tools/TemporaryFolder.h"
 #include "tools/io/errors.h"
+#include "tools/io/fileLock.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;
@@ -257,6 +258,18 @@ TEST_F(OutputFileTest, RefusesALinkThatLeadsNowhere) {
     writeAll(in("link"), true, "new");
     EXPECT_FALSE(fs::is_symlink(in("link")));
     EXPECT_EQ(contentOf(in("link")), "new");
+}
+
+TEST_F(OutputFileTest, DoesNotReplaceAFileThatIsBeingRecorded) {
+    make("out", "recorded");
+    OutputFile out(in("out"), true, {});
+    const int recorder = open(in("out").c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_TRUE(lockFile(recorder));
+    EXPECT_EQ(refusalOf(in("out"), true), in("out") + ": is being recorded by another program");
+    EXPECT_THROW(out.commit(), UsageError);
+    EXPECT_EQ(contentOf(in("out")), "recorded");
+    close(recorder);
+    EXPECT_EQ(refusalOf(in("out"), true), "");
 }
 
 TEST_F(OutputFileTest, DoesNotReplaceAFileThatCameMeanwhile) {

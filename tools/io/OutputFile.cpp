@@ -91,6 +91,12 @@ void OutputFile::refuseInputs(const FileStatus& existing, const Inputs& inputs) 
     }
 }
 
+void OutputFile::refuseRecorded() const {
+    if (isRecorded(target)) {
+        sink.refuse("is being recorded by another program");
+    }
+}
+
 void OutputFile::openExisting(const FileStatus& existing, bool force, const Inputs& inputs) {
     const bool isRegular = existing.kind == FileStatus::Kind::REGULAR;
     if (existing.kind == FileStatus::Kind::FOLDER) {
@@ -104,9 +110,7 @@ void OutputFile::openExisting(const FileStatus& existing, bool force, const Inpu
         openDirectly();
         return;
     }
-    if (isRecorded(target)) {
-        sink.refuse("is being recorded by another program");
-    }
+    refuseRecorded();
     target = resolved(target);
     if (target.empty() || access(target.c_str(), W_OK) != 0) {
         sink.refuseForErrno();
@@ -180,6 +184,7 @@ void OutputFile::commit() {
     if (target.empty()) {
         return;
     }
+    refuseRecorded();
     // A power failure must leave nothing under the name that is not whole.
     sink.synchronise();
     if (!sink.close() || !name()) {

@@ -27,7 +27,7 @@ public:
     /// \param force   whether an existing file may be replaced
     /// \param inputs  the files that must not be overwritten, by whatever name
     /// \throws UsageError when the file exists and \p force is false, is one of \p inputs, is a
-    ///         directory, or cannot be written
+    ///         directory, is being recorded, or cannot be written
     OutputFile(const std::string& path, bool force, const std::vector<FileStatus>& inputs);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
@@ -64,7 +64,8 @@ public:
     /// Takes back what was written behind this place. \throws as write() does
     void endHere();
 
-    /// The name appears, or standard output is flushed. \throws as write() does
+    /// The name appears, or standard output is flushed. \throws as write() does; UsageError when
+    /// the file that has the name is being recorded
     void commit();
 
 private:
@@ -72,6 +73,7 @@ private:
 
     using Inputs = std::vector<FileStatus>;
     void refuseInputs(const FileStatus& existing, const Inputs& inputs) const;
+    void refuseRecorded() const;
     void openExisting(const FileStatus& existing, bool force, const Inputs& inputs);
     void openNew(bool force, int reason);
     void openDirectly();
