@@ -53,23 +53,30 @@ GpsView::GpsView(const GPSTraceMessage& message) {
     view(message);
 }
 
-std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> message) {
+bool GpsView::readInPlace(std::span<const uint8_t> message) {
     stamp = 0;
     headerReserved = 0;
     sentences.clear();
     bytes = {};
     holder = nullptr;
     decoded.reset();
+    if (refusalOf(message) || !readSentences(payloadOf(message))) {
+        sentences.clear();
+        return false;
+    }
+    stamp = byteArrayToUint64(message.data() + MessageBase::MO_TIMESTAMP);
+    headerReserved = byteArrayToUint16(message.data() + MessageBase::MO_HDRRESERVED);
+    bytes = message;
+    return true;
+}
+
+std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> message) {
+    if (readInPlace(message)) {
+        return std::nullopt;
+    }
     if (std::optional<InvalidMessageException> refusal = refusalOf(message)) {
         return refusal;
     }
-    if (readSentences(payloadOf(message))) {
-        stamp = byteArrayToUint64(message.data() + MessageBase::MO_TIMESTAMP);
-        headerReserved = byteArrayToUint16(message.data() + MessageBase::MO_HDRRESERVED);
-        bytes = message;
-        return std::nullopt;
-    }
-    sentences.clear();
     DecodedMessage result = decode(message);
     if (!result.error) {
         decoded = gpsOf(std::move(result.message));

@@ -38,6 +38,10 @@ public:
     ///         library does not decode them; the view is then of no sentences
     std::optional<InvalidMessageException> read(std::span<const uint8_t> message);
 
+    /// The same of a message that can be read in place; decodes none.
+    /// \return false where it is no such message; the view is then of no sentences
+    bool readInPlace(std::span<const uint8_t> message);
+
     /// See MessageBase.
     timeStamp_t getTimeStamp() const { return stamp; }
 

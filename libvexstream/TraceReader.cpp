@@ -182,6 +182,10 @@ TraceItem TraceReader::State::incomplete(size_t length) {
 }
 
 TraceItem TraceReader::State::takeGps(size_t length) {
+    if (gps.readInPlace({window.at(position), length}) &&
+        division.keepsCanonical(position, length)) {
+        return take(TraceItem::Kind::GPS, length);
+    }
     const bool isKept = division.keeps(position, length);
     const std::span<const uint8_t> message(window.at(position), length);
     if (!isKept && holdsNul(message.subspan(MessageBase::MO_BASE_DERIVED))) {
@@ -193,9 +197,7 @@ TraceItem TraceReader::State::takeGps(size_t length) {
     if (!isKept) {
         return beginDamage(NOTHING_FOLLOWS);
     }
-    TraceItem item = take(TraceItem::Kind::GPS, length);
-    item.gps = &gps;
-    return item;
+    return take(TraceItem::Kind::GPS, length);
 }
 
 TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
@@ -205,6 +207,7 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
     item.bytes = {window.at(position), length};
     item.length = length;
     item.id = messageId(item.bytes.data());
+    item.gps = kind == TraceItem::Kind::GPS ? &gps : nullptr;
     goOnBehind(length);
     return item;
 }

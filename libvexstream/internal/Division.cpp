@@ -9,6 +9,10 @@ namespace {
 // A chain leads on with as much as a beginning has still behind a far time of another source.
 constexpr int ENOUGH_TO_LEAD_ON = 40;
 
+// Of a message that leads on whatever stands before and behind it.
+constexpr int ENOUGH_ALONE =
+    ENOUGH_TO_LEAD_ON - Evidence::LEAST_OF_NEIGHBOUR - Evidence::OF_NOTHING_BEHIND;
+
 // Where the one before leads to, a message stands in fifteen of sixteen cases, even in front of
 // damage.
 constexpr int OF_ITS_PLACE = 4;
@@ -23,6 +27,10 @@ void Division::setGrowing(bool isGrowing) {
 
 void Division::setBefore(uint64_t offset) {
     std::copy_n(window.at(offset), MessageBase::MO_BASE_DERIVED, before.emplace().begin());
+}
+
+bool Division::keepsCanonical(uint64_t offset, size_t length) {
+    return evidence.ofCanonical(offset, length) >= ENOUGH_ALONE;
 }
 
 bool Division::keeps(uint64_t offset, size_t length) {

@@ -38,6 +38,10 @@ public:
     /// is.
     bool keeps(uint64_t offset, size_t length);
 
+    /// The same of a GPS message whose payload is known to be canonical, where it need not be asked
+    /// what stands around it; looks at nothing else.
+    bool keepsCanonical(uint64_t offset, size_t length);
+
     /// An offset, and what is there.
     struct Place {
         Soundness soundness;

@@ -41,7 +41,7 @@ constexpr int OF_LIKE_TIME = 8;
 constexpr int OF_FAR_TIME = Evidence::OF_NOTHING_BEHIND;
 
 // Reserved words are mostly all the same.
-constexpr int OF_ANOTHER_RESERVED = -6;
+constexpr int OF_ANOTHER_RESERVED = Evidence::LEAST_OF_NEIGHBOUR - OF_FAR_TIME;
 
 // Six bytes and more of the header that were there already: 48 bits that a message has by chance.
 constexpr int OF_REPETITION = -40;
@@ -169,6 +169,13 @@ bool Evidence::isIncomplete(uint64_t offset) {
            !holdsNul({front + HEADER, there - HEADER});
 }
 
+void Evidence::noteCanonical(uint64_t offset, size_t length) {
+    const uint8_t* const payload = window.at(offset) + HEADER;
+    const bool isSentence = (payload[0] == '$' || payload[0] == '!') && length > HEADER + 2;
+    known[offset % known.size()] = {offset, length,
+                                    isSentence ? Payload::SENTENCES : Payload::LINES};
+}
+
 Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
     Known& entry = known[offset % known.size()];
     if (entry.offset == offset && entry.length == length) {
@@ -178,8 +185,7 @@ Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
     const auto isLineFeed = [](uint8_t byte) { return byte == '\n'; };
     entry = {offset, length, Payload::LOOSE};
     if (isCanonical(payload)) {
-        const bool isSentence = (payload[0] == '$' || payload[0] == '!') && payload.size() > 2;
-        entry.payload = isSentence ? Payload::SENTENCES : Payload::LINES;
+        noteCanonical(offset, length);
     } else if (holdsNul(payload) || std::all_of(payload.begin(), payload.end(), isLineFeed)) {
         entry.payload = Payload::UNREADABLE;
     } else if (payload.back() != '\n') {

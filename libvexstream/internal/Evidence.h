@@ -21,6 +21,9 @@ public:
     /// Of what is hopeless, at most.
     static constexpr int OF_HOPELESS = -9;
 
+    /// Of a message by the header of the one before it, at least.
+    static constexpr int LEAST_OF_NEIGHBOUR = OF_NOTHING_BEHIND - 6;
+
     explicit Evidence(TraceWindow& trace) : window(trace) {}
 
     /// Whether more may come at the end of the trace.
@@ -45,6 +48,13 @@ public:
     /// Whether others may lie within a message, held or not: in the text of GPS there are none.
     bool mayCover(uint64_t offset, size_t length);
 
+    /// Of a GPS message by its own bytes, where its payload is known to be canonical and need not
+    /// be looked at for that.
+    int ofCanonical(uint64_t offset, size_t length) {
+        noteCanonical(offset, length);
+        return ofMessage(offset, length);
+    }
+
     /// Of a message by its own bytes (id, length, payload) and by the header behind it.
     int inChain(uint64_t offset, size_t length);
 
@@ -57,6 +67,7 @@ private:
     int ofMessage(uint64_t offset, size_t length);
     int ofHeld(uint64_t offset, size_t length);
     Payload payloadOf(uint64_t offset, size_t length);
+    void noteCanonical(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
     int ofNext(uint64_t offset, size_t length);
     bool isSentAgain(uint64_t offset, size_t length);
