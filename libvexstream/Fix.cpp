@@ -83,7 +83,10 @@ std::optional<double> readCoordinate(FieldReader& fields, char positive, char ne
     if (!number || (letter != positive && letter != negative)) {
         return std::nullopt;
     }
-    const double whole = std::floor(*number / 100);
+    if (*number >= 100 * (greatest + 1)) {
+        return std::nullopt;
+    }
+    const auto whole = static_cast<int>(*number / 100);
     const double minutes = *number - 100 * whole;
     const double degrees = whole + minutes / 60;
     if (minutes > 60 || degrees > greatest) {
@@ -170,10 +173,11 @@ bool isUsed(std::optional<Checksum> checksum, FixSource source) {
 std::optional<Fix> readFix(const GpsView& message, FixSource source, TalkerMemory& talkers) {
     const std::string_view rmc = message.getSentence(GPSTraceMessage::GPRMC);
     const std::string_view gga = message.getSentence(GPSTraceMessage::GPGGA);
+    std::optional<Fix> result;
     if (rmc.empty() && gga.empty()) {
-        return std::nullopt;
+        return result;
     }
-    Fix fix;
+    Fix& fix = result.emplace();
     fix.stamp = message.getTimeStamp();
     fix.rmcChecksum = judge(rmc, fix.stamp, talkers);
     fix.ggaChecksum = judge(gga, fix.stamp, talkers);
@@ -185,7 +189,7 @@ std::optional<Fix> readFix(const GpsView& message, FixSource source, TalkerMemor
     if (fix.usesGga) {
         readGga(gga, fix);
     }
-    return fix;
+    return result;
 }
 
 }  // namespace

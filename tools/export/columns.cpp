@@ -18,6 +18,15 @@ bool appendMember(TextBuffer& text, const Fix& fix) {
     return value.has_value();
 }
 
+template <auto MEMBER>
+bool appendDegrees(TextBuffer& text, const Fix& fix) {
+    const auto& value = fix.*MEMBER;
+    if (value) {
+        appendCoordinate(text, *value);
+    }
+    return value.has_value();
+}
+
 bool appendTime(TextBuffer& text, const Fix& fix) {
     const bool isTime = hasDate(fix.stamp);
     if (isTime) {
@@ -51,8 +60,8 @@ const std::array<Column, COLUMN_COUNT> COLUMNS = {{
     {"time_utc", true, appendTime},
     {"time_ns", false, appendNanoseconds},
     {"valid", false, appendValid},
-    {"latitude_deg", false, appendMember<&Fix::latitude>},
-    {"longitude_deg", false, appendMember<&Fix::longitude>},
+    {"latitude_deg", false, appendDegrees<&Fix::latitude>},
+    {"longitude_deg", false, appendDegrees<&Fix::longitude>},
     {"altitude_m", false, appendMember<&Fix::altitude>},
     {"speed_kmh", false, appendMember<&Fix::speed>},
     {"course_deg", false, appendMember<&Fix::course>},

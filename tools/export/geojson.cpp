@@ -125,9 +125,9 @@ private:
 
     void append(const Position& position) {
         coordinates += positions == 0 ? "[" : ",[";
-        appendNumber(coordinates, position.longitude);
+        appendCoordinate(coordinates, position.longitude);
         coordinates += ',';
-        appendNumber(coordinates, position.latitude);
+        appendCoordinate(coordinates, position.latitude);
         if (position.altitude) {
             coordinates += ',';
             appendNumber(coordinates, *position.altitude);

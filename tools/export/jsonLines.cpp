@@ -1,3 +1,5 @@
+#include <array>
+#include <cstring>
 #include <string>
 
 #include "tools/export/Format.h"
@@ -21,7 +23,10 @@ public:
 
     void begin() override {
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
-            names[i] = ",\"" + std::string(COLUMNS[i].name) + (COLUMNS[i].isText ? "\":\"" : "\":");
+            const Column& column = COLUMNS[i];
+            const std::string name =
+                ",\"" + std::string(column.name) + (column.isText ? "\":\"" : "\":");
+            names[i].size = name.copy(names[i].text.data(), names[i].text.size());
         }
     }
 
@@ -34,7 +39,7 @@ public:
         line += trace;
         appendNumber(line, number);
         for (size_t i = 0; i < COLUMNS.size(); ++i) {
-            line += names[i];
+            appendName(line, names[i]);
             appendValue(line, COLUMNS[i], fix);
         }
         line += "}\n";
@@ -42,6 +47,18 @@ public:
     }
 
 private:
+    struct Name {
+        std::array<char, 32> text = {};
+        size_t size = 0;
+    };
+
+    // All of the array is copied, since that takes no call.
+    static void appendName(TextBuffer& line, const Name& name) {
+        char* const dest = line.room(name.text.size());
+        std::memcpy(dest, name.text.data(), name.text.size());
+        line.endAt(dest + name.size);
+    }
+
     // Behind its name.
     static void appendValue(TextBuffer& line, const Column& column, const Fix& fix) {
         const size_t begin = line.size();
@@ -53,8 +70,8 @@ private:
         }
     }
 
-    std::string trace;                              // how its lines begin
-    std::array<std::string, COLUMNS.size()> names;  // with the quotation mark of a text
+    std::string trace;                       // how its lines begin
+    std::array<Name, COLUMNS.size()> names;  // with the quotation mark of a text
 };
 
 }  // namespace

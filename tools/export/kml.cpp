@@ -109,9 +109,9 @@ private:
     void appendPlace(const Fix& fix) {
         const char separator = isTimed ? ' ' : ',';
         places += isTimed ? "<gx:coord>" : "";
-        appendNumber(places, *fix.longitude);
+        appendCoordinate(places, *fix.longitude);
         places += separator;
-        appendNumber(places, *fix.latitude);
+        appendCoordinate(places, *fix.latitude);
         if (fix.altitude) {
             places += separator;
             appendNumber(places, *fix.altitude);

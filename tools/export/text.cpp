@@ -41,6 +41,10 @@ uint64_t rounded(double number) {
 
 // Gives the place behind it.
 char* writeInteger(char* dest, uint64_t number) {
+    if (number < 10) {  // as many are
+        *dest = static_cast<char>('0' + number);
+        return dest + 1;
+    }
     return fmt::format_to(dest, FMT_COMPILE("{}"), number);
 }
 
@@ -115,6 +119,14 @@ void appendNumber(TextBuffer& text, double number) {
         text += "-0.0";  // "-0" is an integer to some readers, which has no sign
     } else if (!appendFewDecimals(text, number)) {
         appendShortest(text, number);
+    }
+}
+
+void appendCoordinate(TextBuffer& text, double degrees) {
+    if (degrees == 0) {
+        appendNumber(text, degrees);
+    } else {
+        appendShortest(text, degrees);
     }
 }
 

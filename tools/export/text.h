@@ -12,6 +12,9 @@ namespace vextrace::tools {
 /// exponent, which some formats do not know. The number is finite.
 void appendNumber(TextBuffer& text, double number);
 
+/// The same, faster for a number that hardly ever has few decimals, as degrees made of minutes.
+void appendCoordinate(TextBuffer& text, double degrees);
+
 /// Appends a number rounded to 3 decimals, without zeros at the end. The number is less than 1e12.
 void appendThousandths(TextBuffer& text, double number);
 
