@@ -141,6 +141,7 @@ TEST(FixTest, TakesPositionsInRange) {
 TEST(FixTest, TakesNoPositionThatMakesNoSense) {
     for (const std::string position : {"9000.001,N,01131.000,E",
                                        "4807.038,N,18000.001,W",
+                                       "9100.000,N,01131.000,E",
                                        "nan,N,01131.000,E",
                                        "4807.038,N,inf,E",
                                        "4807.038,N,1e2,E",

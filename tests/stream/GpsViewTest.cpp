@@ -148,6 +148,21 @@ TEST(GpsViewTest, RefusesWhatIsNoGpsMessageByItsHeader) {
     }
 }
 
+TEST(GpsViewTest, DecodesNothingWhereItIsToReadInPlaceAlone) {
+    GpsView view;
+    const TraceBytes sound = gps(GGA + RMC);
+    EXPECT_TRUE(view.readInPlace(sound));
+    EXPECT_EQ(sentencesOf(view), (std::vector<std::string>{GGA, RMC}));
+    EXPECT_EQ(view.getTimeStamp(), STAMP);
+    for (const std::string_view payload :
+         {"$GPRMC,1\n$GPGGA,1\n"sv, "$GPRMC,1"sv, "$GNRMC,1\n"sv, "$GPRMC,1\n\0"sv, ""sv}) {
+        EXPECT_FALSE(view.readInPlace(gps(payload)));
+        EXPECT_TRUE(view.getSentences().empty());
+        EXPECT_EQ(view.getTimeStamp(), 0U);
+        EXPECT_TRUE(view.message().getSentences().empty());
+    }
+}
+
 TEST(GpsViewTest, NothingOfTheMessageBeforeStays) {
     GpsView view;
     const TraceBytes two = gps(GGA + RMC);

@@ -524,6 +524,17 @@ TEST(TraceReaderTest, TakesSentencesAsOthersWriteThem) {
     EXPECT_EQ(messagesOf(readTrace(joined(trace))), trace);
 }
 
+TEST(TraceReaderTest, TakesAMessageOfSentencesWhateverStandsAroundIt) {
+    TraceBytes alone = messageOf(MSGID_GPS, 0x7FFF'0123'4567'89AB, "$GPRMC,1\n");
+    alone[MessageBase::MO_HDRRESERVED] = 0xAB;
+    for (const TraceBytes& behind : {TraceBytes(20), fix(2), messageOf(0xBEEF, 77, "x")}) {
+        const auto items = readTrace(joined({fix(1), alone, behind}));
+        ASSERT_GE(items.size(), 2U);
+        EXPECT_EQ(items[0].bytes, fix(1));
+        EXPECT_EQ(items[1].bytes, alone);
+    }
+}
+
 TEST(TraceReaderTest, OtherFilesAreNoTrace) {
     std::mt19937 random(4);
     EXPECT_FALSE(isTrace(contentOf(VEXTRACE_SOURCE_DIR "/examples/data/drive.nmea")));
