@@ -18,13 +18,8 @@ constexpr size_t ADDRESS_SIZE = 6;   // "$", two characters of talker, three of 
 constexpr size_t TALKER_SIZE = 2;
 constexpr size_t CHECKSUM_SIZE = 3;  // "*hh"
 
-// A sentence that ends in "*hh", taken apart.
-struct Checked {
-    std::string_view summed;  // what the checksum is of
-    uint8_t sum;              // the checksum as it was sent
-};
-
-std::optional<Checked> takeApart(std::string_view sentence) {
+// Of the checksum of a sentence that ends in "*hh" from that which was sent: 0 where it is right.
+std::optional<uint8_t> difference(std::string_view sentence) {
     const std::string_view text = withoutLineEnd(sentence);
     if (text.size() <= CHECKSUM_SIZE || text[text.size() - CHECKSUM_SIZE] != '*') {
         return std::nullopt;
@@ -34,8 +29,8 @@ std::optional<Checked> takeApart(std::string_view sentence) {
     if (high < 0 || low < 0) {
         return std::nullopt;
     }
-    return Checked{text.substr(1, text.size() - 1 - CHECKSUM_SIZE),
-                   static_cast<uint8_t>(high * 16 + low)};
+    const uint8_t sum = checksumOf(text.substr(1, text.size() - 1 - CHECKSUM_SIZE));
+    return static_cast<uint8_t>(sum ^ (high * 16 + low));
 }
 
 bool mayStandInContent(char c) {
@@ -139,19 +134,16 @@ std::string makeSentence(std::string_view content) {
 }
 
 Checksum receivedChecksum(std::string_view sentence) {
-    const std::optional<Checked> parts = takeApart(sentence);
-    if (!parts) {
-        return Checksum::NONE;
-    }
-    return checksumOf(parts->summed) == parts->sum ? Checksum::RIGHT : Checksum::WRONG;
+    const std::optional<uint8_t> wrong = difference(sentence);
+    return !wrong ? Checksum::NONE : *wrong == 0 ? Checksum::RIGHT : Checksum::WRONG;
 }
 
 Verdict storedVerdict(std::string_view sentence) {
-    const std::optional<Checked> parts = takeApart(sentence);
-    if (!parts) {
+    const std::optional<uint8_t> wrong = difference(sentence);
+    if (!wrong) {
         return {};
     }
-    const auto talker = static_cast<char>(checksumOf(parts->summed) ^ parts->sum ^ 'P');
+    const auto talker = static_cast<char>(*wrong ^ 'P');
     const bool fits =
         talker == 'P' || (sentence.substr(0, 3) == "$GP" && isOtherTalker(sentence, talker));
     return fits ? Verdict{Checksum::RIGHT, talker} : Verdict{Checksum::WRONG};
