@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -34,8 +35,11 @@ constexpr double POWERS_OF_TEN[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
 // Where quotients are kept in more precision than double's they are rounded twice.
 constexpr bool DIVISION_ROUNDS_ONCE = FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1;
 
+// Not below, nor equal to, nor above any number.
+constexpr double NO_NUMBER = std::numeric_limits<double>::quiet_NaN();
+
 // Of a text of digits with at most one point.
-std::optional<double> toDouble(std::string_view text) {
+double toDouble(std::string_view text) {
     double value = 0;
 #ifdef __cpp_lib_to_chars
     const bool fits =
@@ -46,12 +50,12 @@ std::optional<double> toDouble(std::string_view text) {
     stream.imbue(std::locale::classic());
     const bool fits = static_cast<bool>(stream >> value);
 #endif
-    return fits ? std::optional(value) : std::nullopt;
+    return fits ? value : NO_NUMBER;
 }
 
 // The number of the next field, of digits with at most one point. What the library makes of
 // anything else is no number of the receiver's; where that is one, this is the same, bit for bit.
-std::optional<double> readNumber(FieldReader& fields) {
+double readNumber(FieldReader& fields) {
     const char* const begin = fields.position();
     uint64_t value = 0;
     size_t digits = fields.readDigits(value);
@@ -60,7 +64,7 @@ std::optional<double> readNumber(FieldReader& fields) {
     digits += decimals;
     const std::string_view text = fields.endField(begin);
     if (digits == 0 || text.size() != digits + (hasPoint ? 1 : 0)) {
-        return std::nullopt;
+        return NO_NUMBER;
     }
     return digits < std::size(POWERS_OF_TEN) && DIVISION_ROUNDS_ONCE
                ? static_cast<double>(static_cast<int64_t>(value)) / POWERS_OF_TEN[decimals]
@@ -69,37 +73,34 @@ std::optional<double> readNumber(FieldReader& fields) {
 
 // The same, where it is not too great.
 std::optional<double> readUpTo(double greatest, FieldReader& fields, double unit = 1) {
-    const std::optional<double> number = readNumber(fields);
-    return number && *number * unit <= greatest ? std::optional(*number * unit) : std::nullopt;
+    const double value = readNumber(fields) * unit;
+    return value <= greatest ? std::optional(value) : std::nullopt;
 }
 
 // The degrees of a coordinate ddmm.mmm and its hemisphere, the next two fields, where they make
 // sense. Minutes are below 60, but for receivers that round up to it.
-std::optional<double> readCoordinate(FieldReader& fields, char positive, char negative,
-                                     double greatest) {
-    const std::optional<double> number = readNumber(fields);
+double readCoordinate(FieldReader& fields, char positive, char negative, double greatest) {
+    const double number = readNumber(fields);
     const std::string_view hemisphere = fields.next();
     const char letter = hemisphere.size() == 1 ? hemisphere[0] : '\0';
-    if (!number || (letter != positive && letter != negative)) {
-        return std::nullopt;
+    const bool fits = number < 100 * (greatest + 1);
+    if (!fits || (letter != positive && letter != negative)) {
+        return NO_NUMBER;
     }
-    if (*number >= 100 * (greatest + 1)) {
-        return std::nullopt;
-    }
-    const auto whole = static_cast<int>(*number / 100);
-    const double minutes = *number - 100 * whole;
+    const auto whole = static_cast<int>(number / 100);
+    const double minutes = number - 100 * whole;
     const double degrees = whole + minutes / 60;
     if (minutes > 60 || degrees > greatest) {
-        return std::nullopt;
+        return NO_NUMBER;
     }
     return letter == negative ? -degrees : degrees;
 }
 
 // Takes the position that the next four fields hold, where they make sense.
 void readPosition(FieldReader& fields, Fix& fix) {
-    const std::optional<double> latitude = readCoordinate(fields, 'N', 'S', MAX_LATITUDE);
-    const std::optional<double> longitude = readCoordinate(fields, 'E', 'W', MAX_LONGITUDE);
-    if (latitude && longitude) {
+    const double latitude = readCoordinate(fields, 'N', 'S', MAX_LATITUDE);
+    const double longitude = readCoordinate(fields, 'E', 'W', MAX_LONGITUDE);
+    if (!std::isnan(latitude) && !std::isnan(longitude)) {
         fix.latitude = latitude;
         fix.longitude = longitude;
     }
@@ -119,12 +120,10 @@ std::optional<double> readAltitude(FieldReader& fields) {
     if (!isNegative) {
         fields.read('+');
     }
-    const std::optional<double> height = readNumber(fields);
+    const double height = readNumber(fields);
     const std::string_view unit = fields.next();
-    if (!height || *height > MAX_ALTITUDE || (!unit.empty() && unit != "M")) {
-        return std::nullopt;
-    }
-    return isNegative ? -*height : *height;
+    const bool fits = height <= MAX_ALTITUDE && (unit.empty() || unit == "M");
+    return fits ? std::optional(isNegative ? -height : height) : std::nullopt;
 }
 
 // The fields behind the address of a sentence whose code is known.
