@@ -260,14 +260,11 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     const uint8_t* const header = window.at(offset);
     const bool leadsOn = hasHeader(next);
-    // Ids that change from message to message are no types, whatever else is like messages. What
-    // speaks against an id, the last message that has it says for all of them.
-    const bool isSame = leadsOn && haveSameId(header, window.at(next));
-    const bool isType = idOf(header) > OF_FREE_ID || isSame;
+    // What speaks against an id, or for messages that are the same, the last of them says for all.
     const int own = ofMessage(offset, length);
+    const bool isSame = leadsOn && haveSameId(header, window.at(next));
     const int once = own - (isSame ? std::min(idOf(header), 0) : 0);
     if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {
-        // So it does with what speaks for messages that are the same.
         return once >= 0 && standsAgain(offset, length) ? OF_REPETITION : std::min(once, 0);
     }
     const int bits = once + ofNext(offset, length);
@@ -275,7 +272,7 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     if (own <= 0 && bits > OF_UNKNOWN_ID + OF_FAR_TIME && standsAgain(offset, length)) {
         return OF_REPETITION;
     }
-    return isType ? bits : std::min(bits, 0);
+    return bits;
 }
 
 bool Evidence::speaksFor(uint64_t offset, size_t length) {
