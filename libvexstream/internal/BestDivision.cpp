@@ -86,8 +86,7 @@ void BestDivision::weigh(size_t i) {
         const int chain = own < 0 ? 0 : own + behind.chain;
         place.chain = static_cast<uint8_t>(std::min(chain, ENOUGH_TO_BEGIN));
         bits = withHeld(own, offset, length) + behind.inSequence;
-        if (chain >= ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage &&
-            evidence.speaksFor(offset, length)) {
+        if (own > 0 && chain >= ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage) {
             place.begin = static_cast<uint32_t>(i);
             damage = bits - COST_OF_BEGINNING;
         }

@@ -81,7 +81,7 @@ Soundness Division::isBeginning(uint64_t offset) {
     if (chain.bits < BestDivision::ENOUGH_TO_BEGIN) {
         return growing && best.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;
     }
-    const bool isMessage = evidence.speaksFor(offset, evidence.lengthAt(offset));
+    const bool isMessage = evidence.inChain(offset, evidence.lengthAt(offset)) > 0;
     return isMessage ? Soundness::SOUND : Soundness::UNSOUND;
 }
 

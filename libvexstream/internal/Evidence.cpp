@@ -275,14 +275,6 @@ int Evidence::inChain(uint64_t offset, size_t length) {
     return bits;
 }
 
-bool Evidence::speaksFor(uint64_t offset, size_t length) {
-    if (inChain(offset, length) > 0) {
-        return true;
-    }
-    const int own = ofMessage(offset, length);
-    return own + ofNext(offset, length) > 0 && !(own <= 0 && standsAgain(offset, length));
-}
-
 bool Evidence::mayHold(uint64_t offset) {
     const auto type = messageId(window.at(offset));
     switch (type) {

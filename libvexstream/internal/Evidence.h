@@ -39,9 +39,6 @@ public:
     /// Whether whatever is at \p offset has evidence of OF_HOPELESS at most. False says nothing.
     bool isHopeless(uint64_t offset);
 
-    /// Whether anything speaks for a message, be it of a type of which nothing is known.
-    bool speaksFor(uint64_t offset, size_t length);
-
     /// Whether a message of this type may hold others.
     bool mayHold(uint64_t offset);
 
