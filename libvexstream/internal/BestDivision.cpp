@@ -47,8 +47,8 @@ BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
     const uint64_t limit = offset + REACH;
     for (unsigned i = 0; i < MOST_MESSAGES && offset < limit && bits < ENOUGH_TO_BEGIN; ++i) {
         const size_t length = evidence.lengthAt(offset);
-        const int more = length == 0 ? -1 : evidence.inChain(offset, length);
-        if (more < 0) {
+        const int more = length == 0 ? IMPOSSIBLE : evidence.inChain(offset, length);
+        if (bits + more < 0) {
             break;
         }
         bits += more;
@@ -83,10 +83,10 @@ void BestDivision::weigh(size_t i) {
     if (length != 0 && !isVain(i, length)) {
         const int own = evidence.inChain(offset, length);
         const Behind behind = behindOf(offset + length);
-        const int chain = own < 0 ? 0 : own + behind.chain;
-        place.chain = static_cast<uint8_t>(std::min(chain, ENOUGH_TO_BEGIN));
+        const int chain = std::clamp(own + behind.chain, 0, ENOUGH_TO_BEGIN);
+        place.chain = static_cast<uint8_t>(chain);
         bits = withHeld(own, offset, length) + behind.inSequence;
-        if (own > 0 && chain >= ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage) {
+        if (own > 0 && chain == ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage) {
             place.begin = static_cast<uint32_t>(i);
             damage = bits - COST_OF_BEGINNING;
         }

@@ -31,7 +31,7 @@ public:
     /// What was found holds no longer.
     void forget() { count = 0; }
 
-    /// Messages that follow one another, as long as each has evidence.
+    /// Messages that follow one another, as long as all of them so far have evidence together.
     struct Chain {
         int bits;      ///< of all of them; no more are followed where there is no doubt
         uint64_t end;  ///< where it breaks off, or was followed to
