@@ -132,14 +132,14 @@ int BestDivision::inDamageBehind(size_t i) const {
 }
 
 std::optional<uint64_t> BestDivision::beginFrom(uint64_t offset) const {
-    const uint32_t begin = places[offset - first].begin;
+    const uint32_t begin = places[placeOf(offset)].begin;
     const bool isInPart = begin != NOWHERE && first + begin < partEnd;
     return isInPart ? std::optional<uint64_t>(first + begin) : std::nullopt;
 }
 
 // Behind the last place the chain from there on is sure.
 BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
-    const size_t i = offset - first;
+    const size_t i = placeOf(offset);
     if (i < count) {
         return {places[i].inSequence, places[i].chain};
     }
@@ -148,7 +148,7 @@ BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
 }
 
 int BestDivision::inDamage(uint64_t offset) const {
-    return inDamageBehind(offset - first) - COST_OF_DAMAGE;
+    return inDamageBehind(placeOf(offset)) - COST_OF_DAMAGE;
 }
 
 int BestDivision::ofMessage(uint64_t offset, size_t length) {
@@ -159,8 +159,8 @@ int BestDivision::withHeld(int bits, uint64_t offset, size_t length) {
     if (bits <= Evidence::OF_NOTHING_BEHIND || !evidence.mayCover(offset, length)) {
         return bits;
     }
-    const size_t payload = offset - first + MessageBase::MO_BASE_DERIVED;
-    const size_t end = offset - first + length;
+    const size_t payload = placeOf(offset) + MessageBase::MO_BASE_DERIVED;
+    const size_t end = placeOf(offset) + length;
     if (end > count || places[payload].begin >= end || !leadsTo(places[payload].begin, end)) {
         return bits;
     }
@@ -170,8 +170,8 @@ int BestDivision::withHeld(int bits, uint64_t offset, size_t length) {
 }
 
 bool BestDivision::isTorn(uint64_t offset, size_t length) const {
-    const size_t end = offset - first + length;
-    const uint32_t begin = beginBehind(offset - first);
+    const size_t end = placeOf(offset) + length;
+    const uint32_t begin = beginBehind(placeOf(offset));
     return end < count && places[end].next == places[end].begin && begin < end &&
            !leadsTo(begin, end) && messageId(window.at(offset)) != MSGID_GPS;
 }

@@ -80,6 +80,7 @@ private:
         int chain;
     };
 
+    size_t placeOf(uint64_t offset) const { return static_cast<size_t>(offset - first); }
     void weigh(size_t i);
     bool isVain(size_t i, size_t length);
     void goOn(size_t i, size_t next);

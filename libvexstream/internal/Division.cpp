@@ -62,7 +62,8 @@ bool Division::mayBeTooLong(uint64_t offset, size_t length) {
     const uint64_t payload = offset + MessageBase::MO_BASE_DERIVED;
     const uint64_t end = offset + length;
     for (uint64_t i = end - MessageBase::MO_BASE_DERIVED; i > payload; --i) {
-        if (evidence.lengthAt(i) == end - i && evidence.inChain(i, end - i) > 0) {
+        const auto rest = static_cast<size_t>(end - i);
+        if (evidence.lengthAt(i) == rest && evidence.inChain(i, rest) > 0) {
             return true;
         }
     }
