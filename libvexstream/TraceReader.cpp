@@ -173,8 +173,8 @@ TraceItem TraceReader::State::inSequence() {
 
 // The message runs beyond the end of the trace.
 TraceItem TraceReader::State::incomplete(size_t length) {
-    window.throwReadError();
-    if (growing && !division.anyBegins(position + 1, window.end())) {
+    if (growing &&
+        (division.mayHold(position) || !division.anyBegins(position + 1, window.end()))) {
         return theEnd();
     }
     return beginDamage("a message of " + std::to_string(length) + " bytes is cut off after " +

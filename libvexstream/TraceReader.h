@@ -104,6 +104,7 @@ public:
     /// For a trace that grows: an incomplete message at the end is left for the next call of
     /// next(), which answers END meanwhile. A message that is complete waits for nothing behind it.
     /// What is incomplete may be taken away from the file, as a recorder does that continues it.
+    /// Of what is no trace more may be taken for messages than where all of it is there.
     void setGrowing(bool growing);
 
     /// For callers that must come to an end quickly: asked once in some thousand bytes while

@@ -13,9 +13,11 @@ constexpr uint64_t BEHIND_PART = LONGEST_MESSAGE;
 // How far a chain is followed.
 constexpr unsigned MOST_MESSAGES = 16;
 constexpr uint64_t REACH = 6 * LONGEST_MESSAGE;
-static_assert(PART + BEHIND_PART + REACH + LONGEST_MESSAGE + MessageBase::MO_BASE_DERIVED <=
+constexpr uint64_t IN_FRONT = uint64_t{16} * 1024;  // of the place asked for, in one go
+static_assert(IN_FRONT + PART + BEHIND_PART + LONGEST_MESSAGE + REACH + LONGEST_MESSAGE +
+                      MessageBase::MO_BASE_DERIVED <=
                   TraceWindow::ROOM,
-              "a chain from the last place, and the header behind it");
+              "a chain behind what the last place leads to, and the header behind it");
 
 // A message begins in the midst of anything once in 2^64 places by chance, of which a trace of
 // 1 GB has 2^30: beyond doubt, even where chance is not quite what the evidence takes it for. A

@@ -25,6 +25,15 @@ void Division::setGrowing(bool isGrowing) {
     best.setGrowing(isGrowing);
 }
 
+void Division::forget() {
+    evidence.forget();
+    best.forget();
+}
+
+bool Division::mayHold(uint64_t offset) {
+    return window.available(offset, HEADER_FRONT) == HEADER_FRONT && evidence.mayHold(offset);
+}
+
 void Division::setBefore(uint64_t offset) {
     std::copy_n(window.at(offset), MessageBase::MO_BASE_DERIVED, before.emplace().begin());
 }

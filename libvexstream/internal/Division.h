@@ -28,7 +28,10 @@ public:
     void setGrowing(bool isGrowing);
 
     /// What is at the end of a growing trace may be something else from now on.
-    void forget() { best.forget(); }
+    void forget();
+
+    /// Whether the message that begins at an offset, which is not all there yet, may hold others.
+    bool mayHold(uint64_t offset);
 
     /// The message at this offset is taken: the next is judged as the one behind it.
     void setBefore(uint64_t offset);

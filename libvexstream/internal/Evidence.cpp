@@ -43,6 +43,9 @@ constexpr int OF_FAR_TIME = Evidence::OF_NOTHING_BEHIND;
 // Reserved words are mostly all the same.
 constexpr int OF_ANOTHER_RESERVED = Evidence::LEAST_OF_NEIGHBOUR - OF_FAR_TIME;
 
+// So many messages tell that others are held.
+constexpr unsigned MOST_HELD = 16;
+
 // Six bytes and more of the header that were there already: 48 bits that a message has by chance.
 constexpr int OF_REPETITION = -40;
 
@@ -258,8 +261,8 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
 
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
-    const uint8_t* const header = window.at(offset);
     const bool leadsOn = hasHeader(next);
+    const uint8_t* const header = window.at(offset);  // nothing is read behind this
     // What speaks against an id, or for messages that are the same, the last of them says for all.
     const int own = ofMessage(offset, length);
     const bool isSame = leadsOn && haveSameId(header, window.at(next));
@@ -294,11 +297,13 @@ bool Evidence::mayCover(uint64_t offset, size_t length) {
     return length >= 3 * HEADER && messageId(window.at(offset)) != MSGID_GPS;
 }
 
-// Of the messages that are the payload of this one. One that is none tells that it is no chain.
+// Of the messages that are the payload of this one, as far as they are looked at. One that is none
+// tells that it is no chain.
 int Evidence::ofHeld(uint64_t offset, size_t length) {
     const uint64_t end = offset + length;
+    uint64_t inner = offset + HEADER;
     int bits = 0;
-    for (uint64_t inner = offset + HEADER; inner < end;) {
+    for (unsigned i = 0; i < MOST_HELD && inner < end; ++i) {
         const size_t innerLength = lengthAt(inner);
         if (innerLength == 0 || innerLength > end - inner) {
             return 0;

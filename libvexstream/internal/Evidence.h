@@ -29,6 +29,9 @@ public:
     /// Whether more may come at the end of the trace.
     void setGrowing(bool isGrowing) { growing = isGrowing; }
 
+    /// What was known of the bytes holds no longer.
+    void forget() { known = {}; }
+
     /// Bytes of the message at \p offset; 0 where there is none: a size field too small for a
     /// header, bytes that are missing, a GPS message that the library would not decode whole.
     size_t lengthAt(uint64_t offset);

@@ -137,7 +137,9 @@ TEST(GpsViewTest, RefusesWhatIsNoGpsMessageByItsHeader) {
     }
     TraceBytes longer = sound;
     longer.push_back('\n');
-    EXPECT_TRUE(view.read(longer));
+    const auto tooLong = view.read(longer);
+    ASSERT_TRUE(tooLong);
+    EXPECT_EQ(tooLong->getCause(), IM_INVALID_LEN);
     for (const std::string_view payload : {std::string_view(RMC), "unordered\nlines\n"sv}) {
         TraceBytes other = gps(payload);
         other[MessageBase::MO_MSGID + 1] = MSGID_GPS + 1;

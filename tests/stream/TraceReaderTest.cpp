@@ -615,6 +615,38 @@ TEST(TraceReaderTest, ATornEndOfAGrowingTraceMayBeReplaced) {
     EXPECT_EQ(messagesOf(readAll(reader)), Messages{fix(12)});
 }
 
+TEST(TraceReaderTest, WhatWasSeenOfATornEndSaysNothingOfAnother) {
+    const TraceBytes sound = gps("$GNRMC,1\n");
+    const TraceBytes unsound = gps(std::string_view("$GNRM\0,1\n", 9));
+    const std::string payload = "as long as a" + std::string(unsound.begin(), unsound.end());
+    const TraceBytes torn = messageOf(1, STAMP, payload + std::string(100, 'x'));
+    GrowingTrace file(joined({fix(10), beginningOf(torn, 26 + unsound.size() + 10)}));
+    TraceReader reader(file);
+    reader.setGrowing(true);
+    EXPECT_EQ(readAll(reader).size(), 1U);
+    file.cut(fix(10).size());
+    const Messages others = {can(1), sound, can(2), fix(12)};
+    file.append(joined(others));
+    EXPECT_EQ(messagesOf(readAll(reader)), others);
+}
+
+TEST(TraceReaderTest, LeavesContainersWholeInAGrowingTrace) {
+    const TraceBytes inner = joined({fix(11), can(1), fix(12), can(2)});
+    const std::string payload(inner.begin(), inner.end());
+    for (const uint16_t id : std::initializer_list<uint16_t>{12, 0xC0DE}) {
+        GrowingTrace file(fix(10));
+        TraceReader reader(file);
+        reader.setGrowing(true);
+        EXPECT_EQ(copied(reader.next()).bytes, fix(10));
+        const TraceBytes container = messageOf(id, STAMP, payload);
+        for (const uint8_t byte : container) {
+            EXPECT_EQ(reader.next().kind, Kind::END);
+            file.append({byte});
+        }
+        EXPECT_EQ(copied(reader.next()).bytes, container);
+    }
+}
+
 TEST(TraceReaderTest, GrowingEndsAreDamageOnceTheyGrowNoMore) {
     const TraceBytes torn = beginningOf(fix(11), 50);
     GrowingTrace file(joined({fix(10), torn}));
@@ -667,6 +699,20 @@ TEST(TraceReaderTest, GivesWhatWasReadBeforeAReadError) {
             EXPECT_STREQ(error.what(), "the disk has gone");
         }
     }
+}
+
+TEST(TraceReaderTest, GivesWhatIsBehindASizeFieldThatIsTooLargeBeforeAReadError) {
+    TraceBytes tooLong = can(1);
+    tooLong[0] = 0x77;
+    const TraceBytes trace = joined({fix(10), tooLong, fix(11), can(2), fix(12)});
+    FailingSource source(trace);
+    TraceReader reader(source);
+    EXPECT_EQ(copied(reader.next()).bytes, fix(10));
+    EXPECT_EQ(copied(reader.next()).bytes, tooLong);
+    for (const TraceBytes& message : {fix(11), can(2), fix(12)}) {
+        EXPECT_EQ(copied(reader.next()).bytes, message);
+    }
+    EXPECT_THROW(reader.next(), std::runtime_error);
 }
 
 }  // namespace traceReaderTest

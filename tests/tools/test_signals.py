@@ -141,10 +141,17 @@ def test_ends_by_a_signal_while_the_trace_is_looked_through(start, pipe, tmp_pat
     assert os.path.getsize(tmp_path / "trace") == size
 
 
+def catches(pid, number):
+    status = pathlib.Path(f"/proc/{pid}/status").read_text()
+    caught = int(re.search(r"SigCgt:\s*(\w+)", status)[1], 16)
+    return caught >> (number - 1) & 1
+
+
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM])
 def test_ends_by_a_signal_while_nobody_reads_the_fifo_yet(start, pipe, tmp_path, number):
     os.mkfifo(tmp_path / "trace")
     recorder = start(stdin=pipe[0])
+    wait_until(lambda: catches(recorder.process.pid, number))
     time.sleep(0.3)
     name = signal.Signals(number).name
     assert recorder.stop(number) == (

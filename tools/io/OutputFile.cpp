@@ -184,9 +184,9 @@ void OutputFile::commit() {
     if (target.empty()) {
         return;
     }
-    refuseRecorded();
     // A power failure must leave nothing under the name that is not whole.
     sink.synchronise();
+    refuseRecorded();
     if (!sink.close() || !name()) {
         sink.failFor(errno);
     }

@@ -21,7 +21,7 @@ bool isRecorded(const std::string& path) {
     if (file < 0) {
         return false;
     }
-    const bool isLocked = !lockFile(file);
+    const bool isLocked = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
     close(file);
     return isLocked;
 }
