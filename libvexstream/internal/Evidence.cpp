@@ -44,7 +44,7 @@ constexpr int OF_FAR_TIME = Evidence::OF_NOTHING_BEHIND;
 constexpr int OF_ANOTHER_RESERVED = Evidence::LEAST_OF_NEIGHBOUR - OF_FAR_TIME;
 
 // So many messages tell that others are held.
-constexpr unsigned MOST_HELD = 16;
+constexpr unsigned MOST_HELD = 8;
 
 // Six bytes and more of the header that were there already: 48 bits that a message has by chance.
 constexpr int OF_REPETITION = -40;
