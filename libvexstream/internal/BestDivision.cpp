@@ -19,12 +19,9 @@ static_assert(IN_FRONT + PART + BEHIND_PART + LONGEST_MESSAGE + REACH + LONGEST_
                   TraceWindow::ROOM,
               "a chain behind what the last place leads to, and the header behind it");
 
-// A message begins in the midst of anything once in 2^64 places by chance, of which a trace of
-// 1 GB has 2^30: beyond doubt, even where chance is not quite what the evidence takes it for. A
-// chain that leads from any place exactly to the end of the trace does so once in 2^16 times, and
-// it is asked for at one place in a trace.
-constexpr int OF_THE_END = 48;
-static_assert(BestDivision::ENOUGH_TO_BEGIN == 64);
+// A chain that leads from any place exactly to the end of the trace does so once in 2^16 times, and
+// it is asked for at one place in a trace: the rest of what leaves no doubt.
+constexpr int OF_THE_END = BestDivision::ENOUGH_TO_BEGIN - 16;
 
 // A trace has one damage in 2^26 bytes at most, and behind it a message begins within some 2^14.
 constexpr int COST_OF_DAMAGE = 26;
@@ -34,15 +31,6 @@ constexpr uint32_t NOWHERE = std::numeric_limits<uint32_t>::max();
 constexpr int IMPOSSIBLE = std::numeric_limits<int>::min() / 2;
 
 }  // namespace
-
-void BestDivision::setGrowing(bool isGrowing) {
-    growing = isGrowing;
-    forget();
-}
-
-bool BestDivision::endsAt(uint64_t offset) {
-    return window.available(offset, 1) == 0 || (growing && evidence.isIncomplete(offset));
-}
 
 BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
     int bits = 0;
@@ -80,7 +68,7 @@ void BestDivision::weigh(size_t i) {
     place.chain = 0;
     const uint64_t offset = first + i;
     const size_t length = evidence.lengthAt(offset);
-    int bits = growing && evidence.isIncomplete(offset) ? 0 : IMPOSSIBLE;
+    int bits = evidence.endsAt(offset) ? 0 : IMPOSSIBLE;
     int damage = inDamageBehind(i);
     if (length != 0 && !isVain(i, length)) {
         const int own = evidence.inChain(offset, length);
@@ -146,7 +134,7 @@ BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
         return {places[i].inSequence, places[i].chain};
     }
     const int bits = chainFrom(offset).bits;
-    return {endsAt(offset) ? 0 : bits - COST_OF_DAMAGE, bits};
+    return {evidence.endsAt(offset) ? 0 : bits - COST_OF_DAMAGE, bits};
 }
 
 int BestDivision::inDamage(uint64_t offset) const {

@@ -22,7 +22,7 @@ constexpr int OF_ITS_PLACE = 4;
 void Division::setGrowing(bool isGrowing) {
     growing = isGrowing;
     evidence.setGrowing(isGrowing);
-    best.setGrowing(isGrowing);
+    best.forget();
 }
 
 void Division::forget() {
@@ -59,7 +59,7 @@ bool Division::keeps(uint64_t offset, size_t length) {
 bool Division::leadsOn(uint64_t offset) {
     const BestDivision::Chain chain = best.chainFrom(offset);
     const int bits = std::min(ofHistory(offset), 0) + chain.bits;
-    return bits >= (best.endsAt(chain.end) ? 0 : ENOUGH_TO_LEAD_ON);
+    return bits >= (evidence.endsAt(chain.end) ? 0 : ENOUGH_TO_LEAD_ON);
 }
 
 // Whether another message, which its type does not hold, ends where this one does: its size field
@@ -89,7 +89,7 @@ Soundness Division::isBeginning(uint64_t offset) {
     }
     const BestDivision::Chain chain = best.chainFrom(offset);
     if (chain.bits < BestDivision::ENOUGH_TO_BEGIN) {
-        return growing && best.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;
+        return growing && evidence.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;
     }
     const bool isMessage = evidence.inChain(offset, evidence.lengthAt(offset)) > 0;
     return isMessage ? Soundness::SOUND : Soundness::UNSOUND;

@@ -159,6 +159,11 @@ size_t Evidence::lengthAt(uint64_t offset) {
     return isGps && payloadOf(offset, length) == Payload::UNREADABLE ? 0 : length;
 }
 
+bool Evidence::endsAt(uint64_t offset) {
+    return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
+}
+
+// Whether nothing but the beginning of a message is there, which may become a whole one.
 bool Evidence::isIncomplete(uint64_t offset) {
     const size_t there = window.available(offset, LONGEST_MESSAGE);
     if (there < HEADER_FRONT) {
@@ -255,14 +260,13 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
     if (hasHeader(next)) {
         return std::max(ofNeighbour(window.at(offset), window.at(next)), OF_NOTHING_BEHIND);
     }
-    const bool mayFollow = window.available(next, 1) == 0 || (growing && isIncomplete(next));
-    return mayFollow ? 0 : OF_NOTHING_BEHIND;
+    return endsAt(next) ? 0 : OF_NOTHING_BEHIND;
 }
 
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
-    const bool leadsOn = hasHeader(next);
-    const uint8_t* const header = window.at(offset);  // nothing is read behind this
+    const bool leadsOn = hasHeader(next);  // may move the bytes
+    const uint8_t* const header = window.at(offset);
     // What speaks against an id, or for messages that are the same, the last of them says for all.
     const int own = ofMessage(offset, length);
     const bool isSame = leadsOn && haveSameId(header, window.at(next));

@@ -36,8 +36,9 @@ public:
     /// header, bytes that are missing, a GPS message that the library would not decode whole.
     size_t lengthAt(uint64_t offset);
 
-    /// Whether nothing but the beginning of a message is there, which may become a whole one.
-    bool isIncomplete(uint64_t offset);
+    /// Whether the trace ends there, or nothing is there but the beginning of a message, of which
+    /// more may come.
+    bool endsAt(uint64_t offset);
 
     /// Whether whatever is at \p offset has evidence of OF_HOPELESS at most. False says nothing.
     bool isHopeless(uint64_t offset);
@@ -66,6 +67,7 @@ private:
 
     int ofMessage(uint64_t offset, size_t length);
     int ofHeld(uint64_t offset, size_t length);
+    bool isIncomplete(uint64_t offset);
     Payload payloadOf(uint64_t offset, size_t length);
     void noteCanonical(uint64_t offset, size_t length);
     bool hasHeader(uint64_t offset);
