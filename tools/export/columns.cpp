@@ -9,20 +9,13 @@ namespace vextrace::tools {
 
 namespace {
 
-template <auto MEMBER>
+constexpr auto APPEND_NUMBER = [](TextBuffer& text, auto number) { appendNumber(text, number); };
+
+template <auto MEMBER, auto APPEND = APPEND_NUMBER>
 bool appendMember(TextBuffer& text, const Fix& fix) {
     const auto& value = fix.*MEMBER;
     if (value) {
-        appendNumber(text, *value);
-    }
-    return value.has_value();
-}
-
-template <auto MEMBER>
-bool appendDegrees(TextBuffer& text, const Fix& fix) {
-    const auto& value = fix.*MEMBER;
-    if (value) {
-        appendCoordinate(text, *value);
+        APPEND(text, *value);
     }
     return value.has_value();
 }
@@ -60,8 +53,8 @@ const std::array<Column, COLUMN_COUNT> COLUMNS = {{
     {"time_utc", true, appendTime},
     {"time_ns", false, appendNanoseconds},
     {"valid", false, appendValid},
-    {"latitude_deg", false, appendDegrees<&Fix::latitude>},
-    {"longitude_deg", false, appendDegrees<&Fix::longitude>},
+    {"latitude_deg", false, appendMember<&Fix::latitude, appendCoordinate>},
+    {"longitude_deg", false, appendMember<&Fix::longitude, appendCoordinate>},
     {"altitude_m", false, appendMember<&Fix::altitude>},
     {"speed_kmh", false, appendMember<&Fix::speed>},
     {"course_deg", false, appendMember<&Fix::course>},
