@@ -80,14 +80,18 @@ bool exists(const std::string& name, const std::vector<std::string>& names) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+// Null where there is none.
+const CommandEntry* commandNamed(const std::vector<CommandEntry>& commands,
+                                 const std::string& name) {
+    const auto named = std::find_if(commands.begin(), commands.end(),
+                                    [&](const CommandEntry& entry) { return entry.name == name; });
+    return named == commands.end() ? nullptr : &*named;
+}
+
 // The command that the arguments begin with; null where there is none.
 const CommandEntry* commandOf(const std::vector<CommandEntry>& commands,
                               const std::vector<std::string>& arguments) {
-    const auto named =
-        std::find_if(commands.begin(), commands.end(), [&](const CommandEntry& command) {
-            return !arguments.empty() && command.name == arguments.front();
-        });
-    return named == commands.end() ? nullptr : &*named;
+    return arguments.empty() ? nullptr : commandNamed(commands, arguments.front());
 }
 
 bool takesValue(const CommandEntry& command, const std::string& name) {
@@ -115,14 +119,11 @@ std::optional<std::string> unknownName(const std::vector<CommandEntry>& commands
                                    hint(name, names));
             }
         } else if (command == nullptr) {
-            const auto named =
-                std::find_if(commands.begin(), commands.end(),
-                             [&](const CommandEntry& entry) { return entry.name == argument; });
-            if (named == commands.end()) {
+            command = commandNamed(commands, argument);
+            if (command == nullptr) {
                 return fmt::format("{}: no command{}", escaped(argument),
                                    hint(argument, commandNames(commands)));
             }
-            command = &*named;
         }
     }
     return std::nullopt;
