@@ -21,12 +21,13 @@ bool isAll(std::string_view bytes, char byte) {
     return bytes.find_first_not_of(byte) == std::string_view::npos;
 }
 
-// Searched by the id's second byte: zeros, with which the others mostly begin, are all over.
+// Searched by the first byte that is not zero: zeros are all over.
 bool holdsTypeAndTime(std::string_view payload, std::string_view typeAndTime) {
-    size_t at = payload.find(typeAndTime[1], 1);
+    const size_t front = typeAndTime.find_first_not_of('\0');
+    size_t at = payload.find(typeAndTime[front], front);
     while (at != std::string_view::npos &&
-           payload.substr(at - 1, typeAndTime.size()) != typeAndTime) {
-        at = payload.find(typeAndTime[1], at + 1);
+           payload.substr(at - front, typeAndTime.size()) != typeAndTime) {
+        at = payload.find(typeAndTime[front], at + 1);
     }
     return at != std::string_view::npos;
 }
