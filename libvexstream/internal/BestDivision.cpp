@@ -1,6 +1,5 @@
 #include "libvexstream/internal/BestDivision.h"
 
-#include <algorithm>
 #include <limits>
 
 namespace vextrace {
@@ -37,7 +36,7 @@ BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
     const uint64_t limit = offset + REACH;
     for (unsigned i = 0; i < MOST_MESSAGES && offset < limit && bits < ENOUGH_TO_BEGIN; ++i) {
         const size_t length = evidence.lengthAt(offset);
-        const int more = length == 0 ? IMPOSSIBLE : evidence.inChain(offset, length);
+        const int more = length == 0 ? IMPOSSIBLE : ofLink(offset, length);
         if (bits + more < 0) {
             break;
         }
@@ -45,6 +44,20 @@ BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
         offset += length;
     }
     return {window.available(offset, 1) == 0 ? bits + OF_THE_END : bits, offset};
+}
+
+// A message is in the chains of those in front of it, too. What is missing behind it may come.
+int BestDivision::ofLink(uint64_t offset, size_t length) {
+    constexpr size_t FAR_ENOUGH = 2 * LONGEST_MESSAGE;
+    Link& link = links[offset % links.size()];
+    if (link.offset == offset) {
+        return link.bits;
+    }
+    const int bits = evidence.inChain(offset, length);
+    if (window.available(offset, FAR_ENOUGH) == FAR_ENOUGH) {
+        link = {offset, bits};
+    }
+    return bits;
 }
 
 void BestDivision::find(uint64_t offset) {
@@ -63,18 +76,16 @@ void BestDivision::find(uint64_t offset) {
 }
 
 void BestDivision::weigh(size_t i) {
-    Place& place = places[i];
-    place.begin = beginBehind(i);
-    place.chain = 0;
     const uint64_t offset = first + i;
     const size_t length = evidence.lengthAt(offset);
-    int bits = evidence.endsAt(offset) ? 0 : IMPOSSIBLE;
+    Place place{0, beginBehind(i), 0, 0, 0, 0};
     int damage = inDamageBehind(i);
-    if (length != 0 && !isVain(i, length)) {
+    int bits = evidence.endsAt(offset) ? 0 : IMPOSSIBLE;
+    if (length != 0 && !isVain(i, length, damage - COST_OF_DAMAGE)) {
         const int own = evidence.inChain(offset, length);
         const Behind behind = behindOf(offset + length);
         const int chain = std::clamp(own + behind.chain, 0, ENOUGH_TO_BEGIN);
-        place.chain = static_cast<uint8_t>(chain);
+        place.chain = static_cast<uint16_t>(chain);
         bits = withHeld(own, offset, length) + behind.inSequence;
         if (own > 0 && chain == ENOUGH_TO_BEGIN && bits - COST_OF_BEGINNING >= damage) {
             place.begin = static_cast<uint32_t>(i);
@@ -84,24 +95,30 @@ void BestDivision::weigh(size_t i) {
     const bool isMessage = bits >= damage - COST_OF_DAMAGE;
     place.inSequence = isMessage ? bits : damage - COST_OF_DAMAGE;
     const size_t end = length == 0 ? count : i + length;
-    goOn(i, isMessage ? end : place.begin);
+    goOn(place, isMessage ? end : place.begin);
+    places[i] = place;
 }
 
-// Whether what is at a place has no chance, whatever it is.
-bool BestDivision::isVain(size_t i, size_t length) {
+// Whether what is at a place has too little evidence, however little it repeats.
+bool BestDivision::isVain(size_t i, size_t length, int needed) {
     const size_t end = i + length;
-    const bool isWorse = end >= count || places[end].inSequence + Evidence::OF_HOPELESS <=
-                                             inDamageBehind(i) - COST_OF_DAMAGE;
-    return isWorse && evidence.isHopeless(first + i);
+    const bool isWorse = end >= count || places[end].inSequence + Evidence::OF_HOPELESS <= needed;
+    if (isWorse && evidence.isHopeless(first + i)) {
+        return true;
+    }
+    const int most = evidence.atMost(first + i, length);
+    const Behind behind = behindOf(first + end);
+    return most + behind.chain <= 0 &&
+           withHeld(most, first + i, length) + behind.inSequence < needed;
 }
 
 // Some steps leave out as much as the two behind them together: any place is reached in few.
-void BestDivision::goOn(size_t i, size_t next) {
+void BestDivision::goOn(Place& place, size_t next) const {
     const size_t then = next < count ? places[next].farther : count;
     const bool areTwo = then < count && places[next].rank == places[then].rank;
-    places[i].next = static_cast<uint32_t>(next);
-    places[i].rank = static_cast<uint8_t>(areTwo ? places[next].rank + 1 : 0);
-    places[i].farther = areTwo ? places[then].farther : places[i].next;
+    place.next = static_cast<uint32_t>(next);
+    place.rank = static_cast<uint16_t>(areTwo ? places[next].rank + 1 : 0);
+    place.farther = areTwo ? places[then].farther : place.next;
 }
 
 // Whether what is in sequence at a place has a message that ends there.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -29,7 +31,10 @@ public:
     BestDivision(TraceWindow& trace, Evidence& ofMessages) : window(trace), evidence(ofMessages) {}
 
     /// What was found holds no longer.
-    void forget() { count = 0; }
+    void forget() {
+        count = 0;
+        links = {};
+    }
 
     /// Messages that follow one another, as long as all of them so far have evidence together.
     struct Chain {
@@ -42,6 +47,9 @@ public:
     /// Finds the division of the part in which an offset is, from there on. The functions below
     /// answer for offsets from there on.
     void find(uint64_t offset);
+
+    /// Behind the part that was found.
+    uint64_t end() const { return std::min<uint64_t>(partEnd, first + count); }
 
     /// Where the next message begins from an offset on that is in damage; none where it is in
     /// another part.
@@ -68,8 +76,8 @@ private:
         uint32_t begin;    // where D has its next message
         uint32_t next;     // where S goes on: behind its message, or where D does
         uint32_t farther;  // where S goes on some steps later
-        uint8_t rank;      // of these steps
-        uint8_t chain;     // bits of the chain from there on
+        uint16_t rank;     // of these steps
+        uint16_t chain;    // bits of the chain from there on
     };
 
     struct Behind {
@@ -77,10 +85,16 @@ private:
         int chain;
     };
 
+    struct Link {
+        uint64_t offset = ~uint64_t{0};
+        int bits = 0;
+    };
+
     size_t placeOf(uint64_t offset) const { return static_cast<size_t>(offset - first); }
+    int ofLink(uint64_t offset, size_t length);
     void weigh(size_t i);
-    bool isVain(size_t i, size_t length);
-    void goOn(size_t i, size_t next);
+    bool isVain(size_t i, size_t length, int needed);
+    void goOn(Place& place, size_t next) const;
     bool leadsTo(size_t i, size_t end) const;
     uint32_t beginBehind(size_t i) const;
     int inDamageBehind(size_t i) const;
@@ -93,6 +107,7 @@ private:
     uint64_t partEnd = 0;  // what is behind it is there for those in front of it
     size_t count = 0;      // of the places that are known
     std::vector<Place> places;
+    std::array<Link, 64> links;  // of the chains that were followed last
 };
 
 }  // namespace vextrace

@@ -83,35 +83,45 @@ int Division::ofHistory(uint64_t offset) {
     return before ? evidence.behind(before->data(), offset) : 0;
 }
 
+// Whether a message begins there as far as it says itself: the best division knows the rest.
+bool Division::mayBegin(uint64_t offset) {
+    if (evidence.isHopeless(offset)) {
+        return false;
+    }
+    const size_t length = evidence.lengthAt(offset);
+    return length != 0 && evidence.atMost(offset, length) > 0 &&
+           evidence.inChain(offset, length) > 0;
+}
+
+// Of what begins at the end of a growing trace, of which more may come.
 Soundness Division::isBeginning(uint64_t offset) {
     if (evidence.isHopeless(offset)) {
         return Soundness::UNSOUND;
     }
     const BestDivision::Chain chain = best.chainFrom(offset);
     if (chain.bits < BestDivision::ENOUGH_TO_BEGIN) {
-        return growing && evidence.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;
+        return evidence.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;
     }
-    const bool isMessage = evidence.inChain(offset, evidence.lengthAt(offset)) > 0;
-    return isMessage ? Soundness::SOUND : Soundness::UNSOUND;
+    return mayBegin(offset) ? Soundness::SOUND : Soundness::UNSOUND;
 }
 
 Division::Place Division::findBeginning(uint64_t from, uint64_t to) {
-    for (uint64_t offset = from; offset < to; ++offset) {
-        if (window.available(offset, 1) == 0) {
-            return {Soundness::UNSOUND, offset};
+    uint64_t offset = from;
+    for (; offset < to && window.available(offset, 1) != 0; ++offset) {
+        if (growing && isBeginning(offset) == Soundness::UNDECIDED) {
+            return {Soundness::UNDECIDED, offset};
         }
-        const Soundness soundness = isBeginning(offset);
-        if (soundness == Soundness::UNDECIDED) {
-            return {soundness, offset};
-        }
-        if (soundness == Soundness::SOUND) {
+        if (mayBegin(offset)) {
             best.find(offset);
             if (const auto begin = best.beginFrom(offset)) {
-                return {soundness, *begin};
+                return {Soundness::SOUND, *begin};
+            }
+            if (!growing) {
+                return {Soundness::UNSOUND, best.end()};
             }
         }
     }
-    return {Soundness::UNSOUND, to};
+    return {Soundness::UNSOUND, offset};
 }
 
 bool Division::anyBegins(uint64_t from, uint64_t to) {

@@ -52,7 +52,8 @@ public:
     };
 
     /// Where a message begins beyond doubt in [from, to), or behind it where what begins there is
-    /// none. Where there is none, the offset given back is \p to or the end of the trace.
+    /// none. Where there is none, the offset given back is the first that was not looked at, or the
+    /// end of the trace.
     Place findBeginning(uint64_t from, uint64_t to);
 
     /// Whether a message begins in [from, to) beyond doubt.
@@ -60,6 +61,7 @@ public:
 
 private:
     bool leadsOn(uint64_t offset);
+    bool mayBegin(uint64_t offset);
     Soundness isBeginning(uint64_t offset);
     int ofHistory(uint64_t offset);
     bool mayBeTooLong(uint64_t offset, size_t length);

@@ -159,10 +159,6 @@ size_t Evidence::lengthAt(uint64_t offset) {
     return isGps && payloadOf(offset, length) == Payload::UNREADABLE ? 0 : length;
 }
 
-bool Evidence::endsAt(uint64_t offset) {
-    return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
-}
-
 // Whether nothing but the beginning of a message is there, which may become a whole one.
 bool Evidence::isIncomplete(uint64_t offset) {
     const size_t there = window.available(offset, LONGEST_MESSAGE);
@@ -218,11 +214,11 @@ int Evidence::ofMessage(uint64_t offset, size_t length) {
 
 // Without regard to what else the message holds.
 int Evidence::ofContent(uint64_t offset, size_t length) {
-    const uint8_t* const header = window.at(offset);
-    const uint16_t id = number16(header + MessageBase::MO_MSGID);
-    if (isPeriodic(header)) {
-        return OF_REPETITION;
-    }
+    return isPeriodic(window.at(offset)) ? OF_REPETITION : ofType(offset, length);
+}
+
+int Evidence::ofType(uint64_t offset, size_t length) {
+    const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
     const int bits = ID_BITS[id] + ofLength(length);
     if (id != MSGID_GPS) {
         return bits;
@@ -261,6 +257,12 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
         return std::max(ofNeighbour(window.at(offset), window.at(next)), OF_NOTHING_BEHIND);
     }
     return endsAt(next) ? 0 : OF_NOTHING_BEHIND;
+}
+
+int Evidence::atMost(uint64_t offset, size_t length) {
+    const int next = ofNext(offset, length);  // may move the bytes
+    const int own = ofType(offset, length) - std::min(idOf(window.at(offset)), 0);
+    return std::max(own + next, OF_REPETITION);
 }
 
 int Evidence::inChain(uint64_t offset, size_t length) {

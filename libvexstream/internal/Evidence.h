@@ -38,7 +38,9 @@ public:
 
     /// Whether the trace ends there, or nothing is there but the beginning of a message, of which
     /// more may come.
-    bool endsAt(uint64_t offset);
+    bool endsAt(uint64_t offset) {
+        return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
+    }
 
     /// Whether whatever is at \p offset has evidence of OF_HOPELESS at most. False says nothing.
     bool isHopeless(uint64_t offset);
@@ -59,6 +61,9 @@ public:
     /// Of a message by its own bytes (id, length, payload) and by the header behind it.
     int inChain(uint64_t offset, size_t length);
 
+    /// What inChain() says is no more than this, for which no repetitions are looked for.
+    int atMost(uint64_t offset, size_t length);
+
     /// Of a message by the header of the one before it.
     int behind(const uint8_t* before, uint64_t offset);
 
@@ -75,6 +80,7 @@ private:
     bool isSentAgain(uint64_t offset, size_t length);
     bool standsAgain(uint64_t offset, size_t length);
     int ofContent(uint64_t offset, size_t length);
+    int ofType(uint64_t offset, size_t length);
 
     // What GPS messages hold, by the offset of the message: many candidates may lead to one.
     struct Known {
