@@ -10,7 +10,6 @@ constexpr uint64_t PART = uint64_t{192} * 1024;
 constexpr uint64_t BEHIND_PART = LONGEST_MESSAGE;
 
 // How far a chain is followed.
-constexpr unsigned MOST_MESSAGES = 16;
 constexpr uint64_t REACH = 6 * LONGEST_MESSAGE;
 constexpr uint64_t IN_FRONT = uint64_t{16} * 1024;  // of the place asked for, in one go
 static_assert(IN_FRONT + PART + BEHIND_PART + LONGEST_MESSAGE + REACH + LONGEST_MESSAGE +
@@ -31,19 +30,21 @@ constexpr int IMPOSSIBLE = std::numeric_limits<int>::min() / 2;
 
 }  // namespace
 
-BestDivision::Chain BestDivision::chainFrom(uint64_t offset) {
+BestDivision::Chain BestDivision::chainFrom(uint64_t offset, unsigned mostMessages) {
     int bits = 0;
+    bool breaksOff = false;
     const uint64_t limit = offset + REACH;
-    for (unsigned i = 0; i < MOST_MESSAGES && offset < limit && bits < ENOUGH_TO_BEGIN; ++i) {
+    for (unsigned i = 0; i < mostMessages && offset < limit && bits < ENOUGH_TO_BEGIN; ++i) {
         const size_t length = evidence.lengthAt(offset);
         const int more = length == 0 ? IMPOSSIBLE : ofLink(offset, length);
-        if (bits + more < 0) {
+        breaksOff = bits + more < 0;
+        if (breaksOff) {
             break;
         }
         bits += more;
         offset += length;
     }
-    return {window.available(offset, 1) == 0 ? bits + OF_THE_END : bits, offset};
+    return {window.available(offset, 1) == 0 ? bits + OF_THE_END : bits, offset, breaksOff};
 }
 
 // A message is in the chains of those in front of it, too. What is missing behind it may come.
@@ -71,17 +72,32 @@ void BestDivision::find(uint64_t offset) {
     count = there;
     places.resize(std::max(places.size(), count));
     for (size_t i = count; i-- > 0;) {
-        weigh(i);
+        places[i] = Place{beginBehind(i)};
+        if (evidence.mayBegin(first + i)) {
+            settle(i);
+        }
+    }
+}
+
+// Finds S of a place and of those that its chain leads to.
+void BestDivision::settle(size_t i) {
+    while (i < count && places[i].next == 0) {
+        open.push_back(static_cast<uint32_t>(i));
+        const size_t length = evidence.lengthAt(first + i);
+        i = length == 0 ? count : i + length;
+    }
+    for (; !open.empty(); open.pop_back()) {
+        weigh(open.back());
     }
 }
 
 void BestDivision::weigh(size_t i) {
     const uint64_t offset = first + i;
     const size_t length = evidence.lengthAt(offset);
-    Place place{0, beginBehind(i), 0, 0, 0, 0};
+    Place place{beginBehind(i)};
     int damage = inDamageBehind(i);
     int bits = evidence.endsAt(offset) ? 0 : IMPOSSIBLE;
-    if (length != 0 && !isVain(i, length, damage - COST_OF_DAMAGE)) {
+    if (length != 0) {
         const int own = evidence.inChain(offset, length);
         const Behind behind = behindOf(offset + length);
         const int chain = std::clamp(own + behind.chain, 0, ENOUGH_TO_BEGIN);
@@ -97,19 +113,6 @@ void BestDivision::weigh(size_t i) {
     const size_t end = length == 0 ? count : i + length;
     goOn(place, isMessage ? end : place.begin);
     places[i] = place;
-}
-
-// Whether what is at a place has too little evidence, however little it repeats.
-bool BestDivision::isVain(size_t i, size_t length, int needed) {
-    const size_t end = i + length;
-    const bool isWorse = end >= count || places[end].inSequence + Evidence::OF_HOPELESS <= needed;
-    if (isWorse && evidence.isHopeless(first + i)) {
-        return true;
-    }
-    const int most = evidence.atMost(first + i, length);
-    const Behind behind = behindOf(first + end);
-    return most + behind.chain <= 0 &&
-           withHeld(most, first + i, length) + behind.inSequence < needed;
 }
 
 // Some steps leave out as much as the two behind them together: any place is reached in few.
@@ -148,6 +151,9 @@ std::optional<uint64_t> BestDivision::beginFrom(uint64_t offset) const {
 BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
     const size_t i = placeOf(offset);
     if (i < count) {
+        if (places[i].next == 0) {
+            settle(i);
+        }
         return {places[i].inSequence, places[i].chain};
     }
     const int bits = chainFrom(offset).bits;
@@ -176,11 +182,14 @@ int BestDivision::withHeld(int bits, uint64_t offset, size_t length) {
     return begin == payload || evidence.mayHold(offset) ? bits + held : bits - held;
 }
 
-bool BestDivision::isTorn(uint64_t offset, size_t length) const {
+bool BestDivision::isTorn(uint64_t offset, size_t length) {
     const size_t end = placeOf(offset) + length;
     const uint32_t begin = beginBehind(placeOf(offset));
-    return end < count && places[end].next == places[end].begin && begin < end &&
-           !leadsTo(begin, end) && messageId(window.at(offset)) != MSGID_GPS;
+    if (end >= count || begin >= end || messageId(window.at(offset)) == MSGID_GPS) {
+        return false;
+    }
+    settle(end);
+    return places[end].next == places[end].begin && !leadsTo(begin, end);
 }
 
 }  // namespace vextrace

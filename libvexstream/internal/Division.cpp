@@ -13,6 +13,8 @@ constexpr int ENOUGH_TO_LEAD_ON = 40;
 constexpr int ENOUGH_ALONE =
     ENOUGH_TO_LEAD_ON - Evidence::LEAST_OF_NEIGHBOUR - Evidence::OF_NOTHING_BEHIND;
 
+constexpr unsigned FEW_MESSAGES = 8;
+
 // Where the one before leads to, a message stands in fifteen of sixteen cases, even in front of
 // damage.
 constexpr int OF_ITS_PLACE = 4;
@@ -83,21 +85,18 @@ int Division::ofHistory(uint64_t offset) {
     return before ? evidence.behind(before->data(), offset) : 0;
 }
 
-// Whether a message begins there as far as it says itself: the best division knows the rest.
+// Whether a message begins there as far as the next few say: the best division knows the rest.
 bool Division::mayBegin(uint64_t offset) {
-    if (evidence.isHopeless(offset)) {
+    if (!evidence.mayBegin(offset)) {
         return false;
     }
-    const size_t length = evidence.lengthAt(offset);
-    return length != 0 && evidence.atMost(offset, length) > 0 &&
-           evidence.inChain(offset, length) > 0;
+    const BestDivision::Chain chain = best.chainFrom(offset, FEW_MESSAGES);
+    return (!chain.breaksOff || chain.bits >= BestDivision::ENOUGH_TO_BEGIN) &&
+           evidence.inChain(offset, evidence.lengthAt(offset)) > 0;
 }
 
 // Of what begins at the end of a growing trace, of which more may come.
 Soundness Division::isBeginning(uint64_t offset) {
-    if (evidence.isHopeless(offset)) {
-        return Soundness::UNSOUND;
-    }
     const BestDivision::Chain chain = best.chainFrom(offset);
     if (chain.bits < BestDivision::ENOUGH_TO_BEGIN) {
         return evidence.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;

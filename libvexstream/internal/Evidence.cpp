@@ -259,12 +259,6 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
     return endsAt(next) ? 0 : OF_NOTHING_BEHIND;
 }
 
-int Evidence::atMost(uint64_t offset, size_t length) {
-    const int next = ofNext(offset, length);  // may move the bytes
-    const int own = ofType(offset, length) - std::min(idOf(window.at(offset)), 0);
-    return std::max(own + next, OF_REPETITION);
-}
-
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
     const bool leadsOn = hasHeader(next);  // may move the bytes
@@ -326,18 +320,34 @@ int Evidence::ofHeld(uint64_t offset, size_t length) {
     return std::max(bits, 0);
 }
 
-// The cheapest question, which settles nearly all places of nearly all bytes.
+// What settles nearly all places of nearly all bytes: a far time, where the type does not speak for
+// it, and what repeats within the header.
 bool Evidence::isHopeless(uint64_t offset) {
     if (window.available(offset, HEADER + LONGEST_MESSAGE) < HEADER + LONGEST_MESSAGE) {
         return false;
     }
     const uint8_t* const header = window.at(offset);
-    if (idOf(header) > OF_FREE_ID) {
+    const size_t length = number16(header) + MessageBase::MSGSIZE_LENGTH;
+    static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME <= 0);
+    static_assert(OF_REPETITION - OF_UNKNOWN_ID + OF_NEAR_TIME <= 0);
+    const bool isFar = idOf(header) <= OF_FREE_ID &&
+                       ofTimes(stampOf(header), stampOf(header + length)) == OF_FAR_TIME;
+    return isFar || isPeriodic(header);
+}
+
+bool Evidence::mayBegin(uint64_t offset) {
+    if (isHopeless(offset)) {
         return false;
     }
-    const size_t length = number16(header) + MessageBase::MSGSIZE_LENGTH;
-    static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME == OF_HOPELESS);
-    return ofTimes(stampOf(header), stampOf(header + length)) == OF_FAR_TIME;
+    const size_t length = lengthAt(offset);
+    if (length == 0) {
+        return false;
+    }
+    const int next = ofNext(offset, length);  // may move the bytes
+    const int own = ofType(offset, length);
+    const uint8_t* const header = window.at(offset);
+    return own + next > 0 || (own - idOf(header) + next > 0 && hasHeader(offset + length) &&
+                              haveSameId(header, window.at(offset + length)));
 }
 
 int Evidence::behind(const uint8_t* before, uint64_t offset) {

@@ -18,9 +18,6 @@ public:
     /// Of bytes that are no message's beginning, and of a message with nothing behind it.
     static constexpr int OF_NOTHING_BEHIND = -15;
 
-    /// Of what is hopeless, at most.
-    static constexpr int OF_HOPELESS = -9;
-
     /// Of a message by the header of the one before it, at least.
     static constexpr int LEAST_OF_NEIGHBOUR = OF_NOTHING_BEHIND - 6;
 
@@ -42,8 +39,9 @@ public:
         return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
     }
 
-    /// Whether whatever is at \p offset has evidence of OF_HOPELESS at most. False says nothing.
-    bool isHopeless(uint64_t offset);
+    /// Whether a message may be there that has evidence in its chain: false where it has none, said
+    /// by the cheapest questions.
+    bool mayBegin(uint64_t offset);
 
     /// Whether a message of this type may hold others.
     bool mayHold(uint64_t offset);
@@ -60,9 +58,6 @@ public:
 
     /// Of a message by its own bytes (id, length, payload) and by the header behind it.
     int inChain(uint64_t offset, size_t length);
-
-    /// What inChain() says is no more than this, for which no repetitions are looked for.
-    int atMost(uint64_t offset, size_t length);
 
     /// Of a message by the header of the one before it.
     int behind(const uint8_t* before, uint64_t offset);
@@ -81,6 +76,7 @@ private:
     bool standsAgain(uint64_t offset, size_t length);
     int ofContent(uint64_t offset, size_t length);
     int ofType(uint64_t offset, size_t length);
+    bool isHopeless(uint64_t offset);
 
     // What GPS messages hold, by the offset of the message: many candidates may lead to one.
     struct Known {
