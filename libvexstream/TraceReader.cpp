@@ -44,6 +44,7 @@ struct TraceReader::State {
     TraceItem take(TraceItem::Kind kind, size_t length);
     void goOnBehind(size_t length);
     TraceItem incomplete(size_t length);
+    bool isCutOff();
     TraceItem beginDamage(std::string reason);
     TraceItem skipDamage();
     TraceItem endDamage();
@@ -55,7 +56,8 @@ struct TraceReader::State {
     uint64_t position;
     TraceWindow window;
     Division division;
-    GpsView gps;  // of the item given out last
+    GpsView gps;         // of the item given out last
+    uint64_t asked = 0;  // bytes that were there when a message was asked whether it is cut off
     bool begun = false;
     bool found = false;
     bool growing = false;
@@ -173,12 +175,22 @@ TraceItem TraceReader::State::inSequence() {
 
 // The message runs beyond the end of the trace.
 TraceItem TraceReader::State::incomplete(size_t length) {
-    if (growing &&
-        (division.mayHold(position) || !division.anyBegins(position + 1, window.end()))) {
+    if (growing && (division.mayHold(position) || !isCutOff())) {
         return theEnd();
     }
     return beginDamage("a message of " + std::to_string(length) + " bytes is cut off after " +
                        std::to_string(window.end() - position));
+}
+
+// Whether another message begins within one that is not all there yet; asked again when enough has
+// come, so that bytes that come one by one are not looked at again for each of them.
+bool TraceReader::State::isCutOff() {
+    const uint64_t there = window.end() - position;
+    if (there >= asked && there < asked + asked / 8) {
+        return false;
+    }
+    asked = there;
+    return division.anyBegins(position + 1, window.end());
 }
 
 TraceItem TraceReader::State::takeGps(size_t length) {
@@ -216,6 +228,7 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
 void TraceReader::State::goOnBehind(size_t length) {
     division.setBefore(position);
     position += length;
+    asked = 0;
     found = true;
 }
 
@@ -265,6 +278,7 @@ TraceItem TraceReader::State::endDamage() {
     item.reason = std::move(*damage);
     damage.reset();
     position = cursor;
+    asked = 0;
     return item;
 }
 

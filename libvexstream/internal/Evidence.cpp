@@ -166,6 +166,9 @@ bool Evidence::isIncomplete(uint64_t offset) {
         return there > 0;
     }
     const uint8_t* const front = window.at(offset);
+    if (there < HEADER) {
+        return messageLength(front) >= HEADER;
+    }
     if (!mayBeHeader(front) || messageLength(front) <= there) {
         return false;
     }

@@ -604,6 +604,46 @@ TEST(TraceReaderTest, FindsMessagesBehindDamageInAGrowingTrace) {
     expectCovered(items, trace.size());
 }
 
+TEST(TraceReaderTest, KeepsTypesThatNobodyKnowsWhereverAGrowingTraceEnds) {
+    Messages trace = {fix(10)};
+    for (uint64_t i = 1; i < 5; ++i) {
+        trace.push_back(messageOf(0x4711, STAMP + i * 1'000'000'000'000, "ABCDEFGH"));
+    }
+    const TraceBytes bytes = joined(trace);
+    for (size_t cut = 1; cut < bytes.size(); ++cut) {
+        GrowingTrace file(beginningOf(bytes, cut));
+        TraceReader reader(file);
+        reader.setGrowing(true);
+        std::vector<ReadItem> items = readAll(reader);
+        file.append({bytes.begin() + static_cast<std::ptrdiff_t>(cut), bytes.end()});
+        for (const ReadItem& item : readAll(reader)) {
+            items.push_back(item);
+        }
+        EXPECT_EQ(messagesOf(items), trace) << "first " << cut << " bytes";
+    }
+}
+
+TEST(TraceReaderTest, TellsInAGrowingTraceThatAMessageIsCutOffBeforeItsSizeIsReached) {
+    // No other header may begin in it.
+    const TraceBytes torn = beginningOf(messageOf(1, 0, std::string(0xEB00 - 12, '\0')), 99);
+    GrowingTrace file(joined({fix(10), torn}));
+    TraceReader reader(file);
+    reader.setGrowing(true);
+    EXPECT_EQ(messagesOf(readAll(reader)), Messages{fix(10)});
+    Messages others;
+    std::vector<ReadItem> items;
+    for (int i = 0; items.empty() && i < 100; ++i) {
+        others.push_back(fix(i));
+        for (const uint8_t byte : others.back()) {
+            file.append({byte});
+            const std::vector<ReadItem> more = readAll(reader);
+            items.insert(items.end(), more.begin(), more.end());
+        }
+    }
+    EXPECT_LT(others.size(), 5U);
+    EXPECT_EQ(messagesOf(items), others);
+}
+
 TEST(TraceReaderTest, ATornEndOfAGrowingTraceMayBeReplaced) {
     GrowingTrace file(joined({fix(10), beginningOf(fix(11), 50)}));
     TraceReader reader(file);
