@@ -91,21 +91,12 @@ int ofId(uint16_t id) {
     return messageName(type).empty() ? OF_FREE_ID : OF_NAMED_ID;
 }
 
-using IdBits = std::array<int8_t, 0x10000>;
-
-IdBits bitsOfIds() noexcept {
-    IdBits bits = {};
+std::array<int8_t, 0x10000> bitsOfIds() {
+    std::array<int8_t, 0x10000> bits = {};
     for (size_t i = 0; i < bits.size(); ++i) {
         bits[i] = static_cast<int8_t>(ofId(static_cast<uint16_t>(i)));
     }
     return bits;
-}
-
-// Asked at every byte.
-const IdBits ID_BITS = bitsOfIds();
-
-int idOf(const uint8_t* header) {
-    return ID_BITS[number16(header + MessageBase::MO_MSGID)];
 }
 
 int ofLength(size_t length) {
@@ -146,6 +137,16 @@ int ofNeighbour(const uint8_t* header, const uint8_t* other) {
 }
 
 }  // namespace
+
+// Asked at every byte; made by those who read traces.
+Evidence::Evidence(TraceWindow& trace) : window(trace) {
+    static const auto bits = bitsOfIds();
+    idBits = bits.data();
+}
+
+int Evidence::idOf(const uint8_t* header) const {
+    return idBits[number16(header + MessageBase::MO_MSGID)];
+}
 
 size_t Evidence::lengthAt(uint64_t offset) {
     if (window.available(offset, HEADER) < HEADER) {
@@ -221,9 +222,8 @@ int Evidence::ofContent(uint64_t offset, size_t length) {
 }
 
 int Evidence::ofType(uint64_t offset, size_t length) {
-    const uint16_t id = number16(window.at(offset) + MessageBase::MO_MSGID);
-    const int bits = ID_BITS[id] + ofLength(length);
-    if (id != MSGID_GPS) {
+    const int bits = idOf(window.at(offset)) + ofLength(length);
+    if (messageId(window.at(offset)) != MSGID_GPS) {
         return bits;
     }
     switch (payloadOf(offset, length)) {

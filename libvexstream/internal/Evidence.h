@@ -21,7 +21,7 @@ public:
     /// Of a message by the header of the one before it, at least.
     static constexpr int LEAST_OF_NEIGHBOUR = OF_NOTHING_BEHIND - 6;
 
-    explicit Evidence(TraceWindow& trace) : window(trace) {}
+    explicit Evidence(TraceWindow& trace);
 
     /// Whether more may come at the end of the trace.
     void setGrowing(bool isGrowing) { growing = isGrowing; }
@@ -65,6 +65,7 @@ public:
 private:
     enum class Payload : uint8_t { UNREADABLE, CUT, LOOSE, LINES, SENTENCES };
 
+    int idOf(const uint8_t* header) const;
     int ofMessage(uint64_t offset, size_t length);
     int ofHeld(uint64_t offset, size_t length);
     bool isIncomplete(uint64_t offset);
@@ -86,6 +87,7 @@ private:
     };
 
     TraceWindow& window;
+    const int8_t* idBits;
     bool growing = false;
     std::array<Known, 64> known;
 };
