@@ -23,9 +23,8 @@ std::string shown(bool isRaw, const std::string& prefix, const std::function<voi
     const std::string path = testing::TempDir() + "ViewsTest." + std::to_string(getpid());
     {
         OutputFile output(path, true, {});
-        LineWriter writer(output, isRaw);
-        writer.setPrefix(prefix);
-        Views views(writer);
+        Views views(output, isRaw);
+        views.setPrefix(prefix);
         show(views);
         output.commit();
     }

@@ -11,10 +11,9 @@
 #include "tools/io/FileStatus.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
-#include "tools/io/growth.h"
 #include "tools/io/plural.h"
+#include "tools/io/growth.h"
 #include "tools/io/standardStreams.h"
-#include "tools/trace/LineWriter.h"
 #include "tools/trace/views.h"
 #include "tools/trace/walkTraces.h"
 
@@ -28,8 +27,7 @@ public:
         : options(given),
           inputs(inputStatuses({given.trace})),
           output("-", false, inputs),
-          writer(output, given.raw),
-          views(writer) {}
+          views(output, given.raw) {}
 
     int run();
 
@@ -49,7 +47,6 @@ private:
     const ShowCommand& options;
     std::vector<FileStatus> inputs;
     OutputFile output;
-    LineWriter writer;
     Views views;
     FixReader fixes;
     bool foundFirst = false;
@@ -126,7 +123,7 @@ std::optional<Fix> Show::fixOf(const TraceItem& message) {
 
 void Show::show(const TraceItem& message, const std::optional<Fix>& fix, uint64_t number) {
     const GpsView& gps = *message.gps;
-    writer.setPrefix(prefixOf(gps.getTimeStamp(), number));
+    views.setPrefix(prefixOf(gps.getTimeStamp(), number));
     if (options.fields) {
         views.showFields(gps.message());
     }

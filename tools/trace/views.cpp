@@ -15,6 +15,7 @@
 #include "libvexstream/sentence.h"
 #include "libvextrace/internal/traceLine.h"
 #include "libvextrace/nmeaNumbers.h"
+#include "tools/io/escape.h"
 #include "tools/io/plural.h"
 
 namespace vextrace::tools {
@@ -152,15 +153,28 @@ void addBytes(std::string& line, std::span<const uint8_t> bytes) {
 
 }  // namespace
 
+void Views::addReceived(std::string_view text) {
+    if (raw) {
+        line += text;
+    } else {
+        appendEscaped(line, text);
+    }
+}
+
+void Views::endLine() {
+    line += '\n';
+    output.write(line);
+}
+
 void Views::showLine(const GpsView& gps) {
-    writer.beginLine();
-    fmt::format_to(std::back_inserter(writer.text()), "{:016x} 00000000{}", gps.getTimeStamp(),
+    beginLine();
+    fmt::format_to(std::back_inserter(line), "{:016x} 00000000{}", gps.getTimeStamp(),
                    internal::GPS_COLUMN);
     for (const std::string_view sentence : gps.getSentences()) {
-        writer.add(" ");
-        writer.addReceived(internal::shownSentence(sentence));
+        line += ' ';
+        addReceived(internal::shownSentence(sentence));
     }
-    writer.endLine();
+    endLine();
 }
 
 void Views::showFields(const GPSTraceMessage& gps) {
@@ -176,50 +190,48 @@ void Views::showFields(const GPSTraceMessage& gps) {
     }
 }
 
+// A line of its own, where there is any text.
+void Views::showReceived(std::string_view text) {
+    if (!text.empty()) {
+        beginLine();
+        addReceived(text);
+        endLine();
+    }
+}
+
 // The last field of a sentence may hold its line end, which would show as a blank line.
 void Views::showDump() {
     std::string_view rest = dump.view().substr(0, static_cast<size_t>(dump.tellp()));
     while (!rest.empty()) {
         const size_t end = rest.find('\n');
-        const std::string_view line = withoutLineEnd(rest.substr(0, end));
-        if (!line.empty()) {
-            writer.beginLine();
-            writer.addReceived(line);
-            writer.endLine();
-        }
+        showReceived(withoutLineEnd(rest.substr(0, end)));
         rest.remove_prefix(end + 1);
     }
 }
 
 void Views::showFix(const GpsView& gps, const Fix& fix) {
     if (const std::string_view rmc = gps.getSentence(GPSTraceMessage::GPRMC); !rmc.empty()) {
-        writer.beginLine();
-        showRmc(rmc, fix.rmcChecksum, writer.text());
-        writer.endLine();
+        beginLine();
+        showRmc(rmc, fix.rmcChecksum, line);
+        endLine();
     }
     if (const std::string_view gga = gps.getSentence(GPSTraceMessage::GPGGA); !gga.empty()) {
-        writer.beginLine();
-        showGga(gga, fix.ggaChecksum, writer.text());
-        writer.endLine();
+        beginLine();
+        showGga(gga, fix.ggaChecksum, line);
+        endLine();
     }
 }
 
 void Views::showRdb(const GPSTraceMessage& gps) {
-    const std::string text = gps.rdbText();
-    if (!text.empty()) {
-        writer.beginLine();
-        writer.addReceived(withoutLineEnd(text));
-        writer.endLine();
-    }
+    showReceived(withoutLineEnd(gps.rdbText()));
 }
 
 void Views::showBytes(std::span<const uint8_t> bytes) {
     for (size_t begin = 0; begin < bytes.size(); begin += BYTES_PER_LINE) {
-        writer.beginLine();
-        addOffset(writer.text(), begin);
-        addBytes(writer.text(),
-                 bytes.subspan(begin, std::min(BYTES_PER_LINE, bytes.size() - begin)));
-        writer.endLine();
+        beginLine();
+        addOffset(line, begin);
+        addBytes(line, bytes.subspan(begin, std::min(BYTES_PER_LINE, bytes.size() - begin)));
+        endLine();
     }
 }
 

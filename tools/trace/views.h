@@ -3,17 +3,25 @@
 #include <cstdint>
 #include <span>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
 
 #include "libvexstream/Fix.h"
 #include "libvexstream/GpsView.h"
-#include "tools/trace/LineWriter.h"
+#include "tools/io/OutputFile.h"
 
 namespace vextrace::tools {
 
-/// What can be shown of a GPS message. No line ends in a receiver's line end.
+/// What can be shown of a GPS message, in lines behind the same prefix. None ends in a receiver's
+/// line end.
 class Views {
 public:
-    explicit Views(LineWriter& destination) : writer(destination) {}
+    /// \param isRaw  whether a receiver's bytes go out as they are, or escaped
+    Views(OutputFile& destination, bool isRaw) : output(destination), raw(isRaw) {}
+
+    /// What stands in front of every line from now on.
+    void setPrefix(std::string text) { prefix = std::move(text); }
 
     /// Its trace line, as the library prints it.
     void showLine(const GpsView& gps);
@@ -34,8 +42,15 @@ public:
 
 private:
     void showDump();
+    void showReceived(std::string_view text);
+    void beginLine() { line = prefix; }
+    void addReceived(std::string_view text);
+    void endLine();
 
-    LineWriter& writer;
+    OutputFile& output;
+    const bool raw;
+    std::string prefix;
+    std::string line;
     std::ostringstream dump;  // kept: to make one takes longer than to write to it
 };
 
