@@ -1,4 +1,4 @@
-#include "tools/io/StopSignals.h"
+#include "tools/io/signals.h"
 
 #include <gtest/gtest.h>
 

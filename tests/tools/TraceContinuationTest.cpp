@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "tests/tools/traceParts.h"
-#include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
+#include "tools/io/signals.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;

@@ -12,8 +12,9 @@
 #include "tools/io/OutputFile.h"
 #include "tools/io/escape.h"
 #include "tools/io/plural.h"
-#include "tools/io/growth.h"
+#include "tools/io/signals.h"
 #include "tools/io/standardStreams.h"
+#include "tools/io/waiting.h"
 #include "tools/trace/views.h"
 #include "tools/trace/walkTraces.h"
 

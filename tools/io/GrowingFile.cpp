@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "tools/io/StoppableSource.h"
+#include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/fileLock.h"
-#include "tools/io/readAt.h"
 
 namespace vextrace::tools {
 
@@ -23,18 +23,18 @@ namespace {
 
 // Copies a range of a file to the device of another; false, with the reason in errno, where that
 // fails.
-bool copyRange(int from, uint64_t begin, uint64_t end, const Sink& to) {
+bool copyRange(int from, uint64_t begin, uint64_t end, int to) {
     std::vector<char> buffer(size_t{64} * 1024);
     while (begin < end) {
         const size_t wanted = std::min<uint64_t>(buffer.size(), end - begin);
         const ssize_t count = readAt(from, buffer.data(), wanted, begin);
         const auto size = static_cast<size_t>(std::max<ssize_t>(count, 0));
-        if (count <= 0 || to.write({buffer.data(), size}) != size) {
+        if (count <= 0 || writeAll(to, {buffer.data(), size}) != size) {
             return false;
         }
         begin += size;
     }
-    return fsync(to.descriptor()) == 0;
+    return fsync(to) == 0;
 }
 
 }  // namespace
@@ -46,11 +46,18 @@ GrowingFile::GrowingFile(const std::string& path, ExistingFile existing, const I
     } else {
         openNamed(existing, input);
     }
-    begin();
+    hasName = regular && !isRemoved();
 }
 
 GrowingFile::~GrowingFile() {
-    release();
+    if (!out.isOpen()) {
+        return;
+    }
+    if (out.isStandardOutput()) {
+        unlock();
+    } else {
+        removeIfEmpty();
+    }
 }
 
 void GrowingFile::openStandardOutput(const InputFile& input) {
@@ -116,9 +123,10 @@ void GrowingFile::lock() const {
     }
 }
 
-void GrowingFile::begin() {
+// Others have standard output open, too.
+void GrowingFile::unlock() const {
     if (regular) {
-        hasName = !isRemoved();
+        unlockFile(out.descriptor());
     }
 }
 
@@ -128,12 +136,12 @@ size_t GrowingFile::write(std::string_view bytes) {
     }
     replaces = false;
     if (!regular) {
-        return out.write(bytes);
+        return writeAll(out.descriptor(), bytes);
     }
     noteCut();
     size_t done = 0;
     while (done < bytes.size()) {
-        const size_t count = out.writePiece(bytes.substr(done));
+        const size_t count = writeSome(out.descriptor(), bytes.substr(done));
         if (count == 0) {
             break;
         }
@@ -185,7 +193,7 @@ std::string GrowingFile::moveAside(uint64_t begin, uint64_t end) {
         }
         path = fmt::format("{}.torn-{}", file, number);
     }
-    if (!copyRange(out.descriptor(), begin, end, copy) ||
+    if (!copyRange(out.descriptor(), begin, end, copy.descriptor()) ||
         ftruncate(out.descriptor(), static_cast<off_t>(begin)) != 0) {
         const int reason = errno;
         unlink(path.c_str());
@@ -220,19 +228,11 @@ void GrowingFile::close() {
     }
     requireName();
     removeIfEmpty();
-    if (regular && out.isStandardOutput()) {
-        unlockFile(out.descriptor());  // others have it open, too
+    if (out.isStandardOutput()) {
+        unlock();
     }
     if (!out.close()) {
         out.failFor(errno);
-    }
-}
-
-void GrowingFile::release() {
-    if (out.isOpen() && !out.isStandardOutput()) {
-        removeIfEmpty();
-    } else if (out.isOpen() && regular) {
-        unlockFile(out.descriptor());
     }
 }
 

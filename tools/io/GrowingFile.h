@@ -74,11 +74,10 @@ private:
     void create();
     void refuseInput(const FileStatus& status, const InputFile& input) const;
     void lock() const;
-    void begin();
+    void unlock() const;
     bool isRemoved() const;
     void noteCut();
     void removeIfEmpty() const;
-    void release();
 
     Sink out;
     std::string file;

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
-#include "tools/io/readSome.h"
 
 namespace vextrace::tools {
 

@@ -11,9 +11,9 @@
 #include <memory>
 #include <utility>
 
+#include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
 #include "tools/io/fileLock.h"
-#include "tools/io/readAt.h"
 
 namespace vextrace::tools {
 
@@ -153,7 +153,7 @@ void OutputFile::openTemporary() {
 }
 
 void OutputFile::flush() {
-    if (sink.write(buffer.view()) != buffer.size()) {
+    if (writeAll(sink.descriptor(), buffer.view()) != buffer.size()) {
         sink.failFor(errno);
     }
     buffer.clear();

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "libvexstream/ByteSource.h"
-#include "tools/io/RemoveOnSignal.h"
 #include "tools/io/Sink.h"
 #include "tools/io/TextBuffer.h"
+#include "tools/io/signals.h"
 
 namespace vextrace::tools {
 

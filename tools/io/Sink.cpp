@@ -9,10 +9,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
-#include "tools/io/writeSome.h"
 
 namespace vextrace::tools {
 
@@ -64,26 +62,6 @@ FileStatus Sink::status() const {
         refuseForErrno();
     }
     return *found;
-}
-
-size_t Sink::write(std::string_view bytes) const {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const size_t count = writePiece(bytes.substr(done));
-        if (count == 0) {
-            break;
-        }
-        done += count;
-    }
-    return done;
-}
-
-size_t Sink::writePiece(std::string_view bytes) const {
-    ssize_t count = 0;
-    do {
-        count = writeSome(fd, bytes.data(), bytes.size());
-    } while (count < 0 && errno == EINTR && StopSignals::count() < 2);
-    return count < 0 ? 0 : static_cast<size_t>(count);
 }
 
 void Sink::synchronise() const {

@@ -30,16 +30,6 @@ public:
     /// \throws UsageError where it cannot be written
     FileStatus status() const;
 
-    /// Writes all, however slow the reader is.
-    /// \return how many bytes went out; where that is not all, errno has the reason. A second
-    ///         signal that is waited for ends the patience.
-    size_t write(std::string_view bytes) const;
-
-    /// Writes what goes at once, which is less than all at the end of a disk.
-    /// \param bytes  not empty
-    /// \return how many bytes went out; for 0 errno has the reason
-    size_t writePiece(std::string_view bytes) const;
-
     /// \throws DataError where the device did not take all. There is nothing to wait for with pipes
     ///         and some devices.
     void synchronise() const;

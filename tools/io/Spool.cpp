@@ -10,10 +10,9 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
-#include "tools/io/readAt.h"
-#include "tools/io/writeSome.h"
 
 namespace vextrace::tools {
 
@@ -38,13 +37,11 @@ void Spool::rewind() {
 
 size_t Spool::read(uint8_t* dest, size_t room) {
     if (input == nullptr) {
-        const size_t count = readKept(dest, room);
-        position += count;
-        return count;
+        return readKept(dest, room);
     }
     const size_t count = input->read(dest, room);
-    for (size_t done = 0; done < count;) {
-        done += keep(dest + done, count - done);
+    if (writeAll(kept, {reinterpret_cast<const char*>(dest), count}) != count) {
+        fail();
     }
     return count;
 }
@@ -57,20 +54,13 @@ bool Spool::goBack(size_t count) {
     return true;
 }
 
-size_t Spool::readKept(uint8_t* dest, size_t room) const {
+size_t Spool::readKept(uint8_t* dest, size_t room) {
     const ssize_t count = readAt(kept, dest, room, position);
     if (count < 0) {
         fail();
     }
+    position += static_cast<uint64_t>(count);
     return static_cast<size_t>(count);
-}
-
-size_t Spool::keep(const uint8_t* bytes, size_t count) const {
-    const ssize_t written = writeSome(kept, bytes, count);
-    if (written < 0 && errno != EINTR) {
-        fail();
-    }
-    return written < 0 ? 0 : static_cast<size_t>(written);
 }
 
 void Spool::fail() const {

@@ -27,8 +27,7 @@ public:
     bool goBack(size_t count) override;
 
 private:
-    size_t readKept(uint8_t* dest, size_t room) const;
-    size_t keep(const uint8_t* bytes, size_t count) const;
+    size_t readKept(uint8_t* dest, size_t room);
     [[noreturn]] void fail() const;
 
     ByteSource* input;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "libvexstream/ByteSource.h"
-#include "tools/io/StopSignals.h"
 #include "tools/io/errors.h"
+#include "tools/io/signals.h"
 
 namespace vextrace::tools {
 

@@ -16,9 +16,9 @@
 #include <thread>
 #include <vector>
 
-#include "tools/io/StopSignals.h"
 #include "tools/io/TerminalLine.h"
 #include "tools/io/errors.h"
+#include "tools/io/signals.h"
 #include "tools/io/standardStreams.h"
 
 namespace vextrace::tools {

@@ -1,9 +1,13 @@
 #include "tools/io/waiting.h"
 
+#include <fmt/core.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+
+#include "tools/io/errors.h"
 
 namespace vextrace::tools {
 
@@ -36,6 +40,23 @@ Awaited waitForInput(const InputFile& input, const StopSignals& signals, const S
 bool hasInput(const InputFile& input) {
     pollfd waiting = {input.descriptor(), POLLIN, 0};
     return poll(&waiting, 1, 0) > 0;
+}
+
+bool waitForGrowth(const InputFile& input, uint64_t position) {
+    constexpr int MOMENT_MS = 100;
+    if (!input.size()) {
+        return false;
+    }
+    const std::optional<FileStatus> status = fileStatus(input.descriptor());
+    if (status && status->size < position) {
+        throw DataError(fmt::format("{}: became shorter than the {} bytes that were shown",
+                                    input.name(), position));
+    }
+    pollfd output = {STDOUT_FILENO, 0, 0};
+    if (poll(&output, 1, MOMENT_MS) > 0 && (output.revents & NOBODY_READS) != 0) {
+        throw BrokenPipe();
+    }
+    return true;
 }
 
 }  // namespace vextrace::tools

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 
 #include "tools/io/InputFile.h"
 #include "tools/io/Sink.h"
-#include "tools/io/StopSignals.h"
+#include "tools/io/signals.h"
 
 namespace vextrace::tools {
 
@@ -23,5 +24,13 @@ Awaited waitForInput(const InputFile& input, const StopSignals& signals, const S
 
 /// Whether reading would not have to wait.
 bool hasInput(const InputFile& input);
+
+/// Waits a moment for a file to grow. Says whether to look again; false where the input is no file
+/// that could grow.
+///
+/// \param position  bytes of the file that were used
+/// \throws DataError when the file has become shorter than that, BrokenPipe when nobody reads
+///         standard output any more
+bool waitForGrowth(const InputFile& input, uint64_t position);
 
 }  // namespace vextrace::tools

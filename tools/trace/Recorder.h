@@ -11,7 +11,7 @@
 #include "tools/io/InputFile.h"
 #include "tools/io/Progress.h"
 #include "tools/io/SerialLine.h"
-#include "tools/io/StopSignals.h"
+#include "tools/io/signals.h"
 #include "tools/trace/LiveLine.h"
 #include "tools/trace/TraceOutput.h"
 
