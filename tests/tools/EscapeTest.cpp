@@ -112,3 +112,9 @@ TEST(EscapeTest, StandardInputHasAName) {
     EXPECT_EQ(shownName("--"), "--");
     EXPECT_EQ(shownName("a\nb"), "a\\x0ab");
 }
+
+TEST(EscapeTest, HtmlShowsTextAsText) {
+    EXPECT_EQ(html("<script>alert('a' & \"b\")</script>"),
+              "&lt;script&gt;alert(&#39;a&#39; &amp; &quot;b&quot;)&lt;/script&gt;");
+    EXPECT_EQ(html("48°7.038 N"), "48°7.038 N");
+}

@@ -4,7 +4,6 @@
 #include "tools/export/Format.h"
 #include "tools/export/text.h"
 #include "tools/io/escape.h"
-#include "tools/io/markup.h"
 
 namespace vextrace::tools {
 

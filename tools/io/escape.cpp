@@ -87,4 +87,31 @@ std::string shownName(std::string_view path) {
     return path == "-" ? "standard input" : escaped(path);
 }
 
+std::string html(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                result += "&amp;";
+                break;
+            case '<':
+                result += "&lt;";
+                break;
+            case '>':
+                result += "&gt;";
+                break;
+            case '"':
+                result += "&quot;";
+                break;
+            case '\'':
+                result += "&#39;";
+                break;
+            default:
+                result += c;
+        }
+    }
+    return result;
+}
+
 }  // namespace vextrace::tools

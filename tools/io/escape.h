@@ -19,4 +19,7 @@ std::string utf8Name(const std::string& path);
 /// The name of a file for a message: "standard input" for "-", else escaped.
 std::string shownName(std::string_view path);
 
+/// The text as HTML and XML show it, between tags or in an attribute's quotes.
+std::string html(std::string_view text);
+
 }  // namespace vextrace::tools

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "libvextrace/version.h"
-#include "tools/io/markup.h"
+#include "tools/io/escape.h"
 #include "tools/report/pageTemplate.h"
 
 namespace vextrace::tools {

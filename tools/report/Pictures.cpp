@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "libvexstream/utc.h"
-#include "tools/io/markup.h"
+#include "tools/io/escape.h"
 #include "tools/report/TrackPicture.h"
 #include "tools/report/pageData.h"
 #include "tools/report/shownTexts.h"

@@ -9,7 +9,7 @@
 #include <numeric>
 #include <string_view>
 
-#include "tools/io/markup.h"
+#include "tools/io/escape.h"
 
 namespace vextrace::tools {
 
