@@ -3,7 +3,7 @@
 #include <string>
 
 #include "libvextrace/MessageBase.h"
-#include "tools/trace/Span.h"
+#include "tools/trace/walkTraces.h"
 
 namespace vextrace::tools {
 

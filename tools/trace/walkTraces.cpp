@@ -1,12 +1,16 @@
 #include "tools/trace/walkTraces.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "libvexutil/datablock.h"
 #include "tools/io/Progress.h"
+#include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
-#include "tools/trace/DamageLog.h"
+#include "tools/trace/kinds.h"
 
 namespace vextrace::tools {
 
@@ -17,6 +21,48 @@ timeStamp_t stampOf(const TraceItem& message) {
     constexpr size_t STAMP_OFFSET = 6;
     return message.gps != nullptr ? message.gps->getTimeStamp()
                                   : byteArrayToUint64(message.bytes.data() + STAMP_OFFSET);
+}
+
+// Tells people of the damage in a trace: a line for each of the first places, naming the byte where
+// the last sound message ended and how many bytes were passed over, and a count of the others.
+class DamageLog {
+public:
+    explicit DamageLog(std::string shownName) : name(std::move(shownName)) {}
+
+    void add(const TraceItem& damage);
+
+    // Tells what was held back.
+    void finish() const;
+
+private:
+    static constexpr uint64_t TOLD_PLACES = 10;
+
+    std::string name;
+    uint64_t count = 0;
+    uint64_t heldBack = 0;  // bytes of the places that were not told
+};
+
+void DamageLog::add(const TraceItem& damage) {
+    ++count;
+    const std::string length = counted(damage.length, "byte");
+    if (damage.offset == 0 && damage.reachesEnd) {
+        tell(fmt::format(
+            "{}: no trace: {} without any message{}", name, length,
+            looksLikeLog(damage.bytes) ? "; it looks like NMEA: vextrace record first" : ""));
+    } else if (count <= TOLD_PLACES) {
+        tell(fmt::format("{}: damaged at byte {}, {} passed over: {}", name, damage.offset, length,
+                         damage.reason));
+    } else {
+        heldBack += damage.length;
+    }
+}
+
+void DamageLog::finish() const {
+    if (count > TOLD_PLACES) {
+        tell(fmt::format("{}: {}, {} passed over", name,
+                         counted(count - TOLD_PLACES, "more damaged place"),
+                         counted(heldBack, "byte")));
+    }
 }
 
 class Walker {

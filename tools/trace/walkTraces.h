@@ -1,15 +1,23 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
 #include "libvexstream/TraceReader.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/errors.h"
-#include "tools/trace/Span.h"
 
 namespace vextrace::tools {
+
+/// The time stamps that are asked for.
+struct Span {
+    timeStamp_t from = 0;
+    timeStamp_t until = std::numeric_limits<timeStamp_t>::max();  ///< included
+
+    bool holds(timeStamp_t stamp) const { return from <= stamp && stamp <= until; }
+};
 
 /// What a command does with what traces hold.
 class TraceVisitor {
