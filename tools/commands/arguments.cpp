@@ -38,12 +38,21 @@ Span spanArgument(const std::string& from, const std::string& until) {
     return span;
 }
 
-timeStamp_t secondsArgument(const char* option, double seconds) {
+timeStamp_t gapArgument(double seconds, bool mayBeZero) {
     constexpr double MOST = 1e9;  // some thirty years
-    if (!(seconds > 0)) {
-        throw UsageError(fmt::format("{}: takes a number of seconds greater than 0", option));
+    if (!(seconds > 0 || (mayBeZero && seconds == 0))) {
+        throw UsageError(mayBeZero ? "--gap: takes a number of seconds that is not negative"
+                                   : "--gap: takes a number of seconds greater than 0");
     }
     return static_cast<timeStamp_t>(std::min(seconds, MOST) * 1e9);
+}
+
+std::chrono::sys_days dateArgument(const std::string& text) {
+    const auto date = text.empty() ? std::chrono::sys_days() : parseDate(text);
+    if (!date) {
+        throw UsageError(fmt::format("--date: {} is no day, YYYY-MM-DD", escaped(text)));
+    }
+    return *date;
 }
 
 }  // namespace vextrace::tools

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 
-#include "libvextrace/MessageBase.h"
 #include "tools/trace/walkTraces.h"
 
 namespace vextrace::tools {
@@ -13,7 +13,10 @@ namespace vextrace::tools {
 /// first is later than the other
 Span spanArgument(const std::string& from, const std::string& until);
 
-/// Nanoseconds of an option that takes seconds. \throws UsageError unless they are greater than 0
-timeStamp_t secondsArgument(const char* option, double seconds);
+/// Nanoseconds of --gap. \throws UsageError unless the seconds are greater than 0, or may be 0
+timeStamp_t gapArgument(double seconds, bool mayBeZero = false);
+
+/// The day of --date; the first one where it was not given. \throws UsageError when it is none
+std::chrono::sys_days dateArgument(const std::string& text);
 
 }  // namespace vextrace::tools

@@ -1,6 +1,6 @@
 #include <fmt/core.h>
 
-#include "libvexstream/utc.h"
+#include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/io/InputFile.h"
 #include "tools/io/OutputFile.h"
@@ -12,20 +12,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-RecordingRules rulesOf(const CheckCommand& options) {
-    RecordingRules rules;
-    rules.arrival = options.stamp == "arrival";
-    rules.live = options.live;
-    if (!options.date.empty()) {
-        rules.date = parseDate(options.date);
-        if (!rules.date) {
-            throw UsageError(
-                fmt::format("--date: {} is no day, YYYY-MM-DD", escaped(options.date)));
-        }
-    }
-    return rules;
-}
 
 std::string reportOf(const ProofCounters& counters, const RecordingRules& rules) {
     std::string text = fmt::format(
@@ -59,7 +45,7 @@ void refuseSwapped(const CheckCommand& options) {
 }  // namespace
 
 int check(const CheckCommand& options) {
-    const RecordingRules rules = rulesOf(options);
+    const RecordingRules rules = {options.stamp == "arrival", dateArgument(options.date)};
     if (options.log == "-" && options.trace == "-") {
         throw UsageError("LOG and TRACE cannot both be standard input");
     }
@@ -67,7 +53,8 @@ int check(const CheckCommand& options) {
     InputFile log(options.log);
     InputFile trace(options.trace);
     OutputFile out("-", false, {log.identity(), trace.identity()});
-    out.write(reportOf(proveTrace(log, trace, rules), rules));
+    const auto prove = options.live ? proveLiveTrace : proveTrace;
+    out.write(reportOf(prove(log, trace, rules), rules));
     out.commit();
     return STATUS_OK;
 }

@@ -16,6 +16,19 @@ OptionEntry jobs(unsigned& to) {
             &to};
 }
 
+OptionEntry force(bool& to) {
+    return {"--force", "", "replace the output where it exists", &to};
+}
+
+OptionEntry from(std::string& to) {
+    return {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
+            &to};
+}
+
+OptionEntry until(std::string& to, const char* names = "--until") {
+    return {names, "UTC", "leave out what is behind this time", &to};
+}
+
 CommandEntry recordEntry() {
     const auto to = std::make_shared<RecordCommand>();
     return {
@@ -66,9 +79,8 @@ CommandEntry showEntry() {
             {"--rdb", "", "the RDB text; nothing without a position", &to->rdb},
             {"--hex", "", "its bytes in the trace", &to->hex},
             {"--first", "", "only the first message that has a valid fix", &to->first},
-            {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
-             &to->from},
-            {"--until,--to", "UTC", "leave out what is behind this time", &to->until},
+            from(to->from),
+            until(to->until, "--until,--to"),
             {"--number", "", "each line begins with the message's number in the trace",
              &to->number},
             {"--utc", "",
@@ -93,9 +105,8 @@ CommandEntry infoEntry() {
             "Example: vextrace info drive.trace",
             {
                 {"--gap", "SECONDS", "call a longer pause a gap (5)", &to->gap},
-                {"--from", "UTC",
-                 "leave out what is before this time, such as 2026-11-21T12:35:19Z", &to->from},
-                {"--until", "UTC", "leave out what is behind this time", &to->until},
+                from(to->from),
+                until(to->until),
                 {"--json", "", "write JSON, for programs", &to->json},
                 {"--long", "", "write all of each trace where there are several, and rare codes",
                  &to->longForm},
@@ -116,13 +127,12 @@ CommandEntry exportEntry() {
              exportFormats()},
             {"-o,--output", "FILE",
              "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
-            {"--force", "", "replace the output where it exists", &to->force},
+            force(to->force),
             jobs(to->jobs),
             {"--gap", "SECONDS", "begin a new line behind so long a time without a fix (5)",
              &to->gap},
-            {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
-             &to->from},
-            {"--until", "UTC", "leave out what is behind this time", &to->until},
+            from(to->from),
+            until(to->until),
             {"--unchecked", "", "take fixes whose sentences have a wrong checksum, too",
              &to->unchecked},
             {"TRACE", "", "traces, in this order; standard input is -", &to->traces, REQUIRED},
@@ -162,11 +172,10 @@ CommandEntry cutEntry() {
             "Example: vextrace cut --from 2026-11-21T12:35 --until 2026-11-21T12:40 -o part.trace "
             "drive.trace",
             {
-                {"--from", "UTC",
-                 "leave out what is before this time, such as 2026-11-21T12:35:19Z", &to->from},
-                {"--until", "UTC", "leave out what is behind this time", &to->until},
+                from(to->from),
+                until(to->until),
                 {"-o,--output", "TRACE", "file to write; standard output is -", &to->output},
-                {"--force", "", "replace the output where it exists", &to->force},
+                force(to->force),
                 {"TRACE", "", "traces, in this order; standard input is -", &to->traces, REQUIRED},
             },
             [to] { return cut(*to); }};
@@ -203,13 +212,12 @@ CommandEntry reportEntry() {
         {
             {"-o,--output", "FILE",
              "file to write; standard output is -; a folder/ takes one of each trace", &to->output},
-            {"--force", "", "replace the output where it exists", &to->force},
+            force(to->force),
             jobs(to->jobs),
             {"--gap", "SECONDS", "leave lines open behind so long a time without a fix (5)",
              &to->gap},
-            {"--from", "UTC", "leave out what is before this time, such as 2026-11-21T12:35:19Z",
-             &to->from},
-            {"--until", "UTC", "leave out what is behind this time", &to->until},
+            from(to->from),
+            until(to->until),
             {"TRACE", "", "traces, in this order; standard input is -", &to->traces, REQUIRED},
         },
         [to] { return report(*to); }};

@@ -64,61 +64,24 @@ const NamedFormat& formatOf(const ExportCommand& options) {
         "--to: name a format, one of {}; or an output behind -o that ends in one", names));
 }
 
-ExportChoice choiceOf(const ExportCommand& options) {
-    ExportChoice choice;
-    choice.gap = secondsArgument("--gap", options.gap);
-    choice.unchecked = options.unchecked;
-    return choice;
-}
-
-class Export : public TraceVisitor {
-public:
-    Export(Format& format, const ExportChoice& choice) : exporter(format, choice) {}
-
-    void beginTrace(const std::string& path) override { exporter.beginTrace(path); }
-
-    void addMessage(const TraceItem& message, uint64_t number) override {
-        if (message.kind == TraceItem::Kind::GPS) {
-            exporter.add(*message.gps, number);
-        } else {
-            exporter.addOther();
-        }
-    }
-
-    void passOver(const TraceItem& message) override {
-        if (message.kind == TraceItem::Kind::GPS) {
-            exporter.addOutside(*message.gps);
-        } else {
-            exporter.addOther();
-        }
-    }
-
-    void endTrace(uint64_t /*bytes*/) override { exporter.endTrace(); }
-
-    std::string leftOut() const { return exporter.leftOut(); }
-
-private:
-    Exporter exporter;
-};
-
 // \param prefix  in front of what is told
 int exportTo(const NamedFormat& named, const ExportCommand& options, const std::string& prefix) {
-    const ExportChoice choice = choiceOf(options);
+    const timeStamp_t gap = gapArgument(options.gap);
     Walk walk;
     walk.traces = options.traces;
     walk.span = spanArgument(options.from, options.until);
     walk.showsProgress = options.output != "-" || !outputIsTerminal();
     OutputFile output(options.output, options.force, inputStatuses(options.traces));
     const std::unique_ptr<Format> format = named.make(output);
-    Export document(*format, choice);
+    Exporter exporter(*format, gap, options.unchecked);
     format->begin();
-    const Walked walked = walkTraces(walk, document);
+    const Walked walked = walkTraces(walk, exporter);
     if (!walked.foundTrace) {
         return walked.status;
     }
     format->end();
     output.commit();
-    if (const std::string leftOut = document.leftOut(); !leftOut.empty()) {
+    if (const std::string leftOut = exporter.leftOut(); !leftOut.empty()) {
         tell(fmt::format("{}left out: {}", prefix, leftOut));
     }
     return walked.status;

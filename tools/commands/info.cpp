@@ -1,6 +1,5 @@
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -22,14 +21,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-timeStamp_t nanoseconds(double seconds) {
-    constexpr double MOST = 1e9;  // some thirty years
-    if (!(seconds >= 0)) {
-        throw UsageError("--gap: takes a number of seconds that is not negative");
-    }
-    return static_cast<timeStamp_t>(std::min(seconds, MOST) * 1e9);
-}
 
 /// Writes summaries as they come, so that thousands of them need no memory.
 class InfoReport {
@@ -169,7 +160,7 @@ private:
 }  // namespace
 
 int info(const InfoCommand& options) {
-    const timeStamp_t gap = nanoseconds(options.gap);
+    const timeStamp_t gap = gapArgument(options.gap, true);
     Walk walk;
     walk.traces = options.traces;
     walk.span = spanArgument(options.from, options.until);

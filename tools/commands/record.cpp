@@ -1,26 +1,16 @@
 #include <fmt/core.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "libvexstream/utc.h"
+#include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
 #include "tools/commands/folders.h"
-#include "tools/io/escape.h"
 #include "tools/trace/Recorder.h"
 
 namespace vextrace::tools {
 
 namespace {
-
-std::chrono::sys_days dateOf(const std::string& text) {
-    const std::optional<std::chrono::sys_days> date = parseDate(text);
-    if (!date) {
-        throw UsageError(fmt::format("--date: {} is no day, YYYY-MM-DD", escaped(text)));
-    }
-    return *date;
-}
 
 // A day, lest a number of seconds is taken for one of milliseconds.
 constexpr int LONGEST_IDLE = 24 * 3600 * 1000;
@@ -34,9 +24,7 @@ RecordOptions optionsOf(const RecordCommand& arguments) {
     if (arguments.stamp == "arrival") {
         options.stamps = StampSource::ARRIVAL;
     }
-    if (!arguments.date.empty()) {
-        options.date = dateOf(arguments.date);
-    }
+    options.date = dateArgument(arguments.date);
     options.idle = std::chrono::milliseconds(arguments.idle);
     options.sync = arguments.sync;
     options.quiet = arguments.quiet;

@@ -69,7 +69,7 @@ private:
 Report::Report(const ReportCommand& given)
     : options(given),
       span(spanArgument(given.from, given.until)),
-      survey(secondsArgument("--gap", given.gap)),
+      survey(gapArgument(given.gap)),
       output(given.output, given.force, inputStatuses(given.traces)) {
     if (given.output == "-" && outputIsTerminal()) {
         throw UsageError(

@@ -21,26 +21,26 @@ void appendCount(std::string& list, uint64_t count, std::string_view one, std::s
 
 }  // namespace
 
-Exporter::Exporter(Format& document, const ExportChoice& chosen)
-    : format(document),
-      choice(chosen),
-      content(document.content()),
-      chooser({.unchecked = chosen.unchecked}) {}
-
-void Exporter::add(const GpsView& message, uint64_t number) {
-    if (content == Format::Content::SENTENCES) {
-        format.addMessage(message);
+void Exporter::addMessage(const TraceItem& message, uint64_t number) {
+    if (message.gps == nullptr) {
+        ++others;
+    } else if (content == Format::Content::SENTENCES) {
+        format.addMessage(*message.gps);
     } else {
-        addFixOf(message, number);
+        addFixOf(*message.gps, number);
     }
 }
 
-void Exporter::addOutside(const GpsView& message) {
+void Exporter::passOver(const TraceItem& message) {
+    if (message.gps == nullptr) {
+        ++others;
+        return;
+    }
     ++outside;
     if (content == Format::Content::SENTENCES) {
-        format.passOver(message);
+        format.passOver(*message.gps);
     } else {
-        chooser.passOver(message);
+        chooser.passOver(*message.gps);
     }
 }
 
@@ -64,7 +64,7 @@ void Exporter::addToLine(const Fix& fix, const GpsView& message, uint64_t number
     if (lastOfLine) {
         const timeStamp_t between =
             fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;
-        if (between > choice.gap || hasDate(fix.stamp) != hasDate(*lastOfLine)) {
+        if (between > gap || hasDate(fix.stamp) != hasDate(*lastOfLine)) {
             format.endLine();
         }
     }
@@ -72,7 +72,7 @@ void Exporter::addToLine(const Fix& fix, const GpsView& message, uint64_t number
     format.addFix(fix, message, number);
 }
 
-void Exporter::endTrace() {
+void Exporter::endTrace(uint64_t /*bytes*/) {
     format.endLine();
     format.endTrace();
     chooser.endTrace();

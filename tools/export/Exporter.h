@@ -8,35 +8,26 @@
 
 #include "libvexstream/FixChooser.h"
 #include "tools/export/Format.h"
+#include "tools/trace/walkTraces.h"
 
 namespace vextrace::tools {
 
-/// What of a trace is exported.
-struct ExportChoice {
-    timeStamp_t gap = 5'000'000'000;  ///< the longest time between two fixes of one line
-    bool unchecked = false;           ///< whether sentences with a wrong checksum are taken
-};
-
 /// Chooses what a document holds, divides it into lines and counts what is left out.
-class Exporter {
+class Exporter : public TraceVisitor {
 public:
-    /// \param document  must outlive the exporter
-    Exporter(Format& document, const ExportChoice& chosen);
+    /// \param document     must outlive the exporter
+    /// \param longestGap   nanoseconds between two fixes of one line
+    /// \param isUnchecked  whether sentences with a wrong checksum are taken
+    Exporter(Format& document, timeStamp_t longestGap, bool isUnchecked)
+        : format(document),
+          content(document.content()),
+          gap(longestGap),
+          chooser({.unchecked = isUnchecked}) {}
 
-    /// \param name  as it was given
-    void beginTrace(const std::string& name) { format.beginTrace(name); }
-
-    /// \param number  of the message in its trace, counted from 1
-    void add(const GpsView& message, uint64_t number);
-
-    /// Counts a message from before or behind the time asked for.
-    void addOutside(const GpsView& message);
-
-    /// Counts a message of another type.
-    void addOther() { ++others; }
-
-    /// What follows is another trace.
-    void endTrace();
+    void beginTrace(const std::string& path) override { format.beginTrace(path); }
+    void addMessage(const TraceItem& message, uint64_t number) override;
+    void passOver(const TraceItem& message) override;
+    void endTrace(uint64_t bytes) override;
 
     /// What was left out, and why; empty where nothing was.
     std::string leftOut() const;
@@ -49,8 +40,8 @@ private:
     }
 
     Format& format;
-    const ExportChoice choice;
     const Format::Content content;
+    const timeStamp_t gap;
     std::optional<timeStamp_t> lastOfLine;
     FixChooser chooser;
     std::array<uint64_t, FixChooser::OUTCOMES> outcomes = {};

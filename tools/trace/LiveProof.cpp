@@ -1,5 +1,3 @@
-#include "tools/trace/LiveProof.h"
-
 #include <fmt/core.h>
 
 #include <map>
@@ -15,6 +13,7 @@
 #include "tools/io/escape.h"
 #include "tools/trace/LogInput.h"
 #include "tools/trace/ProvenTrace.h"
+#include "tools/trace/TraceProof.h"
 #include "tools/trace/storedText.h"
 
 namespace vextrace::tools {
@@ -32,7 +31,7 @@ public:
         : log(logFile),
           trace(traceFile),
           arrival(rules.arrival),
-          firstDate(rules.date.value_or(std::chrono::sys_days())),
+          firstDate(rules.date),
           epochs(std::in_place, StampSource::SENTENCES, firstDate) {}
 
     ProofCounters run() {
@@ -103,7 +102,7 @@ private:
             holdsTooMuch();
         }
         const auto place = placeOf(storedCode(next->text));
-        if (!isStoredAs(next->text, place->second.text)) {
+        if (storedText(next->text) != place->second.text) {
             lacks(place->second.message, *next);
         }
         waitingBytes -= place->second.text.size();

@@ -13,7 +13,6 @@
 #include "libvexstream/Recording.h"
 #include "libvextrace/MessageFactory.h"
 #include "tools/io/escape.h"
-#include "tools/trace/LiveProof.h"
 #include "tools/trace/LogInput.h"
 #include "tools/trace/ProvenTrace.h"
 #include "tools/trace/storedText.h"
@@ -47,7 +46,7 @@ public:
         : log(logFile),
           trace(traceFile),
           arrival(rules.arrival),
-          recording(StampSource::SENTENCES, rules.date.value_or(std::chrono::sys_days())) {}
+          recording(StampSource::SENTENCES, rules.date) {}
 
     ProofCounters run() {
         while (const std::optional<Recording::Step> step = log.next(recording)) {
@@ -165,7 +164,7 @@ private:
 }  // namespace
 
 ProofCounters proveTrace(InputFile& log, InputFile& trace, const RecordingRules& rules) {
-    return rules.live ? proveLiveTrace(log, trace, rules) : Proof(log, trace, rules).run();
+    return Proof(log, trace, rules).run();
 }
 
 }  // namespace vextrace::tools

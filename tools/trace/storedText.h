@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -20,15 +18,6 @@ inline std::string storedText(std::string_view received) {
         stored += '\n';
     }
     return stored;
-}
-
-/// Whether that is what a message stores of the sentence.
-inline bool isStoredAs(std::string_view received, std::string_view stored) {
-    const size_t size = received.size() - (received.ends_with('\n') ? 1 : 0);
-    const size_t talker = received.starts_with("$G") ? std::min<size_t>(size, 3) : 0;
-    return stored.size() == size + 1 && stored.back() == '\n' &&
-           stored.starts_with(std::string_view("$GP").substr(0, talker)) &&
-           stored.substr(talker, size - talker) == received.substr(talker, size - talker);
 }
 
 /// The code under which a message stores the sentence.
