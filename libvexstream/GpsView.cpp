@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "libvexstream/internal/codeNumber.h"
+#include "libvexstream/internal/soundness.h"
 #include "libvextrace/MessageFactory.h"
 #include "libvexutil/datablock.h"
 
@@ -31,11 +31,6 @@ std::optional<InvalidMessageException> refusalOf(std::span<const uint8_t> messag
     return std::nullopt;
 }
 
-std::string_view payloadOf(std::span<const uint8_t> message) {
-    const std::string_view text(reinterpret_cast<const char*>(message.data()), message.size());
-    return text.substr(MessageBase::MO_BASE_DERIVED);
-}
-
 // Whoever uses a view need not have registered the reader.
 DecodedMessage decode(std::span<const uint8_t> message) {
     GPSTraceMessage::registerMessage();
@@ -60,7 +55,11 @@ bool GpsView::readInPlace(std::span<const uint8_t> message) {
     bytes = {};
     holder = nullptr;
     decoded.reset();
-    if (refusalOf(message) || !readSentences(payloadOf(message))) {
+    const auto take = [this](std::string_view line) {
+        sentences.push_back(line);
+        return !hasForeignTalker(line);
+    };
+    if (refusalOf(message) || !readCanonical(message.subspan(MessageBase::MO_BASE_DERIVED), take)) {
         sentences.clear();
         return false;
     }
@@ -83,26 +82,6 @@ std::optional<InvalidMessageException> GpsView::read(std::span<const uint8_t> me
         view(*decoded);
     }
     return result.error;
-}
-
-// False where the payload is not what the library writes; some sentences may be there then.
-bool GpsView::readSentences(std::string_view payload) {
-    if (payload.find('\0') != std::string_view::npos) {
-        return false;
-    }
-    uint64_t previous = 0;
-    while (!payload.empty()) {
-        const size_t length = payload.find('\n') + 1;  // 0 where there is no line feed
-        const std::string_view line = payload.substr(0, length);
-        const uint64_t code = codeNumber(line);
-        if (length < 2 || hasForeignTalker(line) || code <= previous) {
-            return false;
-        }
-        sentences.push_back(line);
-        previous = code;
-        payload.remove_prefix(length);
-    }
-    return !sentences.empty();
 }
 
 void GpsView::view(const GPSTraceMessage& message) {

@@ -68,7 +68,6 @@ public:
     }
 
 private:
-    bool readSentences(std::string_view payload);
     void view(const GPSTraceMessage& message);
 
     timeStamp_t stamp = 0;

@@ -3,7 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
+#include "libvexstream/internal/codeNumber.h"
 #include "libvexstream/messageNames.h"
 #include "libvextrace/MessageBase.h"
 #include "libvexutil/datablock.h"
@@ -37,9 +39,32 @@ inline bool mayBeHeader(const uint8_t* front) {
 
 bool holdsNul(std::span<const uint8_t> payload);
 
-/// Whether the payload of a GPS message is as the library writes it: lines, none of them empty,
-/// each with its line feed, their codes in strictly ascending order, no NUL byte. Bytes that are
-/// no GPS message are not like that by chance.
+/// Reads the payload of a GPS message where it is as the library writes it: lines, none of them
+/// empty, each with its line feed, their codes in strictly ascending order, no NUL byte. Bytes that
+/// are no GPS message are not like that by chance.
+///
+/// \param take  is given each line; false where it refuses it
+/// \return whether the payload is like that, and no line was refused
+template <class Take>
+bool readCanonical(std::span<const uint8_t> payload, Take take) {
+    if (payload.empty() || payload.back() != '\n' || holdsNul(payload)) {
+        return false;
+    }
+    std::string_view rest(reinterpret_cast<const char*>(payload.data()), payload.size());
+    uint64_t previous = 0;
+    while (!rest.empty()) {
+        const std::string_view line = rest.substr(0, rest.find('\n') + 1);
+        const uint64_t code = codeNumber(line);
+        if (line.size() == 1 || code <= previous || !take(line)) {
+            return false;
+        }
+        previous = code;
+        rest.remove_prefix(line.size());
+    }
+    return true;
+}
+
+/// Whether it is like that.
 bool isCanonical(std::span<const uint8_t> payload);
 
 }  // namespace vextrace
