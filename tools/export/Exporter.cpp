@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include "libvexstream/utc.h"
@@ -25,7 +26,7 @@ void Exporter::addMessage(const TraceItem& message, uint64_t number) {
     if (message.gps == nullptr) {
         ++others;
     } else if (content == Format::Content::SENTENCES) {
-        format.addMessage(*message.gps);
+        begun().addMessage(*message.gps);
     } else {
         addFixOf(*message.gps, number);
     }
@@ -38,7 +39,7 @@ void Exporter::passOver(const TraceItem& message) {
     }
     ++outside;
     if (content == Format::Content::SENTENCES) {
-        format.passOver(*message.gps);
+        begun().passOver(*message.gps);
     } else {
         chooser.passOver(*message.gps);
     }
@@ -52,7 +53,7 @@ void Exporter::addFixOf(const GpsView& message, uint64_t number) {
     }
     const Fix& fix = chooser.fix();
     if (content == Format::Content::ALL_FIXES) {
-        format.addFix(fix, message, number);
+        begun().addFix(fix, message, number);
     } else if (fix.valid) {
         addToLine(fix, message, number);
     } else {
@@ -61,22 +62,41 @@ void Exporter::addFixOf(const GpsView& message, uint64_t number) {
 }
 
 void Exporter::addToLine(const Fix& fix, const GpsView& message, uint64_t number) {
-    if (lastOfLine) {
-        const timeStamp_t between =
-            fix.stamp > *lastOfLine ? fix.stamp - *lastOfLine : *lastOfLine - fix.stamp;
-        if (between > gap || hasDate(fix.stamp) != hasDate(*lastOfLine)) {
-            format.endLine();
-        }
+    if (lastOfLine && !goesOn(*lastOfLine, fix.stamp)) {
+        format.endLine();
+        lastOfLine.reset();
+    }
+    if (!lastOfLine) {
+        begun().beginLine(fix);
     }
     lastOfLine = fix.stamp;
     format.addFix(fix, message, number);
 }
 
+bool Exporter::goesOn(timeStamp_t before, timeStamp_t stamp) const {
+    return std::max(before, stamp) - std::min(before, stamp) <= gap &&
+           hasDate(before) == hasDate(stamp);
+}
+
 void Exporter::endTrace(uint64_t /*bytes*/) {
-    format.endLine();
-    format.endTrace();
-    chooser.endTrace();
+    if (lastOfLine) {
+        format.endLine();
+    }
+    if (isBegun) {
+        format.endTrace();
+    }
     lastOfLine.reset();
+    isBegun = false;
+    chooser.endTrace();
+}
+
+// The format, which knows of the trace.
+Format& Exporter::begun() {
+    if (!isBegun) {
+        format.beginTrace(name);
+    }
+    isBegun = true;
+    return format;
 }
 
 std::string Exporter::leftOut() const {

@@ -24,7 +24,7 @@ public:
           gap(longestGap),
           chooser({.unchecked = isUnchecked}) {}
 
-    void beginTrace(const std::string& path) override { format.beginTrace(path); }
+    void beginTrace(const std::string& path) override { name = path; }
     void addMessage(const TraceItem& message, uint64_t number) override;
     void passOver(const TraceItem& message) override;
     void endTrace(uint64_t bytes) override;
@@ -33,8 +33,10 @@ public:
     std::string leftOut() const;
 
 private:
+    Format& begun();
     void addFixOf(const GpsView& message, uint64_t number);
     void addToLine(const Fix& fix, const GpsView& message, uint64_t number);
+    bool goesOn(timeStamp_t before, timeStamp_t stamp) const;
     uint64_t count(FixChooser::Outcome outcome) const {
         return outcomes[static_cast<size_t>(outcome)];
     }
@@ -42,7 +44,9 @@ private:
     Format& format;
     const Format::Content content;
     const timeStamp_t gap;
-    std::optional<timeStamp_t> lastOfLine;
+    std::string name;  // of the trace
+    bool isBegun = false;
+    std::optional<timeStamp_t> lastOfLine;  // nothing where none is begun
     FixChooser chooser;
     std::array<uint64_t, FixChooser::OUTCOMES> outcomes = {};
     // What was left out besides.

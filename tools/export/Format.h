@@ -27,11 +27,16 @@ public:
 
     virtual Content content() const = 0;
 
-    /// Writes what stands in front of the first fix.
+    /// Writes what stands in front of the first trace.
     virtual void begin() {}
 
-    /// What follows is of the trace with this name, as it was given.
+    /// What follows is of the trace with this name, as it was given. A trace without anything for
+    /// the document is not begun.
     virtual void beginTrace(const std::string& /*name*/) {}
+
+    /// The next fix does not go on from the one before. Lines are those of VALID_FIXES.
+    /// \param first  fix of the line
+    virtual void beginLine(const Fix& /*first*/) {}
 
     /// Writes a fix, given with the message that it comes from.
     /// \param number  of the message in its trace, counted from 1
@@ -43,7 +48,7 @@ public:
     /// A message that is not written, whose content is SENTENCES.
     virtual void passOver(const GpsView& /*message*/) {}
 
-    /// The next fix does not go on from the one before.
+    /// The line has ended.
     virtual void endLine() {}
 
     /// The trace has ended, behind its last line.

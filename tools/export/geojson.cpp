@@ -48,11 +48,18 @@ public:
 
     void begin() override { out.write(R"({"type":"FeatureCollection","features":[)"); }
 
+    void beginLine(const Fix& first) override {
+        begun = first.stamp;
+        fixes = 0;
+        positions = 0;
+        partBegin = 0;
+        isCut = false;
+        isWritten = false;
+    }
+
     void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t /*number*/) override {
         Position position = {*fix.longitude, *fix.latitude, fix.altitude};
-        if (fixes == 0) {
-            begun = fix.stamp;
-        } else {
+        if (fixes != 0) {
             leadTo(position);
         }
         append(position);
@@ -65,9 +72,6 @@ public:
     }
 
     void endLine() override {
-        if (fixes == 0) {
-            return;
-        }
         if (isWritten) {
             endGeometry("]]");
         } else if (isCut) {
@@ -81,11 +85,6 @@ public:
             endGeometry("");
         }
         writeProperties();
-        fixes = 0;
-        positions = 0;
-        partBegin = 0;
-        isCut = false;
-        isWritten = false;
     }
 
     void end() override { out.write("\n]}\n"); }

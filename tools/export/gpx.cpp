@@ -65,18 +65,14 @@ public:
 
     void begin() override { out.write(HEAD); }
 
-    void beginTrace(const std::string& name) override { trace = name; }
+    void beginTrace(const std::string& name) override {
+        out.write("<trk>\n<name>" + html(escaped(name)) + "</name>\n");
+    }
+
+    void beginLine(const Fix& /*first*/) override { out.write("<trkseg>\n"); }
 
     void addFix(const Fix& fix, const GpsView& message, uint64_t /*number*/) override {
         TextBuffer& point = out.pending();
-        if (!inTrack) {
-            point += "<trk>\n<name>";
-            point += html(escaped(trace));
-            point += "</name>\n";
-            inTrack = true;
-        }
-        point += inSegment ? "" : "<trkseg>\n";
-        inSegment = true;
         point += "<trkpt lat=\"";
         appendDegrees(point, *fix.latitude);
         point += "\" lon=\"";
@@ -87,19 +83,9 @@ public:
         out.flushWhenFull();
     }
 
-    void endLine() override {
-        if (inSegment) {
-            out.write("</trkseg>\n");
-        }
-        inSegment = false;
-    }
+    void endLine() override { out.write("</trkseg>\n"); }
 
-    void endTrace() override {
-        if (inTrack) {
-            out.write("</trk>\n");
-        }
-        inTrack = false;
-    }
+    void endTrace() override { out.write("</trk>\n"); }
 
     void end() override { out.write(FOOT); }
 
@@ -149,10 +135,6 @@ private:
         appendThousandths(out.pending(), number);
         out.pending() += closing;
     }
-
-    std::string trace;
-    bool inTrack = false;
-    bool inSegment = false;
 };
 
 }  // namespace

@@ -37,15 +37,15 @@ public:
 
     void beginTrace(const std::string& trace) override {
         name = "<name>" + html(escaped(trace)) + "</name>";
+        out.write("<Folder>" + name + "\n");
+    }
+
+    void beginLine(const Fix& first) override {
+        isTimed = hasDate(first.stamp);
+        out.write("<Placemark>" + name + (isTimed ? "<gx:MultiTrack>\n" : "<MultiGeometry>\n"));
     }
 
     void addFix(const Fix& fix, const GpsView& /*message*/, uint64_t /*number*/) override {
-        if (!inLine) {
-            beginFolder();
-            isTimed = hasDate(fix.stamp);
-            out.write("<Placemark>" + name + (isTimed ? "<gx:MultiTrack>\n" : "<MultiGeometry>\n"));
-            inLine = true;
-        }
         if (count == FIXES_PER_PIECE) {
             writePiece();
             append(last);
@@ -55,33 +55,16 @@ public:
     }
 
     void endLine() override {
-        if (inLine) {
-            writePiece();
-            out.write(isTimed ? "</gx:MultiTrack></Placemark>\n"
-                              : "</MultiGeometry></Placemark>\n");
-        }
-        inLine = false;
+        writePiece();
+        out.write(isTimed ? "</gx:MultiTrack></Placemark>\n" : "</MultiGeometry></Placemark>\n");
     }
 
-    void endTrace() override {
-        if (inFolder) {
-            out.write("</Folder>\n");
-        }
-        inFolder = false;
-    }
+    void endTrace() override { out.write("</Folder>\n"); }
 
     void end() override { out.write(KML_FOOT); }
 
 private:
     static constexpr size_t FIXES_PER_PIECE = 4096;
-
-    // Of the trace, where it has any line.
-    void beginFolder() {
-        if (!inFolder) {
-            out.write("<Folder>" + name + "\n");
-        }
-        inFolder = true;
-    }
 
     // What is missing keeps its place, so that the lists go together.
     void append(const Fix& fix) {
@@ -158,10 +141,8 @@ private:
         count = 0;
     }
 
-    std::string name;  // of the trace, as an element
-    bool inFolder = false;
-    bool inLine = false;
-    bool isTimed = false;  // its fixes have dates
+    std::string name;      // of the trace, as an element
+    bool isTimed = false;  // the fixes of the line have dates
     Fix last;
     size_t count = 0;  // of fixes in the lists
     TextBuffer times;
