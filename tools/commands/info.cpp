@@ -1,10 +1,7 @@
 #include <fmt/core.h>
 
-#include <memory>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tools/commands/arguments.h"
 #include "tools/commands/commands.h"
@@ -22,97 +19,16 @@ namespace vextrace::tools {
 
 namespace {
 
-/// Writes summaries as they come, so that thousands of them need no memory.
-class InfoReport {
-public:
-    InfoReport() = default;
-    InfoReport(const InfoReport&) = delete;
-    InfoReport& operator=(const InfoReport&) = delete;
-    virtual ~InfoReport() = default;
-    virtual void addTrace(const std::string& name, const Summary& summary) = 0;
-    virtual void addAll(uint64_t traces, const Summary& all) = 0;
-};
-
-class TextReport : public InfoReport {
-public:
-    TextReport(OutputFile& destination, bool isLong) : output(destination), longForm(isLong) {}
-    void addTrace(const std::string& name, const Summary& summary) override {
-        output.write(fmt::format("{}\n{}", shownName(name), summaryText(summary, longForm)));
-    }
-    void addAll(uint64_t traces, const Summary& all) override {
-        if (traces > 1) {
-            output.write(
-                fmt::format("all {}\n{}", counted(traces, "trace"), summaryText(all, longForm)));
-        }
-    }
-
-private:
-    OutputFile& output;
-    bool longForm;
-};
-
-class TableReport : public InfoReport {
-public:
-    TableReport(OutputFile& destination, const std::vector<std::string>& traces)
-        : output(destination), table(traces) {
-        output.write(table.head());
-    }
-    void addTrace(const std::string& name, const Summary& summary) override {
-        output.write(table.row(name, summary));
-    }
-    void addAll(uint64_t /*traces*/, const Summary& /*all*/) override { output.write(table.sum()); }
-
-private:
-    OutputFile& output;
-    SummaryTable table;
-};
-
-// {"files": [{"file": ...}, ...], "all": {"files": N, ...}}
-class JsonReport : public InfoReport {
-public:
-    explicit JsonReport(OutputFile& destination) : output(destination) {
-        output.write("{\"files\": [");
-    }
-    void addTrace(const std::string& name, const Summary& summary) override {
-        output.write(std::exchange(separator, ",\n"));
-        write("file", utf8Name(name), summary);
-    }
-    void addAll(uint64_t traces, const Summary& all) override {
-        output.write("],\n\"all\": ");
-        write("files", traces, all);
-        output.write("}\n");
-    }
-
-private:
-    void write(const char* key, const Json& value, const Summary& summary) {
-        output.write(summaryJson({key, value}, summary).lines());
-    }
-
-    OutputFile& output;
-    const char* separator = "\n";
-};
-
-std::unique_ptr<InfoReport> makeReport(const InfoCommand& options, OutputFile& output) {
-    if (options.json) {
-        return std::make_unique<JsonReport>(output);
-    }
-    if (options.traces.size() > 1 && !options.longForm) {
-        return std::make_unique<TableReport>(output, options.traces);
-    }
-    return std::make_unique<TextReport>(output, options.longForm);
-}
-
+// Writes summaries as they come, so that thousands of them need no memory: as texts, as lines of a
+// table, or as {"files": [{"file": ...}, ...], "all": {"files": N, ...}}.
 class Info : public TraceVisitor {
 public:
-    /// \param alone  whether there is one trace, which then is all traces
-    Info(InfoReport& destination, timeStamp_t longestPause, bool alone)
-        : report(destination), isAlone(alone), all(longestPause), own(longestPause) {}
+    Info(const InfoCommand& given, OutputFile& destination, timeStamp_t longestPause);
 
     void beginTrace(const std::string& path) override {
         name = path;
         own = Summary(all.gapLimit());
     }
-
     void addMessage(const TraceItem& message, uint64_t /*number*/) override {
         add(message, message.gps != nullptr ? fixes.read(*message.gps) : std::nullopt);
     }
@@ -123,22 +39,10 @@ public:
         }
     }
     void addDamage(const TraceItem& damage) override { add(damage, std::nullopt); }
+    void endTrace(uint64_t bytes) override;
 
-    void endTrace(uint64_t /*bytes*/) override {
-        fixes.endTrace();
-        all.endTrace();
-        own.endTrace();
-        report.addTrace(name, isAlone ? all : own);
-        ++traces;
-    }
-
-    /// Whether there was any trace to sum up.
-    bool finish() {
-        if (traces != 0) {
-            report.addAll(traces, all);
-        }
-        return traces != 0;
-    }
+    // Nothing is written where there was no trace.
+    void finish();
 
 private:
     void add(const TraceItem& item, const std::optional<Fix>& fix) {
@@ -147,15 +51,70 @@ private:
             own.add(item, fix);
         }
     }
+    void write(const Summary& summary);
+    void writeAll();
 
-    InfoReport& report;
-    const bool isAlone;
+    const InfoCommand& options;
+    OutputFile& output;
+    const bool isAlone;  // one trace, which is all traces
+    std::optional<SummaryTable> table;
     FixReader fixes;
     Summary all;
     Summary own;  // of the trace in hand
     std::string name;
     uint64_t traces = 0;
 };
+
+Info::Info(const InfoCommand& given, OutputFile& destination, timeStamp_t longestPause)
+    : options(given),
+      output(destination),
+      isAlone(given.traces.size() == 1),
+      all(longestPause),
+      own(longestPause) {
+    if (options.json) {
+        output.write("{\"files\": [");
+    } else if (!isAlone && !options.longForm) {
+        output.write(table.emplace(options.traces).head());
+    }
+}
+
+void Info::endTrace(uint64_t /*bytes*/) {
+    fixes.endTrace();
+    all.endTrace();
+    own.endTrace();
+    write(isAlone ? all : own);
+    ++traces;
+}
+
+void Info::write(const Summary& summary) {
+    if (options.json) {
+        output.write(traces == 0 ? "\n" : ",\n");
+        output.write(summaryJson({"file", utf8Name(name)}, summary).lines());
+    } else if (table) {
+        output.write(table->row(name, summary));
+    } else {
+        output.write(
+            fmt::format("{}\n{}", shownName(name), summaryText(summary, options.longForm)));
+    }
+}
+
+void Info::finish() {
+    if (traces != 0) {
+        writeAll();
+        output.commit();
+    }
+}
+
+void Info::writeAll() {
+    if (options.json) {
+        output.write("],\n\"all\": " + summaryJson({"files", traces}, all).lines() + "}\n");
+    } else if (table) {
+        output.write(table->sum());
+    } else if (traces > 1) {
+        output.write(fmt::format("all {}\n{}", counted(traces, "trace"),
+                                 summaryText(all, options.longForm)));
+    }
+}
 
 }  // namespace
 
@@ -165,12 +124,9 @@ int info(const InfoCommand& options) {
     walk.traces = options.traces;
     walk.span = spanArgument(options.from, options.until);
     OutputFile output("-", false, statusesThatExist(options.traces));
-    const std::unique_ptr<InfoReport> report = makeReport(options, output);
-    Info visitor(*report, gap, options.traces.size() == 1);
+    Info visitor(options, output, gap);
     const Walked walked = walkTraces(walk, visitor);
-    if (visitor.finish()) {
-        output.commit();
-    }
+    visitor.finish();
     return walked.status;
 }
 
