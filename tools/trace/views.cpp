@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <iterator>
@@ -11,7 +12,6 @@
 #include <system_error>
 
 #include "libvexstream/internal/digits.h"
-#include "libvexstream/internal/fields.h"
 #include "libvexstream/sentence.h"
 #include "libvextrace/internal/traceLine.h"
 #include "libvextrace/nmeaNumbers.h"
@@ -21,6 +21,27 @@
 namespace vextrace::tools {
 
 namespace {
+
+// The first fields of a sentence, its address among them; empty where it has fewer. Each ends at a
+// comma; the last one of the sentence at "*" or the line end.
+template <size_t COUNT>
+std::array<std::string_view, COUNT> fieldsOf(std::string_view sentence) {
+    std::array<std::string_view, COUNT> fields;
+    const char* next = sentence.data();
+    const char* const end = next + sentence.size();
+    for (std::string_view& field : fields) {
+        const char* const begin = next;
+        while (next != end && *next != ',' && *next != '*' && *next != '\r' && *next != '\n') {
+            ++next;
+        }
+        field = {begin, static_cast<size_t>(next - begin)};
+        if (next == end || *next != ',') {
+            break;
+        }
+        ++next;
+    }
+    return fields;
+}
 
 // With so many decimals, never with an exponent.
 void addDecimal(std::string& text, double number, int decimals) {
@@ -159,11 +180,6 @@ void Views::addReceived(std::string_view text) {
     } else {
         appendEscaped(line, text);
     }
-}
-
-void Views::endLine() {
-    line += '\n';
-    output.write(line);
 }
 
 void Views::showLine(const GpsView& gps) {

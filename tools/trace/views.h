@@ -45,7 +45,10 @@ private:
     void showReceived(std::string_view text);
     void beginLine() { line = prefix; }
     void addReceived(std::string_view text);
-    void endLine();
+    void endLine() {
+        line += '\n';
+        output.write(line);
+    }
 
     OutputFile& output;
     const bool raw;
