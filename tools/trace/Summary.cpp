@@ -82,14 +82,6 @@ uint64_t SentenceCounts::total() const {
                            [](uint64_t sum, const Row& row) { return sum + row.number; });
 }
 
-std::map<std::string, uint64_t> SentenceCounts::byCode() const {
-    std::map<std::string, uint64_t> sorted;
-    for (const Row& row : counts) {
-        sorted.emplace(row.code, row.number);
-    }
-    return sorted;
-}
-
 std::vector<SentenceCounts::Row> SentenceCounts::rows() const {
     std::vector<Row> sorted = counts;
     std::sort(sorted.begin(), sorted.end(),

@@ -66,8 +66,6 @@ public:
     uint64_t total() const;
     /// Of codes beyond MOST_CODES.
     uint64_t others() const { return further; }
-    /// In ascending order of the codes, which have no line end.
-    std::map<std::string, uint64_t> byCode() const;
     /// In ascending order of the codes.
     std::vector<Row> rows() const;
 

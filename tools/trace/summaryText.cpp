@@ -2,7 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -61,13 +60,13 @@ std::string sentencesText(const SentenceCounts& sentences, bool isLong) {
     uint64_t rare = 0;
     std::string text = fmt::format("{}", sentences.total());
     std::string_view separator = ": ";
-    for (const auto& [code, count] : sentences.byCode()) {
-        if (!isLong && count < sentences.total() / RARE) {
+    for (const SentenceCounts::Row& row : sentences.rows()) {
+        if (!isLong && row.number < sentences.total() / RARE) {
             ++rareCodes;
-            rare += count;
+            rare += row.number;
             continue;
         }
-        text += fmt::format("{}{} {}", separator, escaped(code), count);
+        text += fmt::format("{}{} {}", separator, escaped(row.code), row.number);
         separator = ", ";
     }
     if (rareCodes != 0) {
@@ -161,8 +160,8 @@ Json messagesJson(const Summary& summary) {
 
 Json sentencesJson(const Summary& summary) {
     Json byCode = Json::object();
-    for (const auto& [code, count] : summary.sentences.byCode()) {
-        byCode.add(escaped(code), count);
+    for (const SentenceCounts::Row& row : summary.sentences.rows()) {
+        byCode.add(escaped(row.code), row.number);
     }
     return {{"count", summary.sentences.total()},
             {"by_code", byCode},
