@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstdint>
 
 namespace vextrace {
@@ -103,30 +102,22 @@ constexpr uint16_t FIRST_FREE = 0xC000;
 constexpr uint16_t LAST_FREE = 0xDFFF;
 
 // A bit per id: resynchronising asks at every byte.
-class ExpectedIds {
-public:
-    constexpr ExpectedIds() {
-        for (const NamedId& named : NAMES) {
+constexpr std::array<uint64_t, 1024> EXPECTED_IDS = [] {
+    std::array<uint64_t, 1024> words = {};
+    const auto add = [&](uint32_t id) { words[id / 64] |= uint64_t{1} << id % 64; };
+    for (const NamedId& named : NAMES) {
+        if (named.id != MSGID_INVALID) {
             add(named.id);
         }
-        for (const uint16_t id : IN_USE_ELSEWHERE) {
-            add(id);
-        }
-        for (uint32_t id = FIRST_FREE; id <= LAST_FREE; ++id) {
-            add(static_cast<uint16_t>(id));
-        }
-        words[MSGID_INVALID / 64] &= ~(uint64_t{1} << MSGID_INVALID % 64);
     }
-
-    constexpr bool contains(uint16_t id) const { return (words[id / 64] >> id % 64 & 1) != 0; }
-
-private:
-    constexpr void add(uint16_t id) { words[id / 64] |= uint64_t{1} << id % 64; }
-
-    std::array<uint64_t, 1024> words = {};
-};
-
-constexpr ExpectedIds EXPECTED_IDS;
+    for (const uint16_t id : IN_USE_ELSEWHERE) {
+        add(id);
+    }
+    for (uint32_t id = FIRST_FREE; id <= LAST_FREE; ++id) {
+        add(id);
+    }
+    return words;
+}();
 
 }  // namespace
 
@@ -138,7 +129,7 @@ std::string_view messageName(msgid_t id) {
 }
 
 bool isExpected(msgid_t id) {
-    return EXPECTED_IDS.contains(id);
+    return (EXPECTED_IDS[id / 64U] >> id % 64U & 1) != 0;
 }
 
 }  // namespace vextrace
