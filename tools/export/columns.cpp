@@ -1,6 +1,5 @@
 #include "tools/export/columns.h"
 
-#include <optional>
 
 #include "libvexstream/utc.h"
 #include "tools/export/text.h"

@@ -12,7 +12,6 @@
 #include "tools/io/StoppableSource.h"
 #include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
-#include "tools/io/escape.h"
 #include "tools/io/fileLock.h"
 
 namespace vextrace::tools {

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <utility>
 
 #include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
