@@ -9,9 +9,7 @@
 namespace vextrace::tools {
 
 int cut(const CutCommand& options) {
-    Walk walk;
-    walk.traces = options.traces;
-    walk.span = spanArgument(options.from, options.until);
+    const Walk walk = {options.traces, spanArgument(options.from, options.until)};
     if (options.from.empty() && options.until.empty()) {
         throw UsageError("cut: --from or --until, or both, say what is to be cut out");
     }

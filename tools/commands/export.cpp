@@ -67,10 +67,9 @@ const NamedFormat& formatOf(const ExportCommand& options) {
 // \param prefix  in front of what is told
 int exportTo(const NamedFormat& named, const ExportCommand& options, const std::string& prefix) {
     const timeStamp_t gap = gapArgument(options.gap);
-    Walk walk;
-    walk.traces = options.traces;
-    walk.span = spanArgument(options.from, options.until);
-    walk.showsProgress = options.output != "-" || !outputIsTerminal();
+    const Walk walk = {.traces = options.traces,
+                       .span = spanArgument(options.from, options.until),
+                       .showsProgress = options.output != "-" || !outputIsTerminal()};
     OutputFile output(options.output, options.force, inputStatuses(options.traces));
     const std::unique_ptr<Format> format = named.make(output);
     Exporter exporter(*format, gap, options.unchecked);

@@ -120,9 +120,7 @@ void Info::writeAll() {
 
 int info(const InfoCommand& options) {
     const timeStamp_t gap = gapArgument(options.gap, true);
-    Walk walk;
-    walk.traces = options.traces;
-    walk.span = spanArgument(options.from, options.until);
+    const Walk walk = {options.traces, spanArgument(options.from, options.until)};
     OutputFile output("-", false, statusesThatExist(options.traces));
     Info visitor(options, output, gap);
     const Walked walked = walkTraces(walk, visitor);

@@ -18,9 +18,7 @@ namespace {
 int repairOne(const std::string& input, const std::string& output, bool force) {
     OutputFile file(output, force, inputStatuses({input}));
     MessageCopy copy(file);
-    Walk walk;
-    walk.traces = {input};
-    const Walked walked = walkTraces(walk, copy);
+    const Walked walked = walkTraces({.traces = {input}}, copy);
     if (walked.foundTrace) {
         copy.settle();
         file.commit();

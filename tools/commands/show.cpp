@@ -56,11 +56,10 @@ private:
 };
 
 int Show::run() {
-    Walk walk;
-    walk.traces = {options.trace};
-    walk.span = spanArgument(options.from, options.until);
-    walk.isGrowing = options.follow;
-    walk.showsProgress = !options.follow && !outputIsTerminal();
+    const Walk walk = {.traces = {options.trace},
+                       .span = spanArgument(options.from, options.until),
+                       .isGrowing = options.follow,
+                       .showsProgress = !options.follow && !outputIsTerminal()};
     Walked walked;
     try {
         walked = walkTraces(walk, *this);

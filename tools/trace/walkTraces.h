@@ -61,7 +61,7 @@ public:
 /// What is to be walked.
 struct Walk {
     std::vector<std::string> traces;  ///< "-" is standard input
-    Span span;
+    Span span = {};
     bool isGrowing = false;
     bool showsProgress = true;
 };
