@@ -10,7 +10,6 @@
 #include "libvexstream/EpochBuilder.h"
 #include "libvexstream/Framer.h"
 #include "libvexstream/utc.h"
-#include "tools/io/escape.h"
 #include "tools/trace/LogInput.h"
 #include "tools/trace/ProvenTrace.h"
 #include "tools/trace/TraceProof.h"
@@ -167,11 +166,9 @@ private:
     [[noreturn]] void holdsTooMuch() {
         const auto& [code, sentence] = *waiting.begin();
         if (!peek() && ends.empty()) {
-            trace.differ(runBegin, "is behind the last sentence of the log");
+            trace.isBehindLog(runBegin);
         }
-        trace.differ(
-            sentence.message,
-            fmt::format("holds a {} that the log does not have in its epoch", escaped(code)));
+        trace.holdsTooMuch(sentence.message, code);
     }
 
     // The message behind those of the run may have it, and bear the wrong stamp.
@@ -184,8 +181,7 @@ private:
     }
 
     [[noreturn]] void lacks(uint64_t offset, const Framer::Sentence& sentence) const {
-        trace.differ(offset, fmt::format("lacks the sentence at byte {} of {}", sentence.offset,
-                                         log.name()));
+        trace.lacks(offset, sentence.offset, log.name());
     }
 
     LogInput log;

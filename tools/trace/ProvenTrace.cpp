@@ -4,6 +4,7 @@
 
 #include "libvexstream/utc.h"
 #include "tools/io/errors.h"
+#include "tools/io/escape.h"
 #include "tools/io/plural.h"
 
 namespace vextrace::tools {
@@ -33,12 +34,6 @@ TraceItem ProvenTrace::next() {
     }
 }
 
-void ProvenTrace::proveEnd() {
-    if (const TraceItem rest = next(); rest.gps != nullptr) {
-        differ(rest.offset, "is behind the last sentence of the log");
-    }
-}
-
 void ProvenTrace::differ(uint64_t offset, const std::string& what) const {
     throw DataError(fmt::format("{}: the message at byte {} {}", name, offset, what));
 }
@@ -46,6 +41,19 @@ void ProvenTrace::differ(uint64_t offset, const std::string& what) const {
 void ProvenTrace::differInStamp(const TraceItem& message, timeStamp_t expected) const {
     differ(message.offset, fmt::format("bears {}, but its sentences say {}",
                                        utcText(message.gps->getTimeStamp()), utcText(expected)));
+}
+
+void ProvenTrace::holdsTooMuch(uint64_t offset, std::string_view code) const {
+    differ(offset,
+           fmt::format("holds a {} that the log does not have in its epoch", escaped(code)));
+}
+
+void ProvenTrace::lacks(uint64_t offset, uint64_t byte, const std::string& log) const {
+    differ(offset, fmt::format("lacks the sentence at byte {} of {}", byte, log));
+}
+
+void ProvenTrace::isBehindLog(uint64_t offset) const {
+    differ(offset, "is behind the last sentence of the log");
 }
 
 void ProvenTrace::refuseDamage(const TraceItem& damage) const {

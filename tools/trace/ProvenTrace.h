@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "libvexstream/TraceReader.h"
 #include "tools/io/InputFile.h"
@@ -22,9 +23,6 @@ public:
     /// \throws DataError at damage
     TraceItem next();
 
-    /// \throws DataError where a GPS message is left
-    void proveEnd();
-
     uint64_t messages() const { return gps; }
     uint64_t otherMessages() const { return others; }  ///< passed over
 
@@ -33,6 +31,15 @@ public:
 
     /// The same of a message that bears another stamp than its sentences say.
     [[noreturn]] void differInStamp(const TraceItem& message, timeStamp_t expected) const;
+
+    /// The same of a message that holds a sentence of this code too much.
+    [[noreturn]] void holdsTooMuch(uint64_t offset, std::string_view code) const;
+
+    /// The same of a message that lacks the sentence at byte \p byte of the log.
+    [[noreturn]] void lacks(uint64_t offset, uint64_t byte, const std::string& log) const;
+
+    /// The same of a message that no sentence of the log is left for.
+    [[noreturn]] void isBehindLog(uint64_t offset) const;
 
 private:
     [[noreturn]] void refuseDamage(const TraceItem& damage) const;

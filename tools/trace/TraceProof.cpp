@@ -1,7 +1,5 @@
 #include "tools/trace/TraceProof.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
 #include <optional>
 #include <span>
@@ -12,7 +10,6 @@
 #include "libvexstream/GpsView.h"
 #include "libvexstream/Recording.h"
 #include "libvextrace/MessageFactory.h"
-#include "tools/io/escape.h"
 #include "tools/trace/LogInput.h"
 #include "tools/trace/ProvenTrace.h"
 #include "tools/trace/storedText.h"
@@ -54,7 +51,9 @@ public:
             note(step->sentence);
         }
         prove(recording.take());
-        trace.proveEnd();
+        if (const TraceItem rest = trace.next(); rest.gps != nullptr) {
+            trace.isBehindLog(rest.offset);
+        }
         counters.sentences = recording.counters().sentences();
         counters.messages = trace.messages();
         counters.otherMessages = trace.otherMessages();
@@ -114,15 +113,12 @@ private:
             }
         }
         if (lacking) {
-            trace.differ(found.offset,
-                         fmt::format("lacks the sentence at byte {} of {}", *lacking, log.name()));
+            trace.lacks(found.offset, *lacking, log.name());
         }
         for (const std::string_view sentence : held.getSentences()) {
             const std::string_view code = GpsView::codeOf(sentence);
             if (expected.getSentence(code).empty()) {
-                trace.differ(found.offset,
-                             fmt::format("holds a {} that the log does not have in its epoch",
-                                         escaped(code)));
+                trace.holdsTooMuch(found.offset, code);
             }
         }
     }
