@@ -18,8 +18,8 @@
 #include <vector>
 
 #include "tests/tools/TemporaryFolder.h"
+#include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
-#include "tools/io/fileLock.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;

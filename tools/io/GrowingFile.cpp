@@ -12,7 +12,6 @@
 #include "tools/io/StoppableSource.h"
 #include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
-#include "tools/io/fileLock.h"
 
 namespace vextrace::tools {
 
@@ -89,8 +88,7 @@ void GrowingFile::openNamed(ExistingFile existing, const InputFile& input) {
     if (!out.open(file, (appends ? O_RDWR : O_WRONLY) | (regular ? O_APPEND : 0))) {
         const int reason = errno;
         StoppableSource::stopWhenTold();  // a FIFO waits for its reader
-        errno = reason;
-        out.refuseForErrno();
+        out.refuseFor(reason);
     }
     lock();
 }
@@ -100,7 +98,7 @@ void GrowingFile::create() {
         if (errno == EEXIST) {
             out.refuse("is a link that leads nowhere");
         }
-        out.refuseForErrno();
+        out.refuseFor(errno);
     }
     created = true;
     regular = true;
@@ -188,7 +186,7 @@ std::string GrowingFile::moveAside(uint64_t begin, uint64_t end) {
     Sink copy(path);
     for (int number = 2; !copy.open(path, O_WRONLY | O_CREAT | O_EXCL); ++number) {
         if (errno != EEXIST) {
-            out.refuseForErrno();
+            out.refuseFor(errno);
         }
         path = fmt::format("{}.torn-{}", file, number);
     }
@@ -196,8 +194,7 @@ std::string GrowingFile::moveAside(uint64_t begin, uint64_t end) {
         ftruncate(out.descriptor(), static_cast<off_t>(begin)) != 0) {
         const int reason = errno;
         unlink(path.c_str());
-        errno = reason;
-        out.refuseForErrno();
+        out.refuseFor(reason);
     }
     return path;
 }

@@ -12,7 +12,6 @@
 
 #include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
-#include "tools/io/fileLock.h"
 
 namespace vextrace::tools {
 
@@ -106,13 +105,16 @@ void OutputFile::openExisting(const FileStatus& existing, bool force, const Inpu
         sink.refuse("exists; --force replaces it");
     }
     if (!isRegular) {
-        openDirectly();
+        if (!sink.open(target, O_WRONLY)) {
+            sink.refuseFor(errno);
+        }
+        target.clear();
         return;
     }
     refuseRecorded();
     target = resolved(target);
     if (target.empty() || access(target.c_str(), W_OK) != 0) {
-        sink.refuseForErrno();
+        sink.refuseFor(errno);
     }
     replace = true;
     openTemporary();
@@ -123,8 +125,7 @@ void OutputFile::openNew(bool force, int reason) {
     struct stat link = {};
     const bool isLink = !target.empty() && lstat(target.c_str(), &link) == 0;
     if (reason != ENOENT || target.empty()) {
-        errno = reason;
-        sink.refuseForErrno();
+        sink.refuseFor(reason);
     }
     if (isLink && !force) {
         sink.refuse("is a link that leads nowhere; --force replaces it");
@@ -133,19 +134,12 @@ void OutputFile::openNew(bool force, int reason) {
     openTemporary();
 }
 
-void OutputFile::openDirectly() {
-    if (!sink.open(target, O_WRONLY)) {
-        sink.refuseForErrno();
-    }
-    target.clear();
-}
-
 void OutputFile::openTemporary() {
     const std::string folder = folderOf(target);
     for (int number = 0; !sink.isOpen(); ++number) {
         temporary = fmt::format("{}.vextrace-{}-{}", folder, getpid(), number);
         if (!sink.open(temporary, O_RDWR | O_CREAT | O_EXCL) && errno != EEXIST) {
-            sink.refuseForErrno();
+            sink.refuseFor(errno);
         }
     }
     removeTemporary.emplace(temporary);

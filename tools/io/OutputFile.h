@@ -76,7 +76,6 @@ private:
     void refuseRecorded() const;
     void openExisting(const FileStatus& existing, bool force, const Inputs& inputs);
     void openNew(bool force, int reason);
-    void openDirectly();
     void openTemporary();
     void flush();
     bool name() const;

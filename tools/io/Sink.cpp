@@ -55,11 +55,10 @@ FileStatus Sink::status() const {
     const std::optional<FileStatus> found = fileStatus(fd);
     const int flags = fcntl(fd, F_GETFL);
     if (!found || flags < 0) {
-        refuseForErrno();
+        refuseFor(errno);
     }
     if ((flags & O_ACCMODE) == O_RDONLY) {
-        errno = EBADF;
-        refuseForErrno();
+        refuseFor(EBADF);
     }
     return *found;
 }
@@ -79,8 +78,8 @@ void Sink::refuse(std::string_view reason) const {
     throw UsageError(fmt::format("{}: {}", shown, reason));
 }
 
-void Sink::refuseForErrno() const {
-    refuse(fmt::format("cannot be written: {}", std::strerror(errno)));
+void Sink::refuseFor(int reason) const {
+    refuse(fmt::format("cannot be written: {}", std::strerror(reason)));
 }
 
 void Sink::failFor(int reason) const {

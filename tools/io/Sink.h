@@ -43,7 +43,7 @@ public:
 
     /// \throws UsageError always
     [[noreturn]] void refuse(std::string_view reason) const;
-    [[noreturn]] void refuseForErrno() const;
+    [[noreturn]] void refuseFor(int reason) const;
 
     /// \throws BrokenPipe where nobody reads any more, else DataError
     [[noreturn]] void failFor(int reason) const;

@@ -1,6 +1,8 @@
 #include "tools/io/descriptors.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -64,6 +66,24 @@ size_t writeAll(int fd, std::string_view bytes) {
         done += count;
     }
     return done;
+}
+
+bool lockFile(int descriptor) {
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+void unlockFile(int descriptor) {
+    flock(descriptor, LOCK_UN);
+}
+
+bool isRecorded(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) {
+        return false;
+    }
+    const bool isLocked = flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    close(file);
+    return isLocked;
 }
 
 }  // namespace vextrace::tools

@@ -4,11 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace vextrace::tools {
 
-// Reading and writing files that are open, whatever interrupts it.
+// Reading, writing and locking files that are open, whatever interrupts it.
 
 /// Reads what is there; waits where nothing is, also where the file was opened not to wait, as a
 /// pipe may be that was made by another program.
@@ -28,5 +29,16 @@ size_t writeSome(int fd, std::string_view bytes);
 /// Writes all, likewise.
 /// \return how many bytes went out; where that is not all, errno has the reason
 size_t writeAll(int fd, std::string_view bytes);
+
+/// Locks an open file against other recorders, as long as it is open. Not every file system has
+/// locks; without them there is no harm in going on.
+/// \return false where another program has it locked
+bool lockFile(int descriptor);
+
+/// Lets others lock it while it is open.
+void unlockFile(int descriptor);
+
+/// Whether another program records to the file that exists under this name.
+bool isRecorded(const std::string& path);
 
 }  // namespace vextrace::tools
