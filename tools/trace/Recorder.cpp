@@ -223,23 +223,20 @@ void Recorder::sumUp(const Ending& ending) const {
 void Recorder::sumUpOutput() const {
     const TraceOutput::Counters& written = output->written();
     const uint64_t sentences = recording.counters().sentences();
-    tell(fmt::format("{}: {}, {}, {} written", output->name(), counted(written.epochs, "epoch"),
-                     counted(written.messages, "message"), counted(written.bytes, "byte")));
+    const auto say = [&](const std::string& text) { tell(output->name() + ": " + text); };
+    say(fmt::format("{}, {}, {} written", counted(written.epochs, "epoch"),
+                    counted(written.messages, "message"), counted(written.bytes, "byte")));
     if (output->cutOff() != 0) {
-        tell(fmt::format("{}: {} of these cut off by another program", output->name(),
-                         counted(output->cutOff(), "byte")));
+        say(counted(output->cutOff(), "byte") + " of these cut off by another program");
     }
     if (written.first != 0) {
-        tell(fmt::format("{}: {} to {}", output->name(), utcText(written.first),
-                         utcText(written.last)));
+        say(utcText(written.first) + " to " + utcText(written.last));
     }
     if (written.messagesWithoutDate > 0) {
-        tell(fmt::format("{}: {} without a date", output->name(),
-                         counted(written.messagesWithoutDate, "message")));
+        say(counted(written.messagesWithoutDate, "message") + " without a date");
     }
     if (written.sentences < sentences) {
-        tell(fmt::format("{}: lacks the last {}", output->name(),
-                         counted(sentences - written.sentences, "sentence")));
+        say("lacks the last " + counted(sentences - written.sentences, "sentence"));
     }
 }
 
