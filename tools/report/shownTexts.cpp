@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "libvexstream/utc.h"
 
@@ -12,17 +13,8 @@ namespace vextrace::tools {
 namespace {
 
 constexpr uint64_t SECOND = 1000000000;
-
-// The date and the time of a stamp, the latter without its zone.
-std::string dateOf(timeStamp_t stamp) {
-    return utcText(stamp).substr(0, utcText(stamp).find('T'));
-}
-
-std::string timeOf(timeStamp_t stamp) {
-    const std::string text = utcText(stamp);
-    const size_t begin = text.find('T') + 1;
-    return text.substr(begin, text.size() - begin - 1);
-}
+constexpr size_t DATE_SIZE = 10;  // YYYY-MM-DD
+constexpr std::string_view UTC = " UTC";
 
 }  // namespace
 
@@ -39,12 +31,18 @@ std::string grouped(uint64_t number) {
 }
 
 std::string shownUtc(timeStamp_t stamp) {
-    return dateOf(stamp) + ' ' + timeOf(stamp) + " UTC";
+    std::string text = utcText(stamp);
+    text[DATE_SIZE] = ' ';
+    text.pop_back();
+    return text.append(UTC);
 }
 
 std::string shownSpan(timeStamp_t first, timeStamp_t last) {
-    const std::string end = dateOf(first) == dateOf(last) ? timeOf(last) + " UTC" : shownUtc(last);
-    return dateOf(first) + ' ' + timeOf(first) + " to " + end;
+    const std::string begin = shownUtc(first);
+    const std::string end = shownUtc(last);
+    const bool isOneDay = begin.starts_with(end.substr(0, DATE_SIZE));
+    return begin.substr(0, begin.size() - UTC.size()) + " to " +
+           (isOneDay ? end.substr(DATE_SIZE + 1) : end);
 }
 
 std::string shownDuration(uint64_t nanoseconds) {
