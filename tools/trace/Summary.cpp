@@ -158,16 +158,8 @@ void Summary::addSentences(const GpsView& gps, const std::optional<Fix>& fix) {
         const std::string_view code = GpsView::codeOf(sentence);
         const Checksum checksum = checksumOf(code, sentence, fix);
         sentences.add(withoutLineEnd(code), checksum, dateStamp);
-        switch (checksum) {
-            case Checksum::WRONG:
-                ++wrongChecksums;
-                break;
-            case Checksum::NONE:
-                ++noChecksums;
-                break;
-            case Checksum::RIGHT:
-                break;
-        }
+        wrongChecksums += checksum == Checksum::WRONG ? 1 : 0;
+        noChecksums += checksum == Checksum::NONE ? 1 : 0;
     }
 }
 
