@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "libvexutil/datablock.h"
+#include "libvexstream/internal/soundness.h"
 #include "tools/io/Progress.h"
 #include "tools/io/plural.h"
 #include "tools/io/standardStreams.h"
@@ -15,13 +15,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-// Of a message, whatever its type.
-timeStamp_t stampOf(const TraceItem& message) {
-    constexpr size_t STAMP_OFFSET = 6;
-    return message.gps != nullptr ? message.gps->getTimeStamp()
-                                  : byteArrayToUint64(message.bytes.data() + STAMP_OFFSET);
-}
 
 // Tells people of the damage in a trace: a line for each of the first places, naming the byte where
 // the last sound message ended and how many bytes were passed over, and a count of the others.
@@ -152,7 +145,7 @@ void Walker::use(const TraceItem& item, DamageLog& damage) {
         return;
     }
     ++number;
-    if (walk.span.holds(stampOf(item))) {
+    if (walk.span.holds(messageStamp(item.bytes.data()))) {
         visitor.addMessage(item, number);
     } else {
         visitor.passOver(item);
