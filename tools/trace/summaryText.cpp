@@ -2,7 +2,6 @@
 
 #include <fmt/core.h>
 
-#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -31,16 +30,9 @@ std::string secondsText(timeStamp_t nanoseconds) {
     return fmt::format("{}{} s", nanoseconds / NANOSECONDS, fraction);
 }
 
-class Lines {
-public:
-    void add(std::string_view name, std::string_view value) {
-        fmt::format_to(std::back_inserter(text), "  {:<16}{}\n", name, value);
-    }
-    std::string take() { return std::move(text); }
-
-private:
-    std::string text;
-};
+std::string line(std::string_view name, std::string_view value) {
+    return fmt::format("  {:<16}{}\n", name, value);
+}
 
 std::string messagesText(const Summary& summary) {
     std::string text =
@@ -204,24 +196,21 @@ Json boxJson(const std::optional<Box>& box) {
 }  // namespace
 
 std::string summaryText(const Summary& summary, bool isLong) {
-    Lines lines;
-    lines.add("bytes", fmt::format("{}", summary.bytes));
-    lines.add("messages", messagesText(summary));
-    lines.add("damage", damageText(summary));
-    lines.add("sentences", sentencesText(summary.sentences, isLong));
-    lines.add("checksums",
-              fmt::format("{} wrong, {} missing", summary.wrongChecksums, summary.noChecksums));
-    lines.add("time", timeText(summary));
-    lines.add("gaps > " + secondsText(summary.gapLimit()), gapsText(summary.times()));
-    lines.add("fixes", fixesText(summary));
-    lines.add("satellites", satellitesText(summary.satellites));
-    lines.add("distance", distanceText(summary.path));
-    lines.add("highest speed", summary.speed.greatest
-                                   ? fmt::format("{:.1f} km/h", *summary.speed.greatest)
-                                   : "none");
-    lines.add("altitude", rangeText(summary.altitude, "m"));
-    lines.add("box", boxText(summary.positions.box()));
-    return lines.take();
+    return line("bytes", std::to_string(summary.bytes)) + line("messages", messagesText(summary)) +
+           line("damage", damageText(summary)) +
+           line("sentences", sentencesText(summary.sentences, isLong)) +
+           line("checksums",
+                fmt::format("{} wrong, {} missing", summary.wrongChecksums, summary.noChecksums)) +
+           line("time", timeText(summary)) +
+           line("gaps > " + secondsText(summary.gapLimit()), gapsText(summary.times())) +
+           line("fixes", fixesText(summary)) +
+           line("satellites", satellitesText(summary.satellites)) +
+           line("distance", distanceText(summary.path)) +
+           line("highest speed", summary.speed.greatest
+                                     ? fmt::format("{:.1f} km/h", *summary.speed.greatest)
+                                     : "none") +
+           line("altitude", rangeText(summary.altitude, "m")) +
+           line("box", boxText(summary.positions.box()));
 }
 
 Json summaryJson(const Json::Member& head, const Summary& summary) {
