@@ -1,6 +1,5 @@
 #include "tools/export/columns.h"
 
-
 #include "libvexstream/utc.h"
 #include "tools/export/text.h"
 
@@ -19,18 +18,11 @@ bool appendMember(TextBuffer& text, const Fix& fix) {
     return value.has_value();
 }
 
-bool appendTime(TextBuffer& text, const Fix& fix) {
+template <auto APPEND>
+bool appendStamp(TextBuffer& text, const Fix& fix) {
     const bool isTime = hasDate(fix.stamp);
     if (isTime) {
-        appendUtc(text, fix.stamp);
-    }
-    return isTime;
-}
-
-bool appendNanoseconds(TextBuffer& text, const Fix& fix) {
-    const bool isTime = hasDate(fix.stamp);
-    if (isTime) {
-        appendNumber(text, fix.stamp);
+        APPEND(text, fix.stamp);
     }
     return isTime;
 }
@@ -49,8 +41,8 @@ bool appendChecksum(TextBuffer& text, const Fix& fix) {
 }  // namespace
 
 const std::array<Column, COLUMN_COUNT> COLUMNS = {{
-    {"time_utc", true, appendTime},
-    {"time_ns", false, appendNanoseconds},
+    {"time_utc", true, appendStamp<appendUtc>},
+    {"time_ns", false, appendStamp<appendInteger>},
     {"valid", false, appendValid},
     {"latitude_deg", false, appendMember<&Fix::latitude, appendCoordinate>},
     {"longitude_deg", false, appendMember<&Fix::longitude, appendCoordinate>},
