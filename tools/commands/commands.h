@@ -12,8 +12,6 @@ namespace vextrace::tools {
 // said. They give the exit status. \throws UsageError, DataError, BrokenPipe
 //
 // "-" as a name is standard input or standard output; an empty time, date or name was not given.
-
-//
 // An output that is a folder, or whose name ends in "/", takes a file for each input.
 
 struct RecordCommand {
