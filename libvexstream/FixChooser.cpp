@@ -1,22 +1,19 @@
 #include "libvexstream/FixChooser.h"
 
+#include <utility>
+
 namespace vextrace {
 
 FixChooser::Outcome FixChooser::choose(const GpsView& message) {
-    const Outcome outcome = judge(message);
-    lastStamp = message.getTimeStamp();
-    return outcome;
-}
-
-FixChooser::Outcome FixChooser::judge(const GpsView& message) {
     const timeStamp_t stamp = message.getTimeStamp();
+    const bool goesOn = std::exchange(lastStamp, stamp) == stamp;
     // What is outside has a say in the verdicts on what follows.
     chosen = fixes.read(message);
     if (stamp < choice.from || stamp > choice.until) {
         return Outcome::OUTSIDE;
     }
     if (!chosen) {
-        return stamp == lastStamp ? Outcome::MORE : Outcome::NO_FIX;
+        return goesOn ? Outcome::MORE : Outcome::NO_FIX;
     }
     if (chosen->repeats) {
         return Outcome::REPEATED;

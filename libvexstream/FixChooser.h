@@ -59,8 +59,6 @@ public:
     bool operator==(const FixChooser&) const = default;
 
 private:
-    Outcome judge(const GpsView& message);
-
     FixChoice choice;
     FixReader fixes;
     std::optional<Fix> chosen;
