@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 #include "tools/io/descriptors.h"
@@ -16,11 +17,6 @@
 namespace vextrace::tools {
 
 namespace {
-
-std::string folderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "" : path.substr(0, slash + 1);
-}
 
 // The file that a link leads to, so that the link stays.
 std::string resolved(const std::string& path) {
@@ -135,9 +131,9 @@ void OutputFile::openNew(bool force, int reason) {
 }
 
 void OutputFile::openTemporary() {
-    const std::string folder = folderOf(target);
+    const std::filesystem::path folder = std::filesystem::path(target).parent_path();
     for (int number = 0; !sink.isOpen(); ++number) {
-        temporary = fmt::format("{}.vextrace-{}-{}", folder, getpid(), number);
+        temporary = folder / fmt::format(".vextrace-{}-{}", getpid(), number);
         if (!sink.open(temporary, O_RDWR | O_CREAT | O_EXCL) && errno != EEXIST) {
             sink.refuseFor(errno);
         }

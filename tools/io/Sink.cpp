@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include "tools/io/errors.h"
@@ -21,11 +22,6 @@ constexpr mode_t AS_THE_USER_WANTS = 0666;
 // Nothing of it can wait.
 bool isNoDevice(int reason) {
     return reason == EINVAL || reason == EROFS || reason == ENOTSUP;
-}
-
-std::string folderToOpen(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
 }  // namespace
@@ -96,7 +92,8 @@ bool isOneOf(const FileStatus& file, const std::vector<FileStatus>& inputs) {
 }
 
 bool synchroniseFolder(const std::string& file) {
-    const int folder = open(folderToOpen(file).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::filesystem::path path = std::filesystem::path(file).parent_path();
+    const int folder = open(path.empty() ? "." : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (folder < 0) {
         return errno == EACCES;  // a folder that may be written, but not read
     }
