@@ -29,6 +29,10 @@ OptionEntry until(std::string& to, const char* names = "--until") {
     return {names, "UTC", "leave out what is behind this time", &to};
 }
 
+OptionEntry stamp(std::string& to, const char* help) {
+    return {"--stamp", "SOURCE", help, &to, !REQUIRED, {"utc", "arrival"}};
+}
+
 CommandEntry recordEntry() {
     const auto to = std::make_shared<RecordCommand>();
     return {
@@ -55,13 +59,9 @@ CommandEntry recordEntry() {
             {"--sync", "", "wait behind each epoch until the device has it", &to->sync},
             {"--quiet", "", "tell of faults alone, and show no line meanwhile", &to->quiet},
             {"--date", "YYYY-MM-DD", "the day, as long as the receiver sends none", &to->date},
-            {"--stamp",
-             "SOURCE",
-             "utc, the receiver's date and time (default), or arrival, the system's clock at "
-             "an epoch's first byte",
-             &to->stamp,
-             !REQUIRED,
-             {"utc", "arrival"}},
+            stamp(to->stamp,
+                  "utc, the receiver's date and time (default), or arrival, the system's clock at "
+                  "an epoch's first byte"),
         },
         [to] { return record(*to); }};
 }
@@ -150,12 +150,7 @@ CommandEntry checkEntry() {
                 {"LOG", "", "what the receiver sent; - is standard input", &to->log, REQUIRED},
                 {"TRACE", "", "the recording; - is standard input", &to->trace, REQUIRED},
                 {"--date", "YYYY-MM-DD", "the day that record was told", &to->date},
-                {"--stamp",
-                 "SOURCE",
-                 "the stamps that record was told: utc (default) or arrival",
-                 &to->stamp,
-                 !REQUIRED,
-                 {"utc", "arrival"}},
+                stamp(to->stamp, "the stamps that record was told: utc (default) or arrival"),
                 {"--live", "",
                  "the log was recorded as it came: silence or a stop may have divided epochs",
                  &to->live},
