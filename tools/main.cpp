@@ -6,7 +6,7 @@
 
 #include "libvextrace/GPSTraceMessage.h"
 #include "tools/commands/commandLine.h"
-#include "tools/io/outcome.h"
+#include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 
 using namespace vextrace::tools;

@@ -1,11 +1,9 @@
-#include "tools/io/outcome.h"
+#include "tools/io/errors.h"
 
 #include <gtest/gtest.h>
 
 #include <new>
 #include <string>
-
-#include "tools/io/errors.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "tools/io/outcome.h"
+#include "tools/io/errors.h"
 
 using namespace vextrace;
 using namespace vextrace::tools;

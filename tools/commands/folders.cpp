@@ -11,7 +11,6 @@
 #include "tools/io/Progress.h"
 #include "tools/io/errors.h"
 #include "tools/io/escape.h"
-#include "tools/io/outcome.h"
 #include "tools/io/shareWork.h"
 #include "tools/io/standardStreams.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <stdexcept>
 
 namespace vextrace::tools {
@@ -40,5 +41,9 @@ public:
 
 /// Ends the program quietly: whoever read its output has gone.
 class BrokenPipe : public std::exception {};
+
+/// Runs a command, and tells why it ended where it threw.
+/// \return the exit status of the program
+int outcomeOf(const std::function<int()>& command);
 
 }  // namespace vextrace::tools

@@ -1,10 +1,9 @@
-#include "tools/io/outcome.h"
+#include "tools/io/errors.h"
 
 #include <exception>
 #include <new>
 #include <string_view>
 
-#include "tools/io/errors.h"
 #include "tools/io/standardStreams.h"
 
 namespace vextrace::tools {
