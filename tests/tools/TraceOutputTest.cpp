@@ -17,7 +17,7 @@ using std::string;
 
 TEST_F(TraceOutputTest, HasEachPartInTheFileAtOnce) {
     const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
     EXPECT_EQ(content("trace"), "");
     output.write(FIRST);
     EXPECT_EQ(content("trace"), text({FIRST}));
@@ -29,7 +29,7 @@ TEST_F(TraceOutputTest, HasEachPartInTheFileAtOnce) {
 
 TEST_F(TraceOutputTest, CountsWhatIsInTheFile) {
     const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
     output.write(EpochBuilder::Part());
     EXPECT_EQ(output.written().messages, 0U);
     output.write(FIRST);
@@ -45,7 +45,7 @@ TEST_F(TraceOutputTest, CountsWhatIsInTheFile) {
 
 TEST_F(TraceOutputTest, WritesManyPartsTogetherWhenToldTo) {
     const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
     output.setTogether(true);
     output.write(FIRST);
     output.write(SECOND);
@@ -57,28 +57,28 @@ TEST_F(TraceOutputTest, WritesManyPartsTogetherWhenToldTo) {
 }
 
 TEST_F(TraceOutputTest, LeavesNoEmptyFile) {
-    EXPECT_EQ(record("trace", ExistingTrace::REFUSE, {}), "");
+    EXPECT_EQ(record("trace", ExistingFile::REFUSE, {}), "");
     EXPECT_FALSE(exists("trace"));
     const InputFile input(path("log"));
-    { const TraceOutput output(path("trace"), ExistingTrace::APPEND, input); }
+    { const TraceOutput output(path("trace"), ExistingFile::APPEND, input); }
     EXPECT_FALSE(exists("trace"));
 }
 
 TEST_F(TraceOutputTest, RefusesAFileThatExists) {
-    EXPECT_EQ(refusal("other", ExistingTrace::REFUSE),
+    EXPECT_EQ(refusal("other", ExistingFile::REFUSE),
               "other: exists; --append goes on behind it, --force replaces it");
     EXPECT_EQ(content("other"), "another log\n");
     write("empty", "");
-    EXPECT_NE(refusal("empty", ExistingTrace::REFUSE), "none");
+    EXPECT_NE(refusal("empty", ExistingFile::REFUSE), "none");
     EXPECT_TRUE(exists("empty"));
 }
 
 TEST_F(TraceOutputTest, ReplacesAFileWhenThereIsSomethingToWrite) {
-    record("other", ExistingTrace::REPLACE, {});
+    record("other", ExistingFile::REPLACE, {});
     EXPECT_EQ(content("other"), "another log\n");
-    record("other", ExistingTrace::REPLACE, {FIRST, SECOND});
+    record("other", ExistingFile::REPLACE, {FIRST, SECOND});
     EXPECT_EQ(content("other"), text({FIRST, SECOND}));
-    record("new", ExistingTrace::REPLACE, {FIRST});
+    record("new", ExistingFile::REPLACE, {FIRST});
     EXPECT_EQ(content("new"), text({FIRST}));
 }
 
@@ -86,7 +86,7 @@ TEST_F(TraceOutputTest, RefusesTheInputByEveryName) {
     fs::create_hard_link(path("log"), path("hard"));
     fs::create_symlink("log", path("soft"));
     for (const auto existing :
-         {ExistingTrace::REFUSE, ExistingTrace::APPEND, ExistingTrace::REPLACE}) {
+         {ExistingFile::REFUSE, ExistingFile::APPEND, ExistingFile::REPLACE}) {
         EXPECT_EQ(refusal("log", existing), "log: is the input itself");
         EXPECT_EQ(refusal("hard", existing), "hard: is the input itself");
         EXPECT_EQ(refusal("soft", existing), "soft: is the input itself");
@@ -101,33 +101,33 @@ TEST_F(TraceOutputTest, RefusesAnInputThatIsAFifo) {
     ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
     const int both = open(path("fifo").c_str(), O_RDWR);
     const InputFile input(path("fifo"));
-    EXPECT_THROW(TraceOutput(path("fifo"), ExistingTrace::REFUSE, input), UsageError);
+    EXPECT_THROW(TraceOutput(path("fifo"), ExistingFile::REFUSE, input), UsageError);
     close(both);
 }
 
 TEST_F(TraceOutputTest, RefusesWhatIsNoPlaceForATrace) {
-    EXPECT_EQ(refusal("", ExistingTrace::REPLACE), ": is a directory");
-    EXPECT_EQ(refusal("none/trace", ExistingTrace::REFUSE),
+    EXPECT_EQ(refusal("", ExistingFile::REPLACE), ": is a directory");
+    EXPECT_EQ(refusal("none/trace", ExistingFile::REFUSE),
               "none/trace: cannot be written: No such file or directory");
-    EXPECT_EQ(refusal("log/trace", ExistingTrace::REFUSE),
+    EXPECT_EQ(refusal("log/trace", ExistingFile::REFUSE),
               "log/trace: cannot be written: Not a directory");
     fs::create_symlink("nowhere", path("link"));
-    EXPECT_EQ(refusal("link", ExistingTrace::REFUSE), "link: is a link that leads nowhere");
+    EXPECT_EQ(refusal("link", ExistingFile::REFUSE), "link: is a link that leads nowhere");
     EXPECT_FALSE(exists("nowhere"));
 }
 
 TEST_F(TraceOutputTest, LetsOneRecorderWriteAtATime) {
     const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
     output.write(FIRST);
-    EXPECT_EQ(refusal("trace", ExistingTrace::APPEND),
+    EXPECT_EQ(refusal("trace", ExistingFile::APPEND),
               "trace: is being recorded by another program");
-    EXPECT_EQ(refusal("trace", ExistingTrace::REPLACE),
+    EXPECT_EQ(refusal("trace", ExistingFile::REPLACE),
               "trace: is being recorded by another program");
     output.write(SECOND);
     output.close();
     EXPECT_EQ(content("trace"), text({FIRST, SECOND}));
-    EXPECT_EQ(refusal("trace", ExistingTrace::APPEND), "none");
+    EXPECT_EQ(refusal("trace", ExistingFile::APPEND), "none");
 }
 
 TEST_F(TraceOutputTest, TakesBackWhatDidNotFit) {
@@ -135,7 +135,7 @@ TEST_F(TraceOutputTest, TakesBackWhatDidNotFit) {
     const string whole = text({FIRST, SECOND});
     for (size_t room = whole.size(); room < whole.size() + THIRD.bytes.size(); ++room) {
         fs::remove(path("trace"));
-        TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+        TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
         const SizeLimit limit(room);
         output.write(FIRST);
         output.write(SECOND);
@@ -160,7 +160,7 @@ TEST_F(TraceOutputTest, KeepsTheWholePartsOfThoseWrittenTogether) {
     for (const size_t room :
          {size_t{0}, size_t{1}, first - 1, first, first + 1, second - 1, second, second + 1}) {
         fs::remove(path("trace"));
-        TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+        TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
         output.setTogether(true);
         const SizeLimit limit(room);
         output.write(FIRST);
@@ -175,7 +175,7 @@ TEST_F(TraceOutputTest, KeepsTheWholePartsOfThoseWrittenTogether) {
 
 TEST_F(TraceOutputTest, EndsWhenTheTraceIsRemoved) {
     const InputFile input(path("log"));
-    TraceOutput output(path("trace"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("trace"), ExistingFile::REFUSE, input);
     output.write(FIRST);
     fs::remove(path("trace"));
     EXPECT_THROW(output.write(SECOND), DataError);
@@ -190,13 +190,13 @@ TEST_F(TraceOutputTest, WritesToDevicesAsTheyAre) {
         GTEST_SKIP() << "no device can be made here";
     }
     const InputFile input(path("log"));
-    TraceOutput toNull(null, ExistingTrace::REFUSE, input);
+    TraceOutput toNull(null, ExistingFile::REFUSE, input);
     toNull.setSync(true);
     toNull.write(FIRST);
     toNull.close();
     EXPECT_EQ(toNull.written().messages, 1U);
     EXPECT_TRUE(fs::exists(null));
-    TraceOutput toFull(full, ExistingTrace::REFUSE, input);
+    TraceOutput toFull(full, ExistingFile::REFUSE, input);
     EXPECT_THROW(toFull.write(FIRST), DataError);
 }
 
@@ -205,7 +205,7 @@ TEST_F(TraceOutputTest, TellsABrokenPipe) {
     ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
     const int reader = open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
     const InputFile input(path("log"));
-    TraceOutput output(path("fifo"), ExistingTrace::REFUSE, input);
+    TraceOutput output(path("fifo"), ExistingFile::REFUSE, input);
     output.write(FIRST);
     close(reader);
     EXPECT_THROW(output.write(SECOND), BrokenPipe);

@@ -76,7 +76,7 @@ protected:
     bool exists(const std::string& name) const { return folder.exists(name); }
 
     // Writes the parts, and tells what was told.
-    std::string record(const std::string& name, vextrace::tools::ExistingTrace existing,
+    std::string record(const std::string& name, vextrace::tools::ExistingFile existing,
                        const std::vector<vextrace::EpochBuilder::Part>& parts) const {
         const vextrace::tools::InputFile input(path("log"));
         vextrace::tools::TraceOutput output(path(name), existing, input);
@@ -88,7 +88,7 @@ protected:
     }
 
     // What is said of an output that cannot be used, less its folder.
-    std::string refusal(const std::string& name, vextrace::tools::ExistingTrace existing) const {
+    std::string refusal(const std::string& name, vextrace::tools::ExistingFile existing) const {
         const vextrace::tools::InputFile input(path("log"));
         try {
             const vextrace::tools::TraceOutput output(path(name), existing, input);

@@ -18,7 +18,7 @@ constexpr int LONGEST_IDLE = 24 * 3600 * 1000;
 RecordOptions optionsOf(const RecordCommand& arguments) {
     RecordOptions options;
     if (arguments.append || arguments.force) {
-        options.existing = arguments.append ? ExistingTrace::APPEND : ExistingTrace::REPLACE;
+        options.existing = arguments.append ? ExistingFile::APPEND : ExistingFile::REPLACE;
     }
     options.baud = arguments.baud;
     if (arguments.stamp == "arrival") {

@@ -19,7 +19,7 @@ namespace vextrace::tools {
 struct RecordOptions {
     std::string input = "-";   ///< "-" is standard input
     std::string output = "-";  ///< "-" is standard output
-    ExistingTrace existing = ExistingTrace::REFUSE;
+    ExistingFile existing = ExistingFile::REFUSE;
     std::optional<unsigned> baud;  ///< of a serial line
     StampSource stamps = StampSource::SENTENCES;
     std::chrono::sys_days date;           ///< as long as no sentence brings one

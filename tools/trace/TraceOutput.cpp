@@ -49,7 +49,7 @@ std::string_view textOf(std::span<const uint8_t> bytes) {
 
 }  // namespace
 
-TraceOutput::TraceOutput(const std::string& path, ExistingTrace existing, const InputFile& input)
+TraceOutput::TraceOutput(const std::string& path, ExistingFile existing, const InputFile& input)
     : file(path, existing, input) {
     if (file.goesOn()) {
         continueTrace(path);

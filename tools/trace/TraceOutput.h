@@ -11,10 +11,6 @@
 
 namespace vextrace::tools {
 
-/// What becomes of a trace that exists. One that goes on may end in a torn message, which is moved
-/// to a file beside it.
-using ExistingTrace = ExistingFile;
-
 /// A trace that is being recorded. It lies under its name from the beginning, and each epoch is
 /// written with one call, so that a recorder that is killed loses at most the epoch in hand. Where
 /// writing fails, what was written of an epoch by half is taken back if the file allows it.
@@ -31,11 +27,12 @@ public:
     };
 
     /// \param path      "-" is standard output; devices and FIFOs are written as they are
-    /// \param existing  what becomes of a regular file
+    /// \param existing  what becomes of a regular file; one that goes on may end in a torn message,
+    ///                  which is moved to a file beside it
     /// \param input     must not be the same file, by whatever name
     /// \throws UsageError as GrowingFile does, and where the trace is none that could go on;
     ///         Interrupted by a signal while it is read. Nothing has been changed then.
-    TraceOutput(const std::string& path, ExistingTrace existing, const InputFile& input);
+    TraceOutput(const std::string& path, ExistingFile existing, const InputFile& input);
 
     /// Makes every call of write() wait until the device has the bytes.
     void setSync(bool on) { sync = on; }
