@@ -12,6 +12,7 @@
 #include "tools/io/StoppableSource.h"
 #include "tools/io/descriptors.h"
 #include "tools/io/errors.h"
+#include "tools/io/standardStreams.h"
 
 namespace vextrace::tools {
 
@@ -60,7 +61,7 @@ GrowingFile::~GrowingFile() {
 
 void GrowingFile::openStandardOutput(const InputFile& input) {
     const FileStatus status = out.status();
-    if (out.isTerminal()) {
+    if (outputIsTerminal()) {
         out.refuse("is a terminal; give the trace a name with -o");
     }
     refuseInput(status, input);
@@ -109,7 +110,7 @@ void GrowingFile::create() {
 // A serial line is no place for a trace of what it sends.
 void GrowingFile::refuseInput(const FileStatus& status, const InputFile& input) const {
     if (isOneOf(status, {input.identity()}) ||
-        (input.isTerminal() && status.isSameFile(input.identity()))) {
+        (isatty(input.descriptor()) != 0 && status.isSameFile(input.identity()))) {
         out.refuse("is the input itself");
     }
 }

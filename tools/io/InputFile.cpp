@@ -82,10 +82,6 @@ bool InputFile::goBack(size_t count) {
     return true;
 }
 
-bool InputFile::isTerminal() const {
-    return isatty(fd) != 0;
-}
-
 std::optional<uint64_t> InputFile::size() const {
     return totalSize({status});
 }

@@ -30,8 +30,6 @@ public:
     /// \throws DataError where the system refuses
     bool goBack(size_t count) override;
 
-    bool isTerminal() const;
-
     /// For waiting.
     int descriptor() const { return fd; }
 

@@ -43,10 +43,6 @@ bool Sink::open(const std::string& file, int flags) {
     return fd >= 0;
 }
 
-bool Sink::isTerminal() const {
-    return isatty(fd) != 0;
-}
-
 FileStatus Sink::status() const {
     const std::optional<FileStatus> found = fileStatus(fd);
     const int flags = fcntl(fd, F_GETFL);

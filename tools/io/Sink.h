@@ -23,7 +23,6 @@ public:
     /// \return false, with the reason in errno, where it cannot be opened
     bool open(const std::string& file, int flags);
     bool isOpen() const { return fd >= 0; }
-    bool isTerminal() const;
 
     /// Of standard output, or of the open file.
     /// \throws UsageError where it cannot be written
