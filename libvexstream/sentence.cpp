@@ -160,6 +160,9 @@ std::string_view withoutLineEnd(std::string_view sentence) {
 }
 
 std::string_view field(std::string_view sentence, size_t index) {
+    if (index > sentence.size()) {
+        return {};  // without counting so far
+    }
     FieldReader fields(sentence);
     fields.skip(index);
     return fields.next();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -179,6 +180,12 @@ TEST(SentenceTest, SplitsFields) {
     EXPECT_EQ(field("$GPGGA*47", 0), "$GPGGA");
     EXPECT_EQ(field("", 0), "");
     EXPECT_EQ(field("", 1), "");
+}
+
+TEST(SentenceTest, HasNoFieldOfAnyHighNumber) {
+    EXPECT_EQ(field(",", 1), "");
+    EXPECT_EQ(field(",a", 1), "a");
+    EXPECT_EQ(field("$GPGGA,1", std::numeric_limits<size_t>::max()), "");
 }
 
 TEST(SentenceTest, ReadsTimesOfDay) {
