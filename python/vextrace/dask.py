@@ -46,8 +46,8 @@ def frame(
     Parameters
     ----------
     traces : str, os.PathLike, or a list of them
-        Names, patterns such as ``"fleet/*.trace"``, or URLs that ``fsspec`` knows. Every worker must
-        reach them by these names.
+        Names, patterns such as ``"fleet/*.trace"``, or URLs that ``fsspec`` knows. What is the name
+        of a file is no pattern. Every worker must reach them by these names.
     blocksize : str or int, optional
         Bytes of a part: smaller traces are put together, larger ones divided.
     from_, until, unchecked
@@ -82,7 +82,7 @@ def frame(
         "report": errors == "report",
         "storage_options": storage_options or {},
     }
-    parts = _parts(_files(traces, options["storage_options"]), parse_bytes(blocksize))
+    parts = _parts(_files(traces, options["storage_options"]), parse_bytes(blocksize)) or [[]]
     return dask.dataframe.from_map(
         _read_part, parts, meta=_meta(options["report"]), label="vextrace", **options
     )
@@ -98,7 +98,7 @@ def _files(
     for given in traces:
         pattern = os.fspath(given)
         system, path = fsspec.core.url_to_fs(pattern, **storage_options)
-        if not _is_pattern(path):
+        if not _is_pattern(path) or system.exists(path):
             files.append((_url(system, path), system.size(path)))
             continue
         found = system.glob(path, detail=True)  # sizes with the names: no question for each file

@@ -105,6 +105,21 @@ def test_nothing_is_read_before_it_is_asked_for(tmp_path):
         table.compute(scheduler="synchronous")
 
 
+def test_the_name_of_a_file_is_no_pattern(tmp_path):
+    (tmp_path / "a1.trace").write_bytes(trace(3))
+    (tmp_path / "a[1].trace").write_bytes(trace(5))
+    path = str(tmp_path / "a[1].trace")
+    assert vextrace.dask.frame(path).compute(scheduler="synchronous").trace.tolist() == [path] * 5
+    both = vextrace.dask.frame(str(tmp_path / "a*.trace")).compute(scheduler="synchronous")
+    assert len(both) == 8
+
+
+def test_no_traces_are_an_empty_table():
+    table = vextrace.dask.frame([])
+    expected = vextrace.frame([]).drop(columns="message")
+    expect_equal(plain(table.compute(scheduler="synchronous")), plain(expected))
+
+
 @pytest.mark.parametrize("arguments, error", [
     ({"traces": "none/*.trace"}, FileNotFoundError), ({"traces": "none.trace"}, FileNotFoundError),
     ({"traces": [], "errors": "ignore"}, ValueError), ({"traces": 5}, TypeError)])
