@@ -103,6 +103,7 @@ private:
 Findings SideBySide::read(uint64_t span) {
     const uint64_t size = input.size().value();
     for (uint64_t begin = 0; begin == 0 || begin < size;) {
+        handleSignals();
         std::vector<TraceRange> ranges;
         std::vector<std::future<Span>> spans;
         for (size_t i = 0; i < threadsOf() && (begin == 0 || begin < size); ++i, begin += span) {

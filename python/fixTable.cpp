@@ -54,7 +54,7 @@ private:
     // As many for each thread, of a trace that is worth it.
     static uint64_t usualSpan(uint64_t size) {
         const uint64_t rounds = size / AT_A_TIME + 1;
-        return size > WORTH_IT && threadsOf() > 1 ? size / (rounds * threadsOf()) + 1 : size;
+        return size > WORTH_IT ? size / (rounds * threadsOf()) + 1 : size;
     }
 
     const FixChoice choice;

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <span>
 #include <string_view>
-#include <system_error>
 
 #include "libvexstream/DescriptorSource.h"
 
@@ -33,12 +32,16 @@ public:
         name = {};
     }
 
+    // A pipe may wait for ever, but for signals.
     size_t read(uint8_t* dest, size_t room) override {
-        try {
-            return DescriptorSource::read(dest, room);
-        } catch (const std::system_error& error) {
-            fail(error.code().value());
+        ssize_t count = 0;
+        while ((count = ::read(fd, dest, room)) < 0) {
+            if (errno != EINTR) {
+                fail(errno);
+            }
+            handleSignals();
         }
+        return static_cast<size_t>(count);
     }
 
     // The same at a place of the file's.
@@ -185,6 +188,13 @@ bool isName(const py::object& object) {
 }
 
 }  // namespace
+
+void handleSignals() {
+    const py::gil_scoped_acquire locked;
+    if (PyErr_CheckSignals() != 0) {
+        throw py::error_already_set();
+    }
+}
 
 void Input::open(const py::object& name) {
     auto file = std::make_unique<File>(openForReading(name), name);

@@ -13,6 +13,10 @@ namespace vextrace::python {
 
 namespace py = pybind11;
 
+/// Lets Python handle the signals that came while it did not run: without that Ctrl-C waits.
+/// \throws py::error_already_set  what a handler raises, such as KeyboardInterrupt
+void handleSignals();
+
 /// Where the bytes of a trace come from, of whatever Python has: a name (str, bytes or PathLike),
 /// bytes in memory (anything with a buffer, but for bytes, which would be a name: wrap those in
 /// memoryview), or an object with a method read.
