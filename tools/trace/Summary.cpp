@@ -49,15 +49,15 @@ void TimeSpan::addGap(const Gap& gap) {
 // Null where there is no room for another code.
 SentenceCounts::Row* SentenceCounts::rowOf(std::string_view code) {
     if (expected >= counts.size() || counts[expected].code != code) {
-        const auto place = std::find_if(counts.begin(), counts.end(),
-                                        [code](const Row& row) { return row.code == code; });
-        expected = static_cast<size_t>(place - counts.begin());
-        if (place == counts.end()) {
+        auto place = places.find(code);
+        if (place == places.end()) {
             if (counts.size() == MOST_CODES) {
                 return nullptr;
             }
+            place = places.emplace(code, counts.size()).first;
             counts.emplace_back().code = code;
         }
+        expected = place->second;
     }
     return &counts[expected++];
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -73,6 +74,7 @@ private:
     Row* rowOf(std::string_view code);
 
     std::vector<Row> counts;
+    std::map<std::string, size_t, std::less<>> places;  // of the codes among them
     size_t expected = 0;  // most messages hold the codes of the one before, in the same order
     uint64_t further = 0;
 };
