@@ -34,9 +34,10 @@ constexpr std::pair<uint32_t, uint32_t> INVISIBLE[] = {
 
 bool isInvisible(std::string_view character) {
     const uint32_t number = codePoint(character);
-    return std::ranges::any_of(INVISIBLE, [&](const auto& range) {
-        return number >= range.first && number <= range.second;
-    });
+    return number >= std::begin(INVISIBLE)->first &&
+           std::ranges::any_of(INVISIBLE, [&](const auto& range) {
+               return number >= range.first && number <= range.second;
+           });
 }
 
 // Nearly all texts are such. The loop has no branches, so that it takes many bytes at once.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace vextrace::tools {
@@ -10,10 +11,11 @@ namespace {
 
 constexpr unsigned HASH_BITS = 15;
 
-size_t hashOf(std::string_view text) {
+// Of as many characters as a reference stands for at least.
+size_t hashOf(const char* text) {
     uint32_t value = 0;
-    for (const char c : text.substr(0, Squeezing::SHORTEST)) {
-        value = value * 0x9E3779B1U + static_cast<unsigned char>(c);
+    for (size_t i = 0; i < Squeezing::SHORTEST; ++i) {
+        value = value * 0x9E3779B1U + static_cast<unsigned char>(text[i]);
     }
     return value * 0x9E3779B1U >> (32 - HASH_BITS);
 }
@@ -34,8 +36,13 @@ std::string squeezed(std::string_view text) {
     constexpr std::string_view DIGITS = Squeezing::DIGITS;
     std::string result;
     std::vector<size_t> latest(size_t{1} << HASH_BITS);  // place of a hash, counted from 1
+    const size_t hashed = text.size() - std::min(text.size(), Squeezing::SHORTEST - 1);
+    // Gives the place before with the same hash.
+    const auto note = [&](size_t place) {
+        return place < hashed ? std::exchange(latest[hashOf(text.data() + place)], place + 1) : 0;
+    };
     for (size_t i = 0; i < text.size();) {
-        const size_t place = latest[hashOf(text.substr(i))];
+        const size_t place = note(i);
         const size_t back = i + 1 - place;
         const size_t length =
             place != 0 && back <= Squeezing::FARTHEST ? common(text, place - 1, i) : 0;
@@ -44,10 +51,13 @@ std::string squeezed(std::string_view text) {
             result += {Squeezing::MARK, DIGITS[back / DIGITS.size()], DIGITS[back % DIGITS.size()],
                        DIGITS[length - Squeezing::SHORTEST]};
         } else {
-            result.append(text[i] == Squeezing::MARK ? 2 : 1, text[i]);
+            result += text[i];
+            if (text[i] == Squeezing::MARK) {
+                result += Squeezing::MARK;
+            }
         }
-        for (const size_t end = i + (isPiece ? length : 1); i < end; ++i) {
-            latest[hashOf(text.substr(i))] = i + 1;
+        for (const size_t end = i + (isPiece ? length : 1); ++i < end;) {
+            note(i);
         }
     }
     return result;
