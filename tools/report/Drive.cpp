@@ -10,9 +10,10 @@ namespace vextrace::tools {
 
 namespace {
 
-std::string placeText(std::span<const uint8_t> message, const Fix& fix) {
-    const std::string position = textsOf(message, fix).position;
-    return hasDate(fix.stamp) ? position + " at " + shownUtc(fix.stamp) : position;
+std::string placeText(const Moment& moment) {
+    const std::string& position = moment.texts.position;
+    const timeStamp_t stamp = moment.fix.stamp;
+    return hasDate(stamp) ? position + " at " + shownUtc(stamp) : position;
 }
 
 }  // namespace
@@ -56,13 +57,13 @@ void Drive::add(const Fix& fix, std::span<const uint8_t> message, uint64_t numbe
     moment.fix = fix;
     moment.number = number;
     if (fix.valid && drawn.frame) {
-        follow(step, moment, message);
+        follow(step, moment);
     }
     moment.way = path.metres();
     stretches.add(std::move(moment), message, division.next(step.recorded));
 }
 
-void Drive::follow(const Follower::Step& step, Moment& moment, std::span<const uint8_t> message) {
+void Drive::follow(const Follower::Step& step, Moment& moment) {
     const Fix& fix = moment.fix;
     // Across gaps, too: runs of one road stay beside each other behind a tunnel.
     path.add(*fix.latitude, *fix.longitude);
@@ -72,20 +73,31 @@ void Drive::follow(const Follower::Step& step, Moment& moment, std::span<const u
     point.speed = fix.speed;
     point.followsGap = step.followsGap;
     drawn.track.add(point);
-    if (drawn.start.empty()) {
-        drawn.start = placeText(message, fix);
-        drawn.first = fix;
-    }
-    last = fix;
-    lastMessage.assign(message.begin(), message.end());
 }
 
 DrawnDrive Drive::finish() {
-    if (!lastMessage.empty()) {
-        drawn.end = placeText(lastMessage, last);
-    }
     drawn.moments = stretches.finish();
+    if (drawn.frame) {
+        addEnds();
+    }
     return std::move(drawn);
+}
+
+// The first valid fix and the last one are kept, for they are those of their stretches.
+void Drive::addEnds() {
+    const Moment* first = nullptr;
+    const Moment* last = nullptr;
+    for (const Moment& moment : drawn.moments) {
+        if (moment.fix.valid) {
+            first = first == nullptr || moment.number < first->number ? &moment : first;
+            last = last == nullptr || moment.number > last->number ? &moment : last;
+        }
+    }
+    if (first != nullptr) {
+        drawn.start = placeText(*first);
+        drawn.end = placeText(*last);
+        drawn.first = first->fix;
+    }
 }
 
 }  // namespace vextrace::tools

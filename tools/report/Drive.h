@@ -58,15 +58,14 @@ public:
     DrawnDrive finish();
 
 private:
-    void follow(const Follower::Step& step, Moment& moment, std::span<const uint8_t> message);
+    void follow(const Follower::Step& step, Moment& moment);
+    void addEnds();
 
     Division& division;
     Follower follower;
     Stretches stretches;
     Path path;
     DrawnDrive drawn;
-    Fix last;  // valid one
-    std::vector<uint8_t> lastMessage;
 };
 
 }  // namespace vextrace::tools

@@ -41,32 +41,41 @@ void Stretches::add(Moment moment, std::span<const uint8_t> message, uint64_t st
     candidate->moment = std::move(moment);
     candidate->moment.stretch = stretch;
     candidate->message.assign(message.begin(), message.end());
-    noteGaps(candidate->moment);
-    add(candidate);
+    const Values values = valuesOf(candidate->moment.fix);
+    noteGaps(candidate->moment, values);
+    add(candidate, values);
 }
 
-void Stretches::noteGaps(Moment& moment) {
+Stretches::Values Stretches::valuesOf(const Fix& fix) {
+    Values values;
+    for (size_t i = 0; i < COURSES; ++i) {
+        values[i] = valueOf(fix, static_cast<Followed>(i));
+    }
+    return values;
+}
+
+void Stretches::noteGaps(Moment& moment, const Values& values) {
     const timeStamp_t stamp = moment.fix.stamp;
     run += stamp < latestStamp ? 1 : 0;
     latestStamp = stamp;
     moment.run = run;
     for (size_t i = 0; i < COURSES; ++i) {
-        if (valueOf(moment.fix, static_cast<Followed>(i))) {
+        if (values[i]) {
             const timeStamp_t before = std::exchange(latest[i], stamp).value_or(stamp);
             moment.breaks |= stamp > before && stamp - before > gap ? 1U << i : 0U;
         }
     }
 }
 
-void Stretches::add(const CandidatePtr& candidate) {
+void Stretches::add(const CandidatePtr& candidate, const Values& values) {
     const Moment& moment = candidate->moment;
     if (moment.stretch != openStretch) {
         close();
         openStretch = moment.stretch;
     }
     for (size_t i = 0; i < COURSES; ++i) {
-        if (const auto value = valueOf(moment.fix, static_cast<Followed>(i))) {
-            follow(open[i], candidate, *value, (moment.breaks >> i & 1) != 0);
+        if (values[i]) {
+            follow(open[i], candidate, *values[i], (moment.breaks >> i & 1) != 0);
         }
     }
 }
@@ -149,7 +158,8 @@ std::vector<Moment> Stretches::thinned(std::vector<Moment> moments, double part,
     Stretches fewer(gap);
     for (Moment& moment : moments) {
         moment.stretch = static_cast<uint64_t>(static_cast<double>(moment.stretch) * part);
-        fewer.add(std::make_shared<Candidate>(Candidate{std::move(moment), {}}));
+        const Values values = valuesOf(moment.fix);
+        fewer.add(std::make_shared<Candidate>(Candidate{std::move(moment), {}}), values);
     }
     return fewer.finish();
 }

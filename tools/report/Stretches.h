@@ -60,8 +60,12 @@ private:
 
     static constexpr size_t COURSES = static_cast<size_t>(Followed::COUNT);
 
-    void noteGaps(Moment& moment);
-    void add(const CandidatePtr& candidate);
+    // Of one fix.
+    using Values = std::array<std::optional<double>, COURSES>;
+
+    static Values valuesOf(const Fix& fix);
+    void noteGaps(Moment& moment, const Values& values);
+    void add(const CandidatePtr& candidate, const Values& values);
     static void follow(Course& values, const CandidatePtr& candidate, double value,
                        bool isBehindGap);
     void close();
