@@ -1,5 +1,6 @@
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,6 +14,7 @@
 #include "tools/io/FileStatus.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/Spool.h"
+#include "tools/io/errors.h"
 #include "tools/io/escape.h"
 #include "tools/io/standardStreams.h"
 #include "tools/report/Page.h"
@@ -55,8 +57,9 @@ private:
 
     Page page() const;
     Pictures pictures(size_t bytes);
-    void draw(size_t trace, Drawing& drawing);
-    void drawItems(ByteSource& source, uint64_t end, Drawing& drawing);
+    uint64_t draw(size_t trace, Drawing& drawing);
+    uint64_t drawItems(ByteSource& source, uint64_t end, Drawing& drawing);
+    void tellChange(const std::string& path);
 
     const ReportCommand& options;
     const Span span;
@@ -64,6 +67,7 @@ private:
     OutputFile output;
     std::vector<Again> inputs;
     DamageNotes damageNotes;
+    bool hasChanged = false;  // a trace, between its two readings
 };
 
 Report::Report(const ReportCommand& given)
@@ -85,10 +89,15 @@ int Report::run() {
         whole.track = std::move(drawn.track);
         whole.data = std::move(drawn.data);
         whole.extent = std::move(drawn.extent);
+        if (hasChanged) {
+            whole.notes.emplace_back(
+                "Something changed while it was read: what is drawn is not all that the numbers "
+                "tell.");
+        }
         output.write(whole.text());
         output.commit();
     }
-    return walked.status;
+    return hasChanged ? std::max<int>(walked.status, STATUS_DATA) : walked.status;
 }
 
 // Standard input would be at its end when it is opened again.
@@ -134,29 +143,36 @@ Page Report::page() const {
 Pictures Report::pictures(size_t bytes) {
     Drawing drawing(survey);
     for (size_t i = 0; i < inputs.size() && drawing.beginTrace(); ++i) {
-        draw(i, drawing);
+        if (draw(i, drawing) != survey.outlines()[i].fixes) {
+            tellChange(inputs[i].path);
+        }
         drawing.endTrace();
     }
     return drawing.finish(bytes, BYTES_OF_TRACK);
 }
 
-void Report::draw(size_t trace, Drawing& drawing) {
+// How many fixes there were. Of a file that is gone there are none.
+uint64_t Report::draw(size_t trace, Drawing& drawing) {
     const uint64_t end = survey.traces()[trace].bytes;
     const Again& again = inputs[trace];
     if (again.spool) {
         again.spool->rewind();
-        drawItems(*again.spool, end, drawing);
-    } else {
+        return drawItems(*again.spool, end, drawing);
+    }
+    try {
         InputFile input(again.path);
-        drawItems(input, end, drawing);
+        return drawItems(input, end, drawing);
+    } catch (const UsageError&) {
+        return 0;
     }
 }
 
 // A file may have grown meanwhile. Where it cannot be read on it was told.
-void Report::drawItems(ByteSource& source, uint64_t end, Drawing& drawing) {
+uint64_t Report::drawItems(ByteSource& source, uint64_t end, Drawing& drawing) {
     TraceReader reader(source);
     FixReader fixes;
     uint64_t number = 0;
+    uint64_t count = 0;
     try {
         for (TraceItem item = reader.next();
              item.kind != TraceItem::Kind::END && item.offset + item.length <= end;
@@ -166,11 +182,18 @@ void Report::drawItems(ByteSource& source, uint64_t end, Drawing& drawing) {
             const auto fix = isChosen ? fixes.read(*item.gps) : std::nullopt;
             if (fix && isDrawn(*fix)) {
                 drawing.add(*fix, item.bytes, number);
+                ++count;
             }
         }
     } catch (const ReadError&) {
-        return;
+        return count;
     }
+    return count;
+}
+
+void Report::tellChange(const std::string& path) {
+    tell(shownName(path) + ": changed while it was read");
+    hasChanged = true;
 }
 
 }  // namespace

@@ -77,13 +77,12 @@ void Drive::follow(const Follower::Step& step, Moment& moment) {
 
 DrawnDrive Drive::finish() {
     drawn.moments = stretches.finish();
-    if (drawn.frame) {
-        addEnds();
-    }
+    addEnds();
     return std::move(drawn);
 }
 
-// The first valid fix and the last one are kept, for they are those of their stretches.
+// The first valid fix and the last one are kept, for they are those of their stretches. A drive
+// that has none, other than its outline, has no place on the map.
 void Drive::addEnds() {
     const Moment* first = nullptr;
     const Moment* last = nullptr;
@@ -93,11 +92,13 @@ void Drive::addEnds() {
             last = last == nullptr || moment.number > last->number ? &moment : last;
         }
     }
-    if (first != nullptr) {
-        drawn.start = placeText(*first);
-        drawn.end = placeText(*last);
-        drawn.first = first->fix;
+    if (first == nullptr) {
+        drawn.frame.reset();
+        return;
     }
+    drawn.start = placeText(*first);
+    drawn.end = placeText(*last);
+    drawn.first = first->fix;
 }
 
 }  // namespace vextrace::tools
