@@ -204,11 +204,12 @@ def _sources(traces: Any) -> Sequence[Any]:
 
 
 def _is_buffer(thing: Any) -> bool:
+    """Whether it is bytes in memory; an array of names is none."""
     try:
-        memoryview(thing).release()
+        with memoryview(thing) as view:
+            return not view.format.endswith(("O", "w"))  # objects, characters
     except TypeError:
         return False
-    return True
 
 
 def _name(source: Any) -> str:

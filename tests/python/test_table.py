@@ -130,6 +130,16 @@ def test_no_traces_and_empty_ones_are_an_empty_table(tmp_path):
         assert len(table) == 0 and list(table) == list(vextrace.COLUMNS)
 
 
+@pytest.mark.parametrize("dtype", [object, str])
+def test_an_array_of_names_is_names(tmp_path, dtype):
+    names = [str(tmp_path / name) for name in ("a.trace", "b.trace")]
+    for name in names:
+        with open(name, "wb") as trace:
+            trace.write(message(STAMP, RMC))
+    assert vextrace.frame(numpy.array(names, dtype=dtype)).trace.tolist() == names
+    assert vextrace.frame(vextrace.frame(names).trace.unique()).trace.tolist() == names
+
+
 def test_damage_is_counted(tmp_path):
     path = tmp_path / "damaged.trace"
     fix = message(STAMP, RMC, GGA)
