@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <optional>
 
 #include "libvexstream/internal/Division.h"
@@ -38,7 +39,8 @@ struct TraceReader::State {
     TraceItem next();
     bool passOver(std::span<const uint8_t> message);
     TraceItem nextOfAny();
-    void begin();
+    bool begin();
+    void skip();
     TraceItem inSequence();
     TraceItem takeGps(size_t length);
     TraceItem take(TraceItem::Kind kind, size_t length);
@@ -56,8 +58,10 @@ struct TraceReader::State {
     uint64_t position;
     TraceWindow window;
     Division division;
-    GpsView gps;         // of the item given out last
-    uint64_t asked = 0;  // bytes that were there when a message was asked whether it is cut off
+    GpsView gps;           // of the item given out last
+    uint64_t asked = 0;    // bytes that were there when a message was asked whether it is cut off
+    uint64_t skipped = 0;  // of what is in front of the place where reading begins
+    std::exception_ptr skipError;
     bool begun = false;
     bool found = false;
     bool growing = false;
@@ -103,10 +107,12 @@ void TraceReader::setStop(std::function<bool()> stop) {
 
 // What is found first behind a start in the midst of a trace is no item of it.
 TraceItem TraceReader::State::next() {
-    begin();
     const uint64_t start = startOf(wanted);
-    while (position < wanted.end) {
+    while (begin() && position < wanted.end) {
         TraceItem item = nextOfAny();
+        if (item.kind == TraceItem::Kind::DAMAGE && item.length == 0) {
+            continue;  // reading began where a message begins
+        }
         item.isBefore = item.offset < wanted.begin;
         const bool isWanted = wanted.givesBefore && (item.offset > start || start == 0);
         if (item.kind == TraceItem::Kind::END || !item.isBefore || isWanted) {
@@ -119,8 +125,8 @@ TraceItem TraceReader::State::next() {
 }
 
 bool TraceReader::State::passOver(std::span<const uint8_t> message) {
-    begin();
-    if (damage || position < wanted.begin || position >= wanted.end) {
+    const bool mayBeNext = begin() && !damage && position >= wanted.begin && position < wanted.end;
+    if (!mayBeNext || message.empty()) {
         return false;
     }
     window.keepFrom(position);
@@ -134,13 +140,31 @@ bool TraceReader::State::passOver(std::span<const uint8_t> message) {
     return true;
 }
 
-void TraceReader::State::begin() {
-    if (!begun && position > 0) {
-        input.skip(position);
+// Whether the trace reaches the place where reading begins; a growing one may later.
+bool TraceReader::State::begin() {
+    if (skipped < position && !begun) {
+        skip();
+        if (skipped < position) {
+            return false;
+        }
         cursor = position;
         damage.emplace();
     }
     begun = true;
+    return true;
+}
+
+// Where that failed nobody knows at which offset the source is.
+void TraceReader::State::skip() {
+    if (skipError) {
+        std::rethrow_exception(skipError);
+    }
+    try {
+        skipped += input.skip(position - skipped);
+    } catch (...) {
+        skipError = std::current_exception();
+        throw;
+    }
 }
 
 TraceItem TraceReader::State::nextOfAny() {
@@ -173,9 +197,9 @@ TraceItem TraceReader::State::inSequence() {
                                                    : beginDamage(NOTHING_FOLLOWS);
 }
 
-// The message runs beyond the end of the trace.
+// The message runs beyond the end of the trace, or beyond what could be read of it.
 TraceItem TraceReader::State::incomplete(size_t length) {
-    if (growing && (division.mayHold(position) || !isCutOff())) {
+    if ((growing || window.hasReadError()) && (division.mayHold(position) || !isCutOff())) {
         return theEnd();
     }
     return beginDamage("a message of " + std::to_string(length) + " bytes is cut off after " +

@@ -85,7 +85,8 @@ public:
     TraceReader& operator=(TraceReader&&) = delete;
     ~TraceReader();
 
-    /// \throws what the source throws; what was complete before has been given out
+    /// \throws what the source throws; what was complete before has been given out. Called again it
+    ///         reads on, where the source can, but not where ByteSource::skip() threw.
     TraceItem next();
 
     /// Passes over a message where its bytes are the next ones of the range: much faster than

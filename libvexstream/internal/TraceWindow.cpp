@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace vextrace {
 
@@ -16,7 +17,7 @@ TraceWindow::TraceWindow(ByteSource& source, uint64_t start)
     : input(source), buffer(new uint8_t[CAPACITY]), begin(start), kept(start) {}
 
 size_t TraceWindow::readUpTo(uint64_t offset, size_t count) {
-    while (end() < offset + count && reading && !ended) {
+    while (end() < offset + count && reading && !ended && !readError) {
         readMore();
     }
     return end() < offset ? 0 : static_cast<size_t>(std::min<uint64_t>(count, end() - offset));
@@ -35,7 +36,6 @@ void TraceWindow::readMore() {
         ended = count == 0;
     } catch (...) {
         readError = std::current_exception();
-        ended = true;
     }
 }
 
@@ -46,9 +46,9 @@ void TraceWindow::forgetFrom(uint64_t offset) {
     }
 }
 
-void TraceWindow::throwReadError() const {
+void TraceWindow::throwReadError() {
     if (readError) {
-        std::rethrow_exception(readError);
+        std::rethrow_exception(std::exchange(readError, nullptr));
     }
 }
 

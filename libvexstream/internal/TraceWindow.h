@@ -44,8 +44,12 @@ public:
     /// written may lose its end and get another.
     void forgetFrom(uint64_t offset);
 
+    /// Whether the input ended with a read error.
+    bool hasReadError() const { return readError != nullptr; }
+
+    /// Those who ask again read on.
     /// \throws what the source threw when the input ended with a read error
-    void throwReadError() const;
+    void throwReadError();
 
 private:
     size_t readUpTo(uint64_t offset, size_t count);

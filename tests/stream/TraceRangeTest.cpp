@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -85,6 +86,34 @@ TEST(TraceRangeTest, TwoPartsAreTheWholeAtEveryBoundary) {
     for (uint64_t boundary = 0; boundary <= trace.size() + 1; ++boundary) {
         EXPECT_TRUE(foundInParts(trace, {boundary}) == whole) << boundary;
     }
+}
+
+TEST(TraceRangeTest, BehindTheEndOfTheTraceThereIsNothing) {
+    const TraceBytes trace = traceOf(3);
+    constexpr uint64_t LAST = std::numeric_limits<uint64_t>::max();
+    for (const uint64_t begin :
+         {uint64_t{trace.size()}, uint64_t{trace.size()} + 1, LAST - 1, LAST}) {
+        for (const uint64_t lead : {uint64_t{0}, uint64_t{1}, uint64_t{100}}) {
+            EXPECT_TRUE(foundIn(trace, {begin, LAST, true, lead}).empty()) << begin << ' ' << lead;
+        }
+    }
+}
+
+TEST(TraceRangeTest, BeginsInAGrowingTraceWhenItHasGrownSoFar) {
+    const TraceBytes trace = traceOf(6);
+    const uint64_t begin = fix(0).size() + fix(1).size();
+    FedSource source;
+    TraceReader reader(source, {begin, std::numeric_limits<uint64_t>::max(), false, 0});
+    reader.setGrowing(true);
+    uint64_t items = 0;
+    for (const uint8_t byte : trace) {
+        source.feed({&byte, 1});
+        for (TraceItem item = reader.next(); item.kind != Kind::END; item = reader.next()) {
+            EXPECT_EQ(item.offset, begin + (items == 0 ? 0 : 18 + (items - 1) * fix(0).size()));
+            ++items;
+        }
+    }
+    EXPECT_EQ(items, 4U);
 }
 
 TEST(TraceRangeTest, PartsOfLargeDamagedTracesAreTheWhole) {

@@ -413,6 +413,16 @@ TEST(TraceReaderTest, PassesOverAMessageThatIsTheNextOne) {
     EXPECT_EQ(reader.position(), trace.size());
 }
 
+TEST(TraceReaderTest, PassesOverNoMessageWithoutBytes) {
+    const TraceBytes trace = fix(10);
+    MemorySource source(trace);
+    TraceReader reader(source);
+    EXPECT_FALSE(reader.passOver({}));
+    EXPECT_FALSE(reader.foundMessage());
+    EXPECT_EQ(copied(reader.next()).bytes, trace);
+    EXPECT_FALSE(reader.passOver({}));
+}
+
 TEST(TraceReaderTest, PassesOverNothingOutsideItsRangeNorAMessageThatIsCutOff) {
     const TraceBytes trace = joined({fix(10), fix(11), fix(12)});
     MemorySource whole(trace);
@@ -719,7 +729,46 @@ private:
     MemorySource before;
 };
 
+// Fails once at an offset.
+class InterruptedSource : public ByteSource {
+public:
+    InterruptedSource(const TraceBytes& bytes, size_t offset)
+        : front(std::span(bytes).first(offset)), back(std::span(bytes).subspan(offset)) {}
+
+    size_t read(uint8_t* dest, size_t room) override {
+        const size_t count = front.read(dest, room);
+        if (count == 0 && !std::exchange(hasFailed, true)) {
+            throw std::runtime_error("interrupted");
+        }
+        return count == 0 ? back.read(dest, room) : count;
+    }
+
+private:
+    MemorySource front;
+    MemorySource back;
+    bool hasFailed = false;
+};
+
 }  // namespace
+
+TEST(TraceReaderTest, ReadsOnBehindAReadErrorThatPasses) {
+    const Messages trace = {fix(10), can(1), fix(11), messageOf(12, STAMP, "held"), fix(12)};
+    const TraceBytes bytes = joined(trace);
+    for (size_t offset = 0; offset <= bytes.size(); ++offset) {
+        InterruptedSource source(bytes, offset);
+        TraceReader reader(source);
+        std::vector<ReadItem> items;
+        EXPECT_THROW(
+            for (TraceItem item = reader.next(); item.kind != Kind::END;
+                 item = reader.next()) { items.push_back(copied(item)); },
+            std::runtime_error);
+        for (const ReadItem& item : readAll(reader)) {
+            items.push_back(item);
+        }
+        EXPECT_EQ(messagesOf(items), trace) << offset;
+        EXPECT_EQ(items.size(), trace.size()) << offset;
+    }
+}
 
 TEST(TraceReaderTest, GivesWhatWasReadBeforeAReadError) {
     for (const TraceBytes& end : {TraceBytes(), TraceBytes{0}, can(1), TraceBytes{0, 0, 0, 0, 0},
