@@ -157,7 +157,7 @@ BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
         return {places[i].inSequence, places[i].chain};
     }
     const int bits = chainFrom(offset).bits;
-    return {evidence.endsAt(offset) ? 0 : bits - COST_OF_DAMAGE, bits};
+    return {evidence.endsAt(offset) ? 0 : bits - COST_OF_DAMAGE, std::min(bits, ENOUGH_TO_BEGIN)};
 }
 
 int BestDivision::inDamage(uint64_t offset) const {

@@ -13,6 +13,8 @@ constexpr int ENOUGH_TO_LEAD_ON = 40;
 constexpr int ENOUGH_ALONE =
     ENOUGH_TO_LEAD_ON - Evidence::LEAST_OF_NEIGHBOUR - Evidence::OF_NOTHING_BEHIND;
 
+// Of a chain in which a message may begin. To follow it so far costs less than the best division of
+// all that is around it.
 constexpr unsigned FEW_MESSAGES = 8;
 
 // Where the one before leads to, a message stands in fifteen of sixteen cases, even in front of
@@ -85,7 +87,8 @@ int Division::ofHistory(uint64_t offset) {
     return before ? evidence.behind(before->data(), offset) : 0;
 }
 
-// Whether a message begins there as far as the next few say: the best division knows the rest.
+// Whether a message begins there as far as the next few say: the best division knows the rest, but
+// takes nothing for a beginning that is in doubt here.
 bool Division::mayBegin(uint64_t offset) {
     if (!evidence.mayBegin(offset)) {
         return false;
