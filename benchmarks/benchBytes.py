@@ -75,7 +75,9 @@ def seconds(path):
         usage = resource.getrusage(resource.RUSAGE_CHILDREN)
         return usage.ru_utime + usage.ru_stime
     before = used()
-    subprocess.run([VEXTRACE, "info", path], capture_output=True, check=False)
+    run = subprocess.run([VEXTRACE, "info", path], capture_output=True, check=False)
+    if run.returncode not in (0, 1):  # 1 where there is damage
+        sys.exit(f"status {run.returncode}: {run.stderr[:1000].decode(errors='replace')}")
     return used() - before
 
 
@@ -83,8 +85,7 @@ def beginning(path, length):
     """The first messages of a trace."""
     trace = b""
     with open(path, "rb") as file:
-        while len(trace) < length:
-            size = file.read(2)
+        while len(trace) < length and (size := file.read(2)):
             trace += size + file.read(int.from_bytes(size, "big"))
     return trace
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <exception>
 #include <optional>
+#include <utility>
 
 #include "libvexstream/internal/Division.h"
 #include "libvexstream/internal/TraceWindow.h"
@@ -58,9 +59,10 @@ struct TraceReader::State {
     uint64_t position;
     TraceWindow window;
     Division division;
-    GpsView gps;           // of the item given out last
-    uint64_t asked = 0;    // bytes that were there when a message was asked whether it is cut off
-    uint64_t skipped = 0;  // of what is in front of the place where reading begins
+    GpsView gps;               // of the item given out last
+    uint64_t thereBefore = 0;  // of a message that is not all there, when it was looked at last
+    uint64_t asked = 0;        // the same when it was asked whether it is cut off
+    uint64_t skipped = 0;      // of what is in front of the place where reading begins
     std::exception_ptr skipError;
     bool begun = false;
     bool found = false;
@@ -206,11 +208,12 @@ TraceItem TraceReader::State::incomplete(size_t length) {
                        std::to_string(window.end() - position));
 }
 
-// Whether another message begins within one that is not all there yet; asked again when enough has
-// come, so that bytes that come one by one are not looked at again for each of them.
+// Whether another message begins within one that is not all there yet. While more and more comes it
+// is asked now and then, so that bytes that come one by one are not all looked at for each of them.
 bool TraceReader::State::isCutOff() {
     const uint64_t there = window.end() - position;
-    if (there >= asked && there < asked + asked / 8) {
+    const bool rests = std::exchange(thereBefore, there) == there;
+    if (!rests && there >= asked && there < asked + asked / 64) {
         return false;
     }
     asked = there;
@@ -252,6 +255,7 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
 void TraceReader::State::goOnBehind(size_t length) {
     division.setBefore(position);
     position += length;
+    thereBefore = 0;
     asked = 0;
     found = true;
 }
@@ -302,6 +306,7 @@ TraceItem TraceReader::State::endDamage() {
     item.reason = std::move(*damage);
     damage.reset();
     position = cursor;
+    thereBefore = 0;
     asked = 0;
     return item;
 }

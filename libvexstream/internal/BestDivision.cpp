@@ -13,9 +13,9 @@ constexpr uint64_t BEHIND_PART = LONGEST_MESSAGE;
 constexpr uint64_t REACH = 6 * LONGEST_MESSAGE;
 constexpr uint64_t IN_FRONT = uint64_t{16} * 1024;  // of the place asked for, in one go
 static_assert(IN_FRONT + PART + BEHIND_PART + LONGEST_MESSAGE + REACH + LONGEST_MESSAGE +
-                      MessageBase::MO_BASE_DERIVED <=
+                      LONGEST_MESSAGE <=
                   TraceWindow::ROOM,
-              "a chain behind what the last place leads to, and the header behind it");
+              "a chain behind what the last place leads to, and the message behind it");
 
 // A chain that leads from any place exactly to the end of the trace does so once in 2^16 times, and
 // it is asked for at one place in a trace: the rest of what leaves no doubt.
@@ -49,13 +49,13 @@ BestDivision::Chain BestDivision::chainFrom(uint64_t offset, unsigned mostMessag
 
 // A message is in the chains of those in front of it, too. What is missing behind it may come.
 int BestDivision::ofLink(uint64_t offset, size_t length) {
-    constexpr size_t FAR_ENOUGH = 2 * LONGEST_MESSAGE;
+    constexpr uint64_t FAR_ENOUGH = 2 * LONGEST_MESSAGE;
     Link& link = links[offset % links.size()];
     if (link.offset == offset) {
         return link.bits;
     }
     const int bits = evidence.inChain(offset, length);
-    if (window.available(offset, FAR_ENOUGH) == FAR_ENOUGH) {
+    if (window.end() >= offset + FAR_ENOUGH) {
         link = {offset, bits};
     }
     return bits;

@@ -264,10 +264,10 @@ int Evidence::ofNext(uint64_t offset, size_t length) {
 
 int Evidence::inChain(uint64_t offset, size_t length) {
     const uint64_t next = offset + length;
-    const bool leadsOn = hasHeader(next);  // may move the bytes
+    const bool leadsOn = hasHeader(next);
+    const int own = ofMessage(offset, length);  // may move the bytes
     const uint8_t* const header = window.at(offset);
     // What speaks against an id, or for messages that are the same, the last of them says for all.
-    const int own = ofMessage(offset, length);
     const bool isSame = leadsOn && haveSameId(header, window.at(next));
     const int once = own - (isSame ? std::min(idOf(header), 0) : 0);
     if (own < OF_SENTENCES && leadsOn && isSentAgain(offset, length)) {

@@ -13,7 +13,7 @@ namespace vextrace {
 class TraceWindow {
 public:
     /// Bytes that may be held at once, from keepFrom() on.
-    static constexpr size_t ROOM = size_t{800} * 1024;
+    static constexpr size_t ROOM = size_t{864} * 1024;
 
     /// \param start  offset in the trace of the source's next byte
     TraceWindow(ByteSource& source, uint64_t start);

@@ -136,6 +136,49 @@ TEST(TraceRangeTest, PartsOfLargeDamagedTracesAreTheWhole) {
     }
 }
 
+// What is divided at once ends within the second of the long messages. A chain of much evidence
+// behind it must not outweigh the far time of the one in front of that.
+TEST(TraceRangeTest, WhatIsBehindWhatIsDividedAtOnceCountsTheSameForAllWhoBegin) {
+    constexpr size_t PART = size_t{192} * 1024;
+    std::mt19937 random(5);
+    const auto junk = [&random](size_t size) {
+        std::string bytes(size, '\0');
+        for (char& byte : bytes) {
+            byte = static_cast<char>(0x80 | (random() & 0x7F));
+        }
+        return bytes;
+    };
+    TraceBytes trace;
+    const auto add = [&trace](const auto& bytes) {
+        trace.insert(trace.end(), bytes.begin(), bytes.end());
+    };
+    add(junk(1000));
+    for (const char* payload : {"\x90", "\x91", "\x92", "\x93", "\x94", "\x95", "\x96", "\x97"}) {
+        add(messageOf(0xC001, 0, payload + std::string("\x92")));
+    }
+    add(junk(PART - 100 - trace.size()));
+    const uint64_t begin = trace.size();
+    add(messageOf(0xC002, STAMP, junk(60000)));
+    add(messageOf(0xC003, STAMP + 20 * SECOND, junk(60000)));
+    for (unsigned number = 0; number < 20; ++number) {
+        add(fix(100'000 + number));
+    }
+    const auto startsOf = [&trace](uint64_t from) {
+        std::vector<uint64_t> starts;
+        for (const Found& found : foundIn(trace, {from, trace.size(), false, 0})) {
+            if (found.kind != Kind::DAMAGE) {
+                starts.push_back(found.offset);
+            }
+        }
+        return starts;
+    };
+    const std::vector<uint64_t> whole = startsOf(0);
+    EXPECT_FALSE(whole.empty());
+    for (const uint64_t from : {uint64_t{990}, uint64_t{1200}, begin - 5, begin}) {
+        EXPECT_EQ(startsOf(from), whole) << from;
+    }
+}
+
 TEST(TraceRangeTest, LongDamageBelongsToThePartInWhichItBegins) {
     const TraceBytes trace = joined({traceOf(10), TraceBytes(3'000'000, 0xFF), traceOf(10)});
     const std::vector<Found> whole = foundIn(trace, TraceRange());

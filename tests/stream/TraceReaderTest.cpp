@@ -654,6 +654,25 @@ TEST(TraceReaderTest, TellsInAGrowingTraceThatAMessageIsCutOffBeforeItsSizeIsRea
     EXPECT_EQ(messagesOf(items), others);
 }
 
+TEST(TraceReaderTest, LooksOnceMoreAtAMessageThatIsCutOffWhenAGrowingTraceRests) {
+    const TraceBytes torn = beginningOf(messageOf(1, 0, std::string(0xEB00 - 12, '\0')), 40000);
+    const Messages others = {fix(10), can(1), fix(11)};
+    const TraceBytes back = joined(others);
+    for (const bool isReplaced : {false, true}) {
+        GrowingTrace file(torn);
+        TraceReader reader(file);
+        reader.setGrowing(true);
+        EXPECT_TRUE(readAll(reader).empty());
+        file.cut(torn.size() - (isReplaced ? back.size() : 0));
+        file.append(back);
+        std::vector<ReadItem> items = readAll(reader);
+        for (const ReadItem& item : readAll(reader)) {
+            items.push_back(item);
+        }
+        EXPECT_EQ(messagesOf(items), others) << isReplaced;
+    }
+}
+
 TEST(TraceReaderTest, ATornEndOfAGrowingTraceMayBeReplaced) {
     GrowingTrace file(joined({fix(10), beginningOf(fix(11), 50)}));
     TraceReader reader(file);
@@ -736,12 +755,16 @@ public:
         : front(std::span(bytes).first(offset)), back(std::span(bytes).subspan(offset)) {}
 
     size_t read(uint8_t* dest, size_t room) override {
-        const size_t count = front.read(dest, room);
+        const size_t count = front.read(dest, std::min(room, mostAtOnce));
         if (count == 0 && !std::exchange(hasFailed, true)) {
             throw std::runtime_error("interrupted");
         }
+        given += count;
         return count == 0 ? back.read(dest, room) : count;
     }
+
+    size_t mostAtOnce = std::numeric_limits<size_t>::max();
+    size_t given = 0;  // of the bytes in front of the failure
 
 private:
     MemorySource front;
@@ -750,6 +773,21 @@ private:
 };
 
 }  // namespace
+
+TEST(TraceReaderTest, WaitsForLittleBehindSoundMessagesOfAnyType) {
+    Messages trace;
+    for (char number = 0; number < 100; ++number) {
+        trace.push_back(can(number));
+    }
+    const TraceBytes bytes = joined(trace);
+    InterruptedSource source(bytes, bytes.size());
+    source.mostAtOnce = 10;
+    TraceReader reader(source);
+    for (size_t i = 0; i + 5 < trace.size(); ++i) {
+        EXPECT_EQ(copied(reader.next()).bytes, trace[i]);
+        EXPECT_LE(source.given, reader.position() + 4 * trace[i].size());
+    }
+}
 
 TEST(TraceReaderTest, ReadsOnBehindAReadErrorThatPasses) {
     const Messages trace = {fix(10), can(1), fix(11), messageOf(12, STAMP, "held"), fix(12)};
