@@ -147,13 +147,10 @@ std::optional<uint64_t> BestDivision::beginFrom(uint64_t offset) const {
     return isInPart ? std::optional<uint64_t>(first + begin) : std::nullopt;
 }
 
-// Behind the last place the chain from there on is sure.
+// Of a place that is settled. Behind the last one the chain from there on is sure.
 BestDivision::Behind BestDivision::behindOf(uint64_t offset) {
     const size_t i = placeOf(offset);
     if (i < count) {
-        if (places[i].next == 0) {
-            settle(i);
-        }
         return {places[i].inSequence, places[i].chain};
     }
     const int bits = chainFrom(offset).bits;
@@ -164,7 +161,13 @@ int BestDivision::inDamage(uint64_t offset) const {
     return inDamageBehind(placeOf(offset)) - COST_OF_DAMAGE;
 }
 
+int BestDivision::inSequence(uint64_t offset) {
+    settle(placeOf(offset));
+    return behindOf(offset).inSequence;
+}
+
 int BestDivision::ofMessage(uint64_t offset, size_t length) {
+    settle(placeOf(offset + length));
     return withHeld(evidence.inChain(offset, length), offset, length);
 }
 

@@ -60,7 +60,7 @@ public:
     std::optional<uint64_t> beginFrom(uint64_t offset) const;
 
     /// The most evidence of what follows where an offset is in sequence.
-    int inSequence(uint64_t offset) { return behindOf(offset).inSequence; }
+    int inSequence(uint64_t offset);
 
     /// The same where damage begins there.
     int inDamage(uint64_t offset) const;
