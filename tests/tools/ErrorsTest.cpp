@@ -20,13 +20,13 @@ Told outcomeOfThrowing(const auto& error) {
     return {status, testing::internal::GetCapturedStderr()};
 }
 
-TEST(OutcomeTest, TellsInWordsThatMemoryRanOut) {
+TEST(ErrorsTest, TellsInWordsThatMemoryRanOut) {
     const Told told = outcomeOfThrowing(std::bad_alloc());
     EXPECT_EQ(told.status, STATUS_DATA);
     EXPECT_EQ(told.line, "vextrace: there is not enough memory\n");
 }
 
-TEST(OutcomeTest, GivesTheStatusOfWhatFailed) {
+TEST(ErrorsTest, GivesTheStatusOfWhatFailed) {
     const Told usage = outcomeOfThrowing(UsageError("a"));
     EXPECT_EQ(usage.status, STATUS_USAGE);
     EXPECT_EQ(usage.line, "vextrace: a\n");

@@ -4,7 +4,7 @@
 
 using namespace vextrace::tools;
 
-TEST(StopSignalsTest, TheFirstOneCounts) {
+TEST(SignalsTest, TheFirstOneCounts) {
     const StopSignals signals;
     EXPECT_EQ(StopSignals::caught(), 0);
     ASSERT_EQ(raise(SIGTERM), 0);
@@ -13,7 +13,7 @@ TEST(StopSignalsTest, TheFirstOneCounts) {
     EXPECT_EQ(StopSignals::count(), 2);
 }
 
-TEST(StopSignalsTest, NoneIsLeftForTheNext) {
+TEST(SignalsTest, NoneIsLeftForTheNext) {
     {
         const StopSignals signals;
         ASSERT_EQ(raise(SIGTERM), 0);
