@@ -1,6 +1,7 @@
 #include "libvexstream/internal/Evidence.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
 
@@ -10,6 +11,8 @@
 namespace vextrace {
 
 namespace {
+
+using Payload = GpsPayloads::Kind;
 
 constexpr size_t HEADER = MessageBase::MO_BASE_DERIVED;
 
@@ -157,7 +160,9 @@ size_t Evidence::lengthAt(uint64_t offset) {
         return 0;
     }
     const bool isGps = number16(window.at(offset) + MessageBase::MO_MSGID) == MSGID_GPS;
-    return isGps && payloadOf(offset, length) == Payload::UNREADABLE ? 0 : length;
+    const bool isUnreadable =
+        isGps && payloads.kindOf(offset, payloadOf(offset, length)) == Payload::UNREADABLE;
+    return isUnreadable ? 0 : length;
 }
 
 // Whether nothing but the beginning of a message is there, which may become a whole one.
@@ -177,29 +182,8 @@ bool Evidence::isIncomplete(uint64_t offset) {
            !holdsNul({front + HEADER, there - HEADER});
 }
 
-void Evidence::noteCanonical(uint64_t offset, size_t length) {
-    const uint8_t* const payload = window.at(offset) + HEADER;
-    const bool isSentence = (payload[0] == '$' || payload[0] == '!') && length > HEADER + 2;
-    known[offset % known.size()] = {offset, length,
-                                    isSentence ? Payload::SENTENCES : Payload::LINES};
-}
-
-Evidence::Payload Evidence::payloadOf(uint64_t offset, size_t length) {
-    Known& entry = known[offset % known.size()];
-    if (entry.offset == offset && entry.length == length) {
-        return entry.payload;
-    }
-    const std::span<const uint8_t> payload(window.at(offset) + HEADER, length - HEADER);
-    const auto isLineFeed = [](uint8_t byte) { return byte == '\n'; };
-    entry = {offset, length, Payload::LOOSE};
-    if (isCanonical(payload)) {
-        noteCanonical(offset, length);
-    } else if (holdsNul(payload) || std::all_of(payload.begin(), payload.end(), isLineFeed)) {
-        entry.payload = Payload::UNREADABLE;
-    } else if (payload.back() != '\n') {
-        entry.payload = Payload::CUT;
-    }
-    return entry.payload;
+std::span<const uint8_t> Evidence::payloadOf(uint64_t offset, size_t length) const {
+    return {window.at(offset) + HEADER, length - HEADER};
 }
 
 // A message that is held may have the header of the one that holds it.
@@ -226,7 +210,7 @@ int Evidence::ofType(uint64_t offset, size_t length) {
     if (messageId(window.at(offset)) != MSGID_GPS) {
         return bits;
     }
-    switch (payloadOf(offset, length)) {
+    switch (payloads.kindOf(offset, payloadOf(offset, length))) {
         case Payload::SENTENCES:
             return bits + OF_SENTENCES;
         case Payload::LINES:

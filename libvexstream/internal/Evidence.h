@@ -1,9 +1,10 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
+#include "libvexstream/internal/GpsPayloads.h"
 #include "libvexstream/internal/TraceWindow.h"
 #include "libvexstream/internal/soundness.h"
 
@@ -27,7 +28,7 @@ public:
     void setGrowing(bool isGrowing) { growing = isGrowing; }
 
     /// What was known of the bytes holds no longer.
-    void forget() { known = {}; }
+    void forget() { payloads.forget(); }
 
     /// Bytes of the message at \p offset; 0 where there is none: a size field too small for a
     /// header, bytes that are missing, a GPS message that the library would not decode whole.
@@ -52,7 +53,7 @@ public:
     /// Of a GPS message by its own bytes, where its payload is known to be canonical and need not
     /// be looked at for that.
     int ofCanonical(uint64_t offset, size_t length) {
-        noteCanonical(offset, length);
+        payloads.noteCanonical(offset, payloadOf(offset, length));
         return ofMessage(offset, length);
     }
 
@@ -63,14 +64,11 @@ public:
     int behind(const uint8_t* before, uint64_t offset);
 
 private:
-    enum class Payload : uint8_t { UNREADABLE, CUT, LOOSE, LINES, SENTENCES };
-
     int idOf(const uint8_t* header) const;
     int ofMessage(uint64_t offset, size_t length);
     int ofHeld(uint64_t offset, size_t length);
     bool isIncomplete(uint64_t offset);
-    Payload payloadOf(uint64_t offset, size_t length);
-    void noteCanonical(uint64_t offset, size_t length);
+    std::span<const uint8_t> payloadOf(uint64_t offset, size_t length) const;
     bool hasHeader(uint64_t offset);
     int ofNext(uint64_t offset, size_t length);
     bool isSentAgain(uint64_t offset, size_t length);
@@ -79,17 +77,10 @@ private:
     int ofType(uint64_t offset, size_t length);
     bool isHopeless(uint64_t offset);
 
-    // What GPS messages hold, by the offset of the message: many candidates may lead to one.
-    struct Known {
-        uint64_t offset = ~uint64_t{0};
-        size_t length = 0;
-        Payload payload = Payload::UNREADABLE;
-    };
-
     TraceWindow& window;
     const int8_t* idBits;
     bool growing = false;
-    std::array<Known, 64> known;
+    GpsPayloads payloads;
 };
 
 }  // namespace vextrace
