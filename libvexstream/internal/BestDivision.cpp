@@ -73,10 +73,20 @@ void BestDivision::find(uint64_t offset) {
     places.resize(std::max(places.size(), count));
     for (size_t i = count; i-- > 0;) {
         places[i] = Place{beginBehind(i)};
-        if (evidence.mayBegin(first + i)) {
+        if (mayBegin(i)) {
             settle(i);
         }
     }
+}
+
+bool BestDivision::mayBegin(size_t i) {
+    const int most = evidence.atMost(first + i);
+    if (most <= 0) {
+        return false;
+    }
+    const size_t length = evidence.lengthAt(first + i);
+    settle(i + length);
+    return most + behindOf(first + i + length).chain >= ENOUGH_TO_BEGIN;
 }
 
 // Finds S of a place and of those that its chain leads to.

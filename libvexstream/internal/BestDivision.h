@@ -96,6 +96,7 @@ private:
 
     size_t placeOf(uint64_t offset) const { return static_cast<size_t>(offset - first); }
     int ofLink(uint64_t offset, size_t length);
+    bool mayBegin(size_t i);
     void settle(size_t i);
     void weigh(size_t i);
     void goOn(Place& place, size_t next) const;

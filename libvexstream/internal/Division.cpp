@@ -90,7 +90,7 @@ int Division::ofHistory(uint64_t offset) {
 // Whether a message begins there as far as the next few say: the best division knows the rest, but
 // takes nothing for a beginning that is in doubt here.
 bool Division::mayBegin(uint64_t offset) {
-    if (!evidence.mayBegin(offset)) {
+    if (evidence.atMost(offset) <= 0) {
         return false;
     }
     const BestDivision::Chain chain = best.chainFrom(offset, FEW_MESSAGES);

@@ -307,34 +307,38 @@ int Evidence::ofHeld(uint64_t offset, size_t length) {
     return std::max(bits, 0);
 }
 
-// What settles nearly all places of nearly all bytes: a far time, where the type does not speak for
-// it, and what repeats within the header.
-bool Evidence::isHopeless(uint64_t offset) {
-    if (window.available(offset, HEADER + LONGEST_MESSAGE) < HEADER + LONGEST_MESSAGE) {
-        return false;
-    }
+// Asked at every byte, of what is there alone: that settles nearly all places of nearly all bytes.
+int Evidence::atMost(uint64_t offset) {
+    constexpr size_t ALL_THAT_COUNTS = LONGEST_MESSAGE + HEADER;
+    const bool isThere = window.available(offset, ALL_THAT_COUNTS) == ALL_THAT_COUNTS;
     const uint8_t* const header = window.at(offset);
+    if (!isThere || number16(header + MessageBase::MO_MSGID) == MSGID_GPS) {
+        return inChainAtMost(offset);
+    }
+    const int id = idOf(header);
     const size_t length = number16(header) + MessageBase::MSGSIZE_LENGTH;
+    const uint8_t* const next = header + length;
     static_assert(OF_FREE_ID + MOST_OF_LENGTH + OF_FAR_TIME <= 0);
+    static_assert(OF_NAMED_ID + MOST_OF_LENGTH + OF_NOTHING_BEHIND <= 0);
     static_assert(OF_REPETITION - OF_UNKNOWN_ID + OF_NEAR_TIME <= 0);
-    const bool isFar = idOf(header) <= OF_FREE_ID &&
-                       ofTimes(stampOf(header), stampOf(header + length)) == OF_FAR_TIME;
-    return isFar || isPeriodic(header);
+    const bool isFar = id <= OF_FREE_ID && ofTimes(stampOf(header), stampOf(next)) == OF_FAR_TIME;
+    if (isFar || length < HEADER || number16(next) + MessageBase::MSGSIZE_LENGTH < HEADER) {
+        return 0;
+    }
+    const int bits = (haveSameId(header, next) ? std::max(id, 0) : id) + ofLength(length) +
+                     std::max(ofNeighbour(header, next), OF_NOTHING_BEHIND);
+    return bits > 0 && isPeriodic(header) ? 0 : bits;
 }
 
-bool Evidence::mayBegin(uint64_t offset) {
-    if (isHopeless(offset)) {
-        return false;
-    }
+// The same where bytes may be missing.
+int Evidence::inChainAtMost(uint64_t offset) {
     const size_t length = lengthAt(offset);
     if (length == 0) {
-        return false;
+        return 0;
     }
     const int next = ofNext(offset, length);  // may move the bytes
-    const int own = ofType(offset, length);
-    const uint8_t* const header = window.at(offset);
-    return own + next > 0 || (own - idOf(header) + next > 0 && hasHeader(offset + length) &&
-                              haveSameId(header, window.at(offset + length)));
+    const int id = idOf(window.at(offset));
+    return ofType(offset, length) - std::min(id, 0) + next;
 }
 
 int Evidence::behind(const uint8_t* before, uint64_t offset) {

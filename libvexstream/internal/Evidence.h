@@ -40,9 +40,9 @@ public:
         return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
     }
 
-    /// Whether a message may be there that has evidence in its chain: false where it has none, said
-    /// by the cheapest questions.
-    bool mayBegin(uint64_t offset);
+    /// What inChain() says of a message at \p offset is no more than this, said by the cheapest
+    /// questions. 0 or less where there is none.
+    int atMost(uint64_t offset);
 
     /// Whether a message of this type may hold others.
     bool mayHold(uint64_t offset);
@@ -75,7 +75,7 @@ private:
     bool standsAgain(uint64_t offset, size_t length);
     int ofContent(uint64_t offset, size_t length);
     int ofType(uint64_t offset, size_t length);
-    bool isHopeless(uint64_t offset);
+    int inChainAtMost(uint64_t offset);
 
     TraceWindow& window;
     const int8_t* idBits;
