@@ -100,6 +100,9 @@ bool Division::mayBegin(uint64_t offset) {
 
 // Of what begins at the end of a growing trace, of which more may come.
 Soundness Division::isBeginning(uint64_t offset) {
+    if (evidence.atMost(offset) < 0) {
+        return Soundness::UNSOUND;
+    }
     const BestDivision::Chain chain = best.chainFrom(offset);
     if (chain.bits < BestDivision::ENOUGH_TO_BEGIN) {
         return evidence.endsAt(chain.end) ? Soundness::UNDECIDED : Soundness::UNSOUND;

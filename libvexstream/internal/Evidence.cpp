@@ -323,14 +323,14 @@ int Evidence::atMost(uint64_t offset) {
     static_assert(OF_REPETITION - OF_UNKNOWN_ID + OF_NEAR_TIME <= 0);
     const bool isFar = id <= OF_FREE_ID && ofTimes(stampOf(header), stampOf(next)) == OF_FAR_TIME;
     if (isFar || length < HEADER || number16(next) + MessageBase::MSGSIZE_LENGTH < HEADER) {
-        return 0;
+        return OF_NOTHING_BEHIND;
     }
     const int bits = (haveSameId(header, next) ? std::max(id, 0) : id) + ofLength(length) +
                      std::max(ofNeighbour(header, next), OF_NOTHING_BEHIND);
-    return bits > 0 && isPeriodic(header) ? 0 : bits;
+    return bits > 0 && isPeriodic(header) ? OF_NOTHING_BEHIND : bits;
 }
 
-// The same where bytes may be missing.
+// The same where bytes may be missing, which may still come.
 int Evidence::inChainAtMost(uint64_t offset) {
     const size_t length = lengthAt(offset);
     if (length == 0) {
@@ -338,7 +338,7 @@ int Evidence::inChainAtMost(uint64_t offset) {
     }
     const int next = ofNext(offset, length);  // may move the bytes
     const int id = idOf(window.at(offset));
-    return ofType(offset, length) - std::min(id, 0) + next;
+    return std::max(ofType(offset, length) - std::min(id, 0) + next, 0);
 }
 
 int Evidence::behind(const uint8_t* before, uint64_t offset) {

@@ -40,8 +40,9 @@ public:
         return window.available(offset, 1) == 0 || (growing && isIncomplete(offset));
     }
 
-    /// What inChain() says of a message at \p offset is no more than this, said by the cheapest
-    /// questions. 0 or less where there is none.
+    /// Where this is above 0, inChain() says no more of a message at \p offset; otherwise none
+    /// begins there, and below 0 none will, whatever may still come. Said by the cheapest
+    /// questions.
     int atMost(uint64_t offset);
 
     /// Whether a message of this type may hold others.
