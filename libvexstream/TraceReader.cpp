@@ -59,10 +59,15 @@ struct TraceReader::State {
     uint64_t position;
     TraceWindow window;
     Division division;
-    GpsView gps;               // of the item given out last
-    uint64_t thereBefore = 0;  // of a message that is not all there, when it was looked at last
-    uint64_t asked = 0;        // the same when it was asked whether it is cut off
-    uint64_t skipped = 0;      // of what is in front of the place where reading begins
+    // Bytes that are there of a message that is not all there.
+    struct Growth {
+        uint64_t seen = 0;   // when it was looked at last
+        uint64_t asked = 0;  // when it was asked whether it is cut off
+    };
+
+    GpsView gps;  // of the item given out last
+    Growth growth;
+    uint64_t skipped = 0;  // of what is in front of the place where reading begins
     std::exception_ptr skipError;
     bool begun = false;
     bool found = false;
@@ -212,11 +217,11 @@ TraceItem TraceReader::State::incomplete(size_t length) {
 // is asked now and then, so that bytes that come one by one are not all looked at for each of them.
 bool TraceReader::State::isCutOff() {
     const uint64_t there = window.end() - position;
-    const bool rests = std::exchange(thereBefore, there) == there;
-    if (!rests && there >= asked && there < asked + asked / 64) {
+    const bool rests = std::exchange(growth.seen, there) == there;
+    if (!rests && there >= growth.asked && there < growth.asked + growth.asked / 64) {
         return false;
     }
-    asked = there;
+    growth.asked = there;
     return division.anyBegins(position + 1, window.end());
 }
 
@@ -255,8 +260,7 @@ TraceItem TraceReader::State::take(TraceItem::Kind kind, size_t length) {
 void TraceReader::State::goOnBehind(size_t length) {
     division.setBefore(position);
     position += length;
-    thereBefore = 0;
-    asked = 0;
+    growth = {};
     found = true;
 }
 
@@ -306,8 +310,7 @@ TraceItem TraceReader::State::endDamage() {
     item.reason = std::move(*damage);
     damage.reset();
     position = cursor;
-    thereBefore = 0;
-    asked = 0;
+    growth = {};
     return item;
 }
 
