@@ -79,6 +79,7 @@ void BestDivision::find(uint64_t offset) {
     }
 }
 
+// Whether a message at a place, and what its chain leads to, may leave no doubt.
 bool BestDivision::mayBegin(size_t i) {
     const int most = evidence.atMost(first + i);
     if (most <= 0) {
